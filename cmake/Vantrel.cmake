@@ -1,0 +1,61 @@
+# What every target of the project shares, and one helper for each kind of target.
+
+set(CMAKE_CXX_STANDARD 20)
+set(CMAKE_CXX_STANDARD_REQUIRED ON)
+set(CMAKE_CXX_EXTENSIONS OFF)
+set(CMAKE_AUTOMOC ON)
+set(CMAKE_EXPORT_COMPILE_COMMANDS ON)
+set(CMAKE_RUNTIME_OUTPUT_DIRECTORY "${CMAKE_BINARY_DIR}")
+if(NOT CMAKE_BUILD_TYPE)
+    set(CMAKE_BUILD_TYPE Release)
+endif()
+
+add_library(vantrel_common INTERFACE)
+target_compile_definitions(vantrel_common INTERFACE
+    QT_NO_CAST_FROM_ASCII
+    QT_NO_CAST_FROM_BYTEARRAY
+    QT_NO_CAST_TO_ASCII
+    QT_NO_FOREACH
+    QT_NO_KEYWORDS
+    QT_STRICT_ITERATORS
+    QT_USE_QSTRINGBUILDER
+    VANTREL_VERSION="${PROJECT_VERSION}")
+target_compile_options(vantrel_common INTERFACE
+    -Wall -Wextra -Wpedantic -Wshadow -Wconversion -Wnon-virtual-dtor -Woverloaded-virtual
+    $<$<BOOL:${VANTREL_WERROR}>:-Werror>
+    $<$<BOOL:${VANTREL_SANITIZE}>:-fsanitize=address,undefined -fno-sanitize-recover=all -fno-omit-frame-pointer>)
+target_link_options(vantrel_common INTERFACE
+    $<$<BOOL:${VANTREL_SANITIZE}>:-fsanitize=address,undefined>)
+
+# vantrel_room(NAME SOURCES file... [LINK target...])
+# One folder under src/: a static library named vantrel_NAME. Its headers are included by their
+# path below src/ ("core/Files.h"), so an #include shows which room a file leans on.
+function(vantrel_room name)
+    cmake_parse_arguments(room "" "" "SOURCES;LINK" ${ARGN})
+    add_library(vantrel_${name} STATIC ${room_SOURCES})
+    target_include_directories(vantrel_${name} PUBLIC "${CMAKE_SOURCE_DIR}/src")
+    target_link_libraries(vantrel_${name} PUBLIC vantrel_common ${room_LINK})
+endfunction()
+
+# vantrel_program(NAME SOURCES file... [LINK target...])
+function(vantrel_program name)
+    cmake_parse_arguments(program "" "" "SOURCES;LINK" ${ARGN})
+    add_executable(${name} ${program_SOURCES})
+    target_link_libraries(${name} PRIVATE vantrel_common ${program_LINK})
+endfunction()
+
+# vantrel_test(NAME [LINK target...] [LABELS label...] [SERIAL])
+# tests/<room>/tst_NAME.cpp becomes one test. SERIAL keeps it from running beside other SERIAL ones.
+function(vantrel_test name)
+    cmake_parse_arguments(test "SERIAL" "" "LINK;LABELS" ${ARGN})
+    add_executable(tst_${name} tst_${name}.cpp)
+    target_link_libraries(tst_${name} PRIVATE vantrel_common Qt6::Test ${test_LINK})
+    add_test(NAME ${name} COMMAND tst_${name})
+    set_tests_properties(${name} PROPERTIES
+        TIMEOUT 300
+        ENVIRONMENT "QT_QPA_PLATFORM=offscreen;QT_LOGGING_RULES=qt.qpa.*=false"
+        LABELS "${test_LABELS}")
+    if(test_SERIAL)
+        set_tests_properties(${name} PROPERTIES RUN_SERIAL ON)
+    endif()
+endfunction()

@@ -1,0 +1,187 @@
+#include "core/Files.h"
+
+#include "core/Error.h"
+#include "core/Paths.h"
+#include "core/platform/FileSystem.h"
+
+#include <QDir>
+#include <QFile>
+#include <QFileInfo>
+#include <QStringDecoder>
+
+#include <array>
+#include <atomic>
+
+namespace {
+
+Error fileError(const QFile &file, const QString &path, const QString &what)
+{
+    int number = DeviceIO;
+    if (file.error() == QFile::PermissionsError)
+        number = PermissionDenied;
+    else if (file.error() == QFile::ResourceError)
+        number = DiskFull;
+    return Error(number, QStringLiteral("%1 '%2': %3").arg(what, path, file.errorString()));
+}
+
+/// A name for a temporary file beside `path` that no other thread or process uses.
+QString temporaryName(const QString &path)
+{
+    static std::atomic<unsigned> count = 0;
+    return QStringLiteral("%1.%2-%3.tmp")
+        .arg(path)
+        .arg(platform::processId())
+        .arg(count.fetch_add(1));
+}
+
+/// Windows-1252 differs from Latin-1 in these 32 places; unassigned ones stay control characters.
+constexpr std::array<char16_t, 32> windows1252 = {
+    0x20AC, 0x0081, 0x201A, 0x0192, 0x201E, 0x2026, 0x2020, 0x2021, 0x02C6, 0x2030, 0x0160,
+    0x2039, 0x0152, 0x008D, 0x017D, 0x008F, 0x0090, 0x2018, 0x2019, 0x201C, 0x201D, 0x2022,
+    0x2013, 0x2014, 0x02DC, 0x2122, 0x0161, 0x203A, 0x0153, 0x009D, 0x017E, 0x0178};
+
+} // namespace
+
+QString nativePath(const QString &configured)
+{
+#ifdef Q_OS_WIN
+    return configured;
+#else
+    QString path = configured;
+    path.replace(u'\\', u'/');
+    if (path.isEmpty() || QFileInfo::exists(path))
+        return path;
+
+    QString found = path.startsWith(u'/') ? QStringLiteral("/") : QString();
+    bool exact = false; // once a part is missing, the rest stays as written
+    const QStringList parts = path.split(u'/', Qt::SkipEmptyParts);
+    for (const QString &part : parts) {
+        QString name = part;
+        if (!exact && part != u"." && part != u".." && !QFileInfo::exists(found + part)) {
+            const QDir folder(found.isEmpty() ? QStringLiteral(".") : found);
+            const QStringList names = folder.entryList(
+                QDir::AllEntries | QDir::Hidden | QDir::System | QDir::NoDotAndDotDot, QDir::Name);
+            exact = true;
+            for (const QString &candidate : names) {
+                if (candidate.compare(part, Qt::CaseInsensitive) == 0) {
+                    name = candidate;
+                    exact = false;
+                    break;
+                }
+            }
+        }
+        if (!found.isEmpty() && !found.endsWith(u'/'))
+            found += u'/';
+        found += name;
+    }
+    if (path.endsWith(u'/') && !found.endsWith(u'/'))
+        found += u'/';
+    return found;
+#endif
+}
+
+bool fileExists(const QString &configured)
+{
+    return QFileInfo(nativePath(configured)).isFile();
+}
+
+bool folderExists(const QString &configured)
+{
+    return QFileInfo(nativePath(configured)).isDir();
+}
+
+QByteArray readFile(const QString &configured, qint64 most)
+{
+    const QString path = nativePath(configured);
+    QFile file(path);
+    if (!file.open(QIODevice::ReadOnly | QIODevice::Unbuffered)) {
+        if (!QFileInfo::exists(path))
+            throw Error(FileNotFound, QStringLiteral("File not found: '%1'").arg(path));
+        throw fileError(file, path, QStringLiteral("Cannot open"));
+    }
+    const qint64 size = file.size();
+    if (size > most)
+        throw Error(InvalidFileFormat,
+                    QStringLiteral("'%1' has %2 bytes, more than the %3 that such a file may have")
+                        .arg(path)
+                        .arg(size)
+                        .arg(most));
+    QByteArray bytes = file.read(size);
+    if (bytes.size() != size)
+        throw fileError(file, path, QStringLiteral("Cannot read all of"));
+    return bytes;
+}
+
+QString decodeText(QByteArrayView bytes)
+{
+    if (bytes.startsWith("\xEF\xBB\xBF"))
+        bytes = bytes.sliced(3);
+    QStringDecoder utf8(QStringDecoder::Utf8, QStringConverter::Flag::Stateless);
+    QString text = utf8(bytes);
+    if (!utf8.hasError())
+        return text;
+
+    text = QString(bytes.size(), Qt::Uninitialized);
+    for (qsizetype i = 0; i < bytes.size(); ++i) {
+        const auto byte = static_cast<unsigned char>(bytes[i]);
+        text[i] = QChar(byte >= 0x80 && byte < 0xA0 ? windows1252[byte - 0x80u] : char16_t(byte));
+    }
+    return text;
+}
+
+QString readTextFile(const QString &configured, qint64 most)
+{
+    return decodeText(readFile(configured, most));
+}
+
+void saveFile(const QString &configured, QByteArrayView content)
+{
+    const QString path = nativePath(configured);
+    const QString temporary = temporaryName(path);
+    QFile file(temporary);
+    if (!file.open(QIODevice::WriteOnly | QIODevice::NewOnly | QIODevice::Unbuffered)) {
+        if (!QFileInfo(path).dir().exists())
+            throw Error(PathNotFound, QStringLiteral("Path not found: '%1'").arg(path));
+        throw fileError(file, path, QStringLiteral("Cannot write"));
+    }
+    try {
+        if (file.write(content.data(), content.size()) != content.size() || !file.flush())
+            throw fileError(file, path, QStringLiteral("Cannot write"));
+        if (!platform::syncToDisk(file.handle()))
+            throw Error(DeviceIO, QStringLiteral("Cannot sync '%1' to the disk").arg(path));
+        const qint64 written = file.size();
+        file.close();
+        if (written != content.size() || file.error() != QFile::NoError)
+            throw Error(DiskFull, QStringLiteral("Only %1 of %2 bytes of '%3' were written")
+                                      .arg(written)
+                                      .arg(content.size())
+                                      .arg(path));
+        QString reason;
+        if (!platform::replaceFile(temporary, path, reason))
+            throw Error(PermissionDenied,
+                        QStringLiteral("Cannot replace '%1': %2").arg(path, reason));
+    } catch (...) {
+        file.close();
+        QFile::remove(temporary);
+        throw;
+    }
+}
+
+void saveTextFile(const QString &configured, const QString &text)
+{
+    saveFile(configured, text.toUtf8());
+}
+
+void copyFile(const QString &source, const QString &destination)
+{
+    saveFile(destination, readFile(source, std::numeric_limits<int>::max()));
+}
+
+void CopyFileQuiet(const QString &source, const QString &destination)
+{
+    try {
+        copyFile(source, destination);
+    } catch (const Error &) {
+        // The caller finds out by reading the destination.
+    }
+}

@@ -1,0 +1,36 @@
+#pragma once
+
+#include <QByteArray>
+#include <QString>
+
+/// Files, read whole and written whole. Safe on any thread, but for the folder texts of core/Paths.
+
+inline constexpr qint64 mostDefinitionBytes = 64 * 1024 * 1024; ///< XML files and templates
+
+/// The only way from a configured path to the file system. Off Windows "\" becomes "/", and where
+/// the exact name does not exist each part is looked for without regard to case; parts that are
+/// not found at all stay as written. On Windows the text itself.
+QString nativePath(const QString &configured);
+
+bool fileExists(const QString &configured);
+bool folderExists(const QString &configured);
+
+/// A file's bytes. Throws Error that names the file: not found, not readable, larger than `most`,
+/// or shorter than its size said.
+QByteArray readFile(const QString &configured, qint64 most = mostDefinitionBytes);
+
+/// A file's text: UTF-8 (a byte-order mark is dropped); bytes that are no valid UTF-8 are read as
+/// Windows-1252.
+QString readTextFile(const QString &configured, qint64 most = mostDefinitionBytes);
+QString decodeText(QByteArrayView bytes);
+
+/// The one way to write a file. The bytes go to a temporary file beside the target, are flushed and
+/// synced, and replace the target in one step; until then an old file stays whole. Throws Error
+/// that names the file; no temporary file is left behind.
+void saveFile(const QString &configured, QByteArrayView content);
+void saveTextFile(const QString &configured, const QString &text);
+
+/// Copies a file, replacing the destination. Throws Error that names the file at fault.
+void copyFile(const QString &source, const QString &destination);
+/// The same with every error ignored; the caller finds out by reading the destination.
+void CopyFileQuiet(const QString &source, const QString &destination);

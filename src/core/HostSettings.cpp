@@ -1,0 +1,163 @@
+#include "core/HostSettings.h"
+
+#include "core/Error.h"
+#include "core/Files.h"
+#include "core/Numbers.h"
+#include "core/Paths.h"
+#include "core/State.h"
+#include "core/Xml.h"
+#include "core/platform/EventLog.h"
+#include "core/platform/ProductSettings.h"
+
+namespace {
+
+struct HostSettings {
+    QString ProductKey = QStringLiteral("VantrelV6");
+    QString AppPath;
+    bool AppPathRead = false;
+    QString DataPath;
+    QString GraphDataPath;
+};
+
+HostSettings settings;
+
+const QString defaultDataFolder = QStringLiteral("VTRDataRoot");
+
+void warn(const QString &text, const Error &error)
+{
+    LogEvent(runEvent, EventWarning, text + u' ' + errorTail(error));
+}
+
+/// The product's configuration. An older version's file, or the factory file, is carried over
+/// under the present name first. Throws Error.
+void openProductConfiguration(pugi::xml_document &document)
+{
+    const QString folder = WithBackslash(GetAppPath());
+    const QString present = folder + QLatin1String("VantrelV6.Config");
+    if (fileExists(present)) {
+        parseXml(document, readFile(present));
+        return;
+    }
+    QString source = folder + QLatin1String("VantrelV5.Config");
+    if (!fileExists(source))
+        source = folder + QLatin1String("VantrelV6.Config.FAC");
+    parseXml(document, readFile(source));
+    saveFile(present, documentBytes(document));
+}
+
+/// The configuration's root element. One that cannot be read, or whose new name cannot be written,
+/// leaves the settings at what could be read; the event log says so.
+pugi::xml_node productRoot(pugi::xml_document &document)
+{
+    try {
+        openProductConfiguration(document);
+    } catch (const Error &error) {
+        warn(QStringLiteral("Error reading the product configuration in '%1'").arg(GetAppPath()),
+             error);
+    }
+    return document.document_element();
+}
+
+QString folderAttribute(const pugi::xml_node &root, const char *name)
+{
+    const QString fallback = WithBackslash(GetAppPath()) + defaultDataFolder;
+    const QString value = GetAttr(root, name, fallback);
+    return value.trimmed().isEmpty() ? fallback : value;
+}
+
+bool flagAttribute(const pugi::xml_node &root, const char *name)
+{
+    return xmlBoolean(GetAttr(root, name, QStringLiteral("0")));
+}
+
+qint32 secondsAttribute(const pugi::xml_node &root, const char *name, qint32 fallback)
+{
+    try {
+        return leadingInteger(GetAttr(root, name, QString::number(fallback)));
+    } catch (const Error &error) {
+        warn(QStringLiteral("Error reading %1").arg(QLatin1String(name)), error);
+        return fallback;
+    }
+}
+
+void ensureFolder(const QString &path)
+{
+    QString message;
+    if (const int status = EnsureFolder(path, message))
+        LogEvent(runEvent, EventWarning,
+                 QStringLiteral("Error creating folder '%1' [%2] %3").arg(path).arg(status).arg(message));
+}
+
+} // namespace
+
+QString GetProductKey()
+{
+    return settings.ProductKey;
+}
+
+void SetProductKey(const QString &key)
+{
+    settings.ProductKey = key;
+}
+
+QString GetAppPath()
+{
+    if (settings.AppPathRead && !settings.AppPath.isEmpty())
+        return settings.AppPath;
+    settings.AppPathRead = true;
+    const QString stored = platform::productSetting(settings.ProductKey, QStringLiteral("AppPath"));
+    settings.AppPath = stored.isEmpty() ? programFolder().trimmed() : stored;
+    return settings.AppPath;
+}
+
+QString GetDataPath()
+{
+    if (settings.DataPath.isEmpty()) {
+        pugi::xml_document document;
+        settings.DataPath = folderAttribute(productRoot(document), "DataPath");
+    }
+    return settings.DataPath;
+}
+
+void SetDataPath(const QString &path)
+{
+    const QString folder = path.isEmpty() ? GetDataPath() : path;
+    ensureFolder(folder);
+    settings.DataPath = folder;
+}
+
+QString GetGraphDataPath()
+{
+    if (!settings.GraphDataPath.isEmpty())
+        return settings.GraphDataPath;
+    pugi::xml_document document;
+    const pugi::xml_node root = productRoot(document);
+    settings.GraphDataPath = folderAttribute(root, "GraphDataPath");
+    gUseClientCursor = flagAttribute(root, "UseClientCursor");
+    gGraphDataDSN = flagAttribute(root, "GraphDataDSN");
+    gSQLConnect.clear();
+    gGraphDataSQL = flagAttribute(root, "GraphDataSQL");
+    gCommandTimeout = secondsAttribute(root, "GraphDataCommandTimeout", 60);
+    gConnectionTimeout = secondsAttribute(root, "GraphDataConnectionTimeout", 30);
+    gGraphDataGroups = flagAttribute(root, "GraphDataGroups");
+    if (gGraphDataSQL || gGraphDataDSN) {
+        const QString connect = GetAttr(root, "GraphDataSQLConnect", QString());
+        if (connect.trimmed().isEmpty())
+            gGraphDataSQL = gGraphDataDSN = false; // back to the Access file
+        else
+            gSQLConnect = connect;
+    }
+    return settings.GraphDataPath;
+}
+
+void SetGraphDataPath(const QString &path)
+{
+    const QString folder = path.isEmpty() ? GetGraphDataPath() : path;
+    ensureFolder(folder);
+    settings.GraphDataPath = folder;
+}
+
+void resetHostSettings()
+{
+    settings = HostSettings();
+}

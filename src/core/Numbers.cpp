@@ -1,0 +1,81 @@
+#include "core/Numbers.h"
+
+#include "core/Error.h"
+
+#include <QLocale>
+
+#include <cmath>
+#include <limits>
+
+double leadingNumber(QStringView text)
+{
+    qsizetype at = 0;
+    const auto digitsFrom = [&](qsizetype from) {
+        while (from < text.size() && text[from] >= u'0' && text[from] <= u'9')
+            ++from;
+        return from;
+    };
+    while (at < text.size() && text[at].isSpace())
+        ++at;
+    const qsizetype start = at;
+    if (at < text.size() && (text[at] == u'-' || text[at] == u'+'))
+        ++at;
+    qsizetype end = digitsFrom(at);
+    qsizetype digits = end - at;
+    if (end < text.size() && text[end] == u'.') {
+        const qsizetype fraction = digitsFrom(end + 1);
+        digits += fraction - end - 1;
+        end = fraction;
+    }
+    if (digits == 0)
+        return 0;
+    if (end < text.size() && (text[end] == u'e' || text[end] == u'E')) {
+        qsizetype exponent = end + 1;
+        if (exponent < text.size() && (text[exponent] == u'-' || text[exponent] == u'+'))
+            ++exponent;
+        if (const qsizetype after = digitsFrom(exponent); after > exponent)
+            end = after;
+    }
+    return text.mid(start, end - start).toDouble();
+}
+
+qint32 leadingInteger(QStringView text)
+{
+    return roundToInteger(leadingNumber(text));
+}
+
+qint32 roundToInteger(double value)
+{
+    const double rounded = std::nearbyint(value);
+    if (!(rounded >= std::numeric_limits<qint32>::min()
+          && rounded <= std::numeric_limits<qint32>::max()))
+        throw Error(Overflow, QStringLiteral("Overflow: %1 is no 32-bit integer").arg(value));
+    return static_cast<qint32>(rounded);
+}
+
+QString plainNumber(double value)
+{
+    return QString::number(value, 'f', QLocale::FloatingPointShortest);
+}
+
+QString trimmedNumber(double value, int mostDecimals)
+{
+    QString text = QString::number(value, 'f', mostDecimals);
+    if (mostDecimals > 0) {
+        while (text.endsWith(u'0'))
+            text.chop(1);
+        if (text.endsWith(u'.'))
+            text.chop(1);
+    }
+    return text == u"-0" ? QStringLiteral("0") : text;
+}
+
+QString groupedNumber(double value, int decimals)
+{
+    QString text = QString::number(value, 'f', decimals);
+    const qsizetype first = text.startsWith(u'-') ? 1 : 0;
+    const qsizetype point = text.indexOf(u'.');
+    for (qsizetype at = (point < 0 ? text.size() : point) - 3; at > first; at -= 3)
+        text.insert(at, u',');
+    return text;
+}

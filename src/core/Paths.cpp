@@ -1,0 +1,172 @@
+#include "core/Paths.h"
+
+#include "core/Error.h"
+#include "core/Files.h"
+
+#include <QCoreApplication>
+#include <QDir>
+#include <QDirIterator>
+#include <QFileInfo>
+#include <QStandardPaths>
+#include <QStringList>
+
+namespace {
+
+const QString factoryConfiguration = QStringLiteral("VTRGConfigV6.FAC");
+
+QString ownFolder;
+QString LastFolder; ///< the last path that EnsureFolder found or created
+
+QString withSeparator(const QString &folder)
+{
+    return folder.isEmpty() || isSeparator(folder.back()) ? folder : folder + pathSeparator;
+}
+
+/// The folder with the factory files of an installed or a freshly built program.
+QString shareFolder()
+{
+    const QString beside = QCoreApplication::applicationDirPath();
+    const QStringList candidates = {beside, beside + QLatin1String("/../share/vantrel-grapher")};
+    for (const QString &candidate : candidates) {
+        if (QFileInfo::exists(candidate + u'/' + factoryConfiguration))
+            return QDir::cleanPath(candidate);
+    }
+    throw Error(FileNotFound, QStringLiteral("The factory file %1 is neither in '%2' nor in '%3'")
+                                  .arg(factoryConfiguration, candidates[0], QDir::cleanPath(candidates[1])));
+}
+
+/// Copies the factory files into a folder that lacks them; what stands there is never replaced.
+void fillFromShare(const QString &folder)
+{
+    if (QFileInfo::exists(folder + u'/' + factoryConfiguration))
+        return;
+    const QString share = shareFolder();
+    // Beside a built program stand other files too; the list of factory files says what to take.
+    const QStringList names = decodeText(readFile(share + QLatin1String("/factory-files.txt")))
+                                  .split(u'\n', Qt::SkipEmptyParts);
+    for (const QString &name : names) {
+        const QString target = folder + u'/' + name;
+        if (!QDir().mkpath(QFileInfo(target).path()))
+            throw Error(PathNotFound, QStringLiteral("Cannot create folder '%1'")
+                                          .arg(QFileInfo(target).path()));
+        if (!QFileInfo::exists(target))
+            copyFile(share + u'/' + name, target);
+    }
+}
+
+} // namespace
+
+bool isSeparator(QChar character)
+{
+    return character == u'\\' || character == u'/';
+}
+
+QString programFolder()
+{
+    return ownFolder.isEmpty() ? QDir::toNativeSeparators(QCoreApplication::applicationDirPath())
+                               : ownFolder;
+}
+
+void setProgramFolder(const QString &folder)
+{
+    ownFolder = folder;
+    while (ownFolder.size() > 1 && isSeparator(ownFolder.back()))
+        ownFolder.chop(1);
+}
+
+QString NormalizeFolder(const QString &text)
+{
+    const QString folder = text.trimmed();
+    return withSeparator(folder.isEmpty() ? programFolder() : folder);
+}
+
+QString WithBackslash(const QString &text)
+{
+    return withSeparator(text.trimmed());
+}
+
+FolderParts folderParts(const QString &path)
+{
+    QStringList parts;
+    qsizetype start = 0;
+    for (qsizetype i = 0; i <= path.size(); ++i) {
+        if (i == path.size() || isSeparator(path[i])) {
+            parts.append(path.mid(start, i - start));
+            start = i + 1;
+        }
+    }
+    const bool network = path.size() > 4 && isSeparator(path[0]) && isSeparator(path[1])
+        && !isSeparator(path[2]) && parts.size() > 3;
+    const bool drive = path.size() > 3 && path[0].isLetter() && path[1] == u':'
+        && isSeparator(path[2]);
+#ifdef Q_OS_WIN
+    if (network)
+        return {QStringLiteral("\\\\%1\\%2").arg(parts[2], parts[3]), parts.mid(4)};
+    if (drive)
+        return {parts[0] + u'\\' + parts[1], parts.mid(2)};
+#else
+    static_cast<void>(network);
+    static_cast<void>(drive);
+    if (path.startsWith(u'/') || path.startsWith(u'\\'))
+        return {QString(), parts.mid(1)};
+#endif
+    return {programFolder(), parts};
+}
+
+int EnsureFolder(const QString &path, QString &message)
+{
+    if (!path.isEmpty() && path == LastFolder)
+        return 0;
+    message.clear();
+    if (folderExists(path)) {
+        message = QStringLiteral("Path exists.");
+        LastFolder = path;
+        return 0;
+    }
+    const FolderParts split = folderParts(path);
+    QString current = split.root;
+    const auto createMissing = [&] {
+        const QString native = nativePath(current);
+        if (native.isEmpty() || QFileInfo(native).isDir())
+            return true;
+        if (QDir().mkdir(native) || QFileInfo(native).isDir())
+            return true;
+        message = QStringLiteral("Cannot create folder '%1'").arg(current);
+        return false;
+    };
+    for (const QString &part : split.parts) {
+        if (!part.isEmpty())
+            current += pathSeparator + part;
+        if (!createMissing())
+            return QFileInfo::exists(nativePath(current)) ? PermissionDenied : PathNotFound;
+    }
+    if (!createMissing())
+        return PathNotFound;
+    message = QStringLiteral("Created '%1'").arg(current);
+    LastFolder = path;
+    return 0;
+}
+
+void resetPaths()
+{
+    LastFolder.clear();
+    ownFolder.clear();
+}
+
+void locateProgramFolder(const QString &home)
+{
+    QString folder = home.isEmpty() ? qEnvironmentVariable("VANTREL_GRAPHER_HOME") : home;
+    const QString beside = QCoreApplication::applicationDirPath();
+    if (folder.isEmpty()) {
+        if (QFileInfo::exists(beside + u'/' + factoryConfiguration)) {
+            setProgramFolder(QDir::toNativeSeparators(beside));
+            return;
+        }
+        folder = QStandardPaths::writableLocation(QStandardPaths::AppDataLocation);
+    }
+    folder = QDir::cleanPath(QDir().absoluteFilePath(nativePath(folder)));
+    if (!QDir().mkpath(folder))
+        throw Error(PathNotFound, QStringLiteral("Cannot create folder '%1'").arg(folder));
+    fillFromShare(folder);
+    setProgramFolder(QDir::toNativeSeparators(folder));
+}

@@ -1,0 +1,27 @@
+#pragma once
+
+#include <QString>
+
+#include <functional>
+
+/// The status line: the run's progress messages, one line each. Main thread only.
+
+/// Where status lines go: standard output of an unattended run, the window's status box, a test's
+/// list. The sink is called on the main thread and may yield to the message loop.
+using StatusSink = std::function<void(const QString &line)>;
+void setStatusSink(StatusSink sink);
+
+/// Shows one line. Before `gStartupDone` is set the call does nothing visible.
+void ShowStatus(const QString &text);
+
+/// How far a run is; `done` of `all` charts.
+struct Progress {
+    QString report;
+    QString device;
+    QString item;
+    int done = 0;
+    int all = 0;
+};
+using ProgressSink = std::function<void(const Progress &progress)>;
+void setProgressSink(ProgressSink sink);
+void showProgress(const Progress &progress);

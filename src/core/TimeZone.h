@@ -1,0 +1,43 @@
+#pragma once
+
+#include <QDateTime>
+#include <QString>
+
+#include <limits>
+
+/// The local time zone, with the rules in force at each date-time, on every system alike.
+/// The zone is the one that the environment variable TZ names, else the system's. All functions
+/// are for the main thread; workers get finished numbers.
+
+/// A stretch of time in which one offset from UTC holds: instants from <= t < to.
+struct OffsetSpan {
+    qint64 from = std::numeric_limits<qint64>::min();
+    qint64 to = std::numeric_limits<qint64>::max();
+    qint64 offset = 0; ///< milliseconds to add to an instant to get the wall time
+
+    bool contains(qint64 instant) const { return instant >= from && instant < to; }
+};
+
+/// The span around an instant. Spans next to each other have different offsets.
+OffsetSpan offsetSpanAt(qint64 instant);
+
+/// Wall time as milliseconds since 1970-01-01 00:00 on the wall.
+qint64 wallMillisecondsAt(qint64 instant);
+
+/// The instant of a wall time given in those milliseconds. A wall time that occurs twice means its
+/// first occurrence; one that is skipped is read with the offset before the change.
+qint64 instantOfWall(qint64 wallMilliseconds);
+
+/// The same conversions between wall times and UTC date-times, to the second (fractions dropped).
+QDateTime LocalToUTC(const QDateTime &local);
+QDateTime UTCToLocal(const QDateTime &utc);
+
+/// The wall time of an instant and the instant of a wall time, to the millisecond.
+QDateTime wallTime(qint64 instant);
+qint64 instantOf(const QDateTime &wall);
+
+/// How the zone is named to readers, at an instant: "Europe/Berlin, UTC+02:00"; "UTC".
+QString zoneText(qint64 instant);
+
+/// Reads the zone afresh from the environment; for tests that change TZ.
+void reloadTimeZone();

@@ -1,0 +1,99 @@
+#include "core/Xml.h"
+
+#include "core/Error.h"
+#include "core/Files.h"
+#include "core/Numbers.h"
+
+namespace {
+
+/// "line:column" of a byte offset, both counted from 1.
+QString placeOf(const QByteArray &bytes, qsizetype offset)
+{
+    offset = qBound(qsizetype(0), offset, bytes.size());
+    qsizetype line = 1;
+    qsizetype start = 0;
+    for (qsizetype i = 0; i < offset; ++i) {
+        if (bytes[i] == '\n') {
+            ++line;
+            start = i + 1;
+        }
+    }
+    return QStringLiteral("%1:%2").arg(line).arg(offset - start + 1);
+}
+
+/// Text that is UTF-8 by now, whatever encoding its declaration still names, goes with encoding_utf8.
+void load(pugi::xml_document &document, const QByteArray &bytes, pugi::xml_encoding encoding)
+{
+    const pugi::xml_parse_result result = document.load_buffer(
+        bytes.constData(), static_cast<size_t>(bytes.size()),
+        pugi::parse_default | pugi::parse_comments | pugi::parse_pi | pugi::parse_declaration,
+        encoding);
+    if (!result)
+        throw Error(InvalidFileFormat, placeOf(bytes, result.offset) + QLatin1String(": ")
+                                           + QString::fromUtf8(result.description()));
+    if (!document.document_element())
+        throw Error(InvalidFileFormat, QStringLiteral("1:1: no root element"));
+}
+
+class TextWriter : public pugi::xml_writer
+{
+public:
+    void write(const void *data, size_t size) override
+    {
+        bytes.append(static_cast<const char *>(data), static_cast<qsizetype>(size));
+    }
+    QByteArray bytes;
+};
+
+} // namespace
+
+void parseXml(pugi::xml_document &document, const QString &text)
+{
+    load(document, text.toUtf8(), pugi::encoding_utf8);
+}
+
+void parseXml(pugi::xml_document &document, const QByteArray &bytes)
+{
+    const bool wide = bytes.startsWith("\xFF\xFE") || bytes.startsWith("\xFE\xFF")
+        || bytes.left(4).contains('\0');
+    if (wide)
+        load(document, bytes, pugi::encoding_auto);
+    else
+        parseXml(document, decodeText(bytes));
+}
+
+QString GetAttr(const pugi::xml_node &element, const char *name, const QString &fallback)
+{
+    const pugi::xml_attribute attribute = element.attribute(name);
+    return attribute ? QString::fromUtf8(attribute.value()) : fallback;
+}
+
+void setAttr(pugi::xml_node &element, const char *name, const QString &value)
+{
+    element.append_attribute(name).set_value(value.toUtf8().constData());
+}
+
+void setAttr(pugi::xml_node &element, const char *name, qint32 value)
+{
+    element.append_attribute(name).set_value(value);
+}
+
+QString elementText(const pugi::xml_node &element)
+{
+    TextWriter writer;
+    element.print(writer, "", pugi::format_raw, pugi::encoding_utf8);
+    return QString::fromUtf8(writer.bytes);
+}
+
+QByteArray documentBytes(const pugi::xml_document &document)
+{
+    TextWriter writer;
+    document.save(writer, "\t", pugi::format_indent | pugi::format_no_declaration,
+                  pugi::encoding_utf8);
+    return writer.bytes;
+}
+
+bool xmlBoolean(const QString &text)
+{
+    return leadingNumber(text) != 0;
+}

@@ -1,0 +1,14 @@
+#pragma once
+
+#include <QDateTime>
+#include <QString>
+
+/// The SQL texts sent to the monitoring database, in the Access dialect, or in SQL Server's when
+/// `gGraphDataSQL` is set. Bounds are wall times, written as UTC.
+
+QString GetDataSelectionSQL();
+
+/// `muidList`: ids separated by commas, with or without apostrophes; empty for all devices.
+QString GetStateSummarySQL(const QDateTime &start, const QDateTime &end, QString muidList);
+
+QString GetDataValuesSQL(const QString &dataIdent, const QDateTime &start, const QDateTime &end);

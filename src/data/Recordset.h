@@ -1,0 +1,76 @@
+#pragma once
+
+#include <QString>
+#include <QStringList>
+#include <QVariant>
+
+#include <memory>
+#include <unordered_map>
+#include <vector>
+
+/// The rows of one query, read once from first to last. Columns are found once by name, values are
+/// read by column number without allocation (texts excepted). Main thread only.
+///
+/// Dates are instants: milliseconds since 1970-01-01 UTC of the date-time as stored, rounded to
+/// the millisecond. NULL reads as 0, an empty text or an invalid QVariant; isNull tells it apart.
+class Recordset
+{
+public:
+    virtual ~Recordset() = default;
+
+    virtual QStringList columns() const = 0;
+
+    /// The number of a column, without regard to case. Throws Error(ItemNotFound) naming it.
+    int column(const QString &name) const;
+
+    /// Moves to the next row, at first to the first one; false behind the last. Throws Error when
+    /// the database fails: never fewer rows than there are.
+    virtual bool next() = 0;
+
+    // Values of the row that next() moved to.
+    virtual bool isNull(int column) const = 0;
+    virtual qint64 integer(int column) const = 0; ///< fractions are rounded, halves to even
+    virtual double number(int column) const = 0;
+    virtual qint64 instant(int column) const = 0;
+    virtual QString text(int column) const = 0;
+    virtual QVariant value(int column) const = 0;
+};
+
+/// A recordset fetched whole, with a filter, a count and a way back to the first row.
+class StaticRecordset
+{
+public:
+    /// Reads all rows of `source`.
+    explicit StaticRecordset(Recordset &source);
+
+    int column(const QString &name) const;
+
+    /// Rows that pass the filter.
+    qsizetype recordCount() const;
+
+    /// Keeps the rows whose columns equal the given values: "[MUID]='A1'", "[iScale]=21",
+    /// "[IDent]='3' and [DataIDent]='7'". Texts are compared without regard to case, a number in
+    /// apostrophes matches a numeric column. The empty text removes the filter. Moves to the first
+    /// row. Throws Error on any other form. A filter on one column costs a look-up, not a walk.
+    void setFilter(const QString &criterion);
+
+    void moveFirst();
+    void moveNext();
+    bool eof() const;
+
+    // Values of the present row; Error when eof().
+    bool isNull(int column) const;
+    qint64 integer(int column) const;
+    double number(int column) const;
+    QString text(int column) const;
+
+private:
+    using Index = std::unordered_multimap<QString, qsizetype>;
+    const QVariant &cell(int column) const;
+
+    QStringList m_columns;
+    std::vector<std::vector<QVariant>> m_rows;
+    std::vector<qsizetype> m_passing; ///< numbers of the rows that pass the filter, ascending
+    size_t m_at = 0;                  ///< position in m_passing
+    mutable std::unordered_map<int, Index> m_indexes; ///< by column, made on first use
+};

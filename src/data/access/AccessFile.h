@@ -1,0 +1,119 @@
+#pragma once
+
+#include <QString>
+#include <QVariant>
+
+#include <cstdint>
+#include <memory>
+#include <vector>
+
+/// Read-only access to Jet 3, Jet 4 and ACE files (.mdb, .accdb). The file is opened for reading
+/// and shared; nothing is written, no lock file is made, no page is mapped: pages are read in
+/// blocks, so that a file that shrinks or changes meanwhile gives an error and no crash.
+///
+/// Every count, offset and page number of the file is checked before it is used. What breaks the
+/// format throws Error(InvalidFileFormat) that names the file, the table and the page; never fewer
+/// rows. Objects of one file belong to one thread.
+namespace access {
+
+enum class ColumnType : std::uint8_t {
+    Boolean = 1,
+    Byte = 2,
+    Integer = 3, ///< 16 bits
+    Long = 4,    ///< 32 bits
+    Currency = 5,
+    Single = 6,
+    Double = 7,
+    DateTime = 8,
+    Binary = 9,
+    Text = 10,
+    Ole = 11,
+    Memo = 12,
+    Guid = 15,
+    Numeric = 16,
+    Complex = 18,
+    BigInt = 19,
+    DateTimeExtended = 20,
+};
+
+struct Column {
+    QString name;
+    ColumnType type = ColumnType::Long;
+    int scale = 0;          ///< decimals of a Numeric
+    // Where the value stands in a row.
+    bool isFixed = false;
+    int number = 0;         ///< bit in the null mask
+    int fixedOffset = 0;    ///< from the start of the fixed values
+    int variableIndex = 0;  ///< place in the table of variable values
+    int size = 0;           ///< bytes, for fixed types; most bytes for the others
+};
+
+class RowCursor;
+
+/// A table's definition.
+struct Table {
+    QString name;
+    int definitionPage = 0;
+    qint64 statedRows = 0;       ///< the count in the definition: a cross-check, not the truth
+    std::vector<Column> columns; ///< in the order in which Access shows them
+
+    /// Number of a column, without regard to case; -1 when there is none.
+    int column(const QString &columnName) const;
+};
+
+class AccessFile
+{
+public:
+    /// Opens a file and reads its catalog. Throws Error: FileNotFound, PermissionDenied,
+    /// UnrecognizedFormat, InvalidFileFormat.
+    explicit AccessFile(const QString &path);
+    ~AccessFile();
+    AccessFile(const AccessFile &) = delete;
+    AccessFile &operator=(const AccessFile &) = delete;
+
+    QString path() const;
+
+    /// Names of the user tables, in catalog order.
+    std::vector<QString> tableNames() const;
+
+    /// A table by its name, without regard to case. Throws Error(ItemNotFound).
+    const Table &table(const QString &name);
+
+    /// Looks whether all the file's pages are there; throws Error(InvalidFileFormat) when the file
+    /// is shorter than when it was opened or no whole number of pages long.
+    void checkSize() const;
+
+private:
+    friend class RowCursor;
+    class Private;
+    std::unique_ptr<Private> d;
+};
+
+/// Walks the live rows of a table in storage order. Fixed-size values are decoded straight from the
+/// page; no allocation per row.
+class RowCursor
+{
+public:
+    RowCursor(AccessFile &file, const Table &table);
+    ~RowCursor();
+    RowCursor(RowCursor &&) noexcept;
+
+    /// Moves to the next row, at first to the first one; false behind the last.
+    bool next();
+
+    // Values of the present row by column number. NULL reads as 0 or empty.
+    bool isNull(int column) const;
+    qint64 integer(int column) const;  ///< Boolean (0, 1) and the integer types
+    double number(int column) const;   ///< any numeric type; DateTime as days since 1899-12-30
+    qint64 instant(int column) const;  ///< DateTime as milliseconds since 1970-01-01, rounded
+    QString text(int column) const;    ///< Text and Memo; other types in the form of `access-export`
+    /// bool, int, qint64, double, QString, QByteArray, or QDateTime (UTC spec, as stored);
+    /// Currency and Numeric as QString with all their digits.
+    QVariant value(int column) const;
+
+private:
+    class Private;
+    std::unique_ptr<Private> d;
+};
+
+} // namespace access
