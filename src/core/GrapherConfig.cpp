@@ -11,7 +11,8 @@
 
 namespace {
 
-struct TextAttribute {
+struct TextAttribute
+{
     const char *name;
     QString clsGrapherConfig::*property;
 };
@@ -126,4 +127,9 @@ void loadGrapherConfig()
 void saveGrapherConfig()
 {
     saveTextFile(inProgramFolder(workingFile), gConfig->XMLConfig());
+}
+
+QString configurationFolder()
+{
+    return NormalizeFolder(gConfig ? gConfig->PTH_Config() : QString());
 }

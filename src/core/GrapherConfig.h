@@ -57,3 +57,6 @@ void loadGrapherConfig();
 
 /// Writes `gConfig` to "VTRGConfigV6.XML". Throws Error.
 void saveGrapherConfig();
+
+/// The folder of definition files and templates: PTH_Config of `gConfig`, ending in a separator.
+QString configurationFolder();

@@ -21,7 +21,8 @@ QString placeOf(const QByteArray &bytes, qsizetype offset)
     return QStringLiteral("%1:%2").arg(line).arg(offset - start + 1);
 }
 
-/// Text that is UTF-8 by now, whatever encoding its declaration still names, goes with encoding_utf8.
+/// Text that is UTF-8 by now, whatever encoding its declaration still names, goes with
+/// encoding_utf8.
 void load(pugi::xml_document &document, const QByteArray &bytes, pugi::xml_encoding encoding)
 {
     const pugi::xml_parse_result result = document.load_buffer(
@@ -29,8 +30,8 @@ void load(pugi::xml_document &document, const QByteArray &bytes, pugi::xml_encod
         pugi::parse_default | pugi::parse_comments | pugi::parse_pi | pugi::parse_declaration,
         encoding);
     if (!result)
-        throw Error(InvalidFileFormat, placeOf(bytes, result.offset) + QLatin1String(": ")
-                                           + QString::fromUtf8(result.description()));
+        throw Error(InvalidFileFormat, placeOf(bytes, result.offset) + QLatin1String(": ") +
+                                           QString::fromUtf8(result.description()));
     if (!document.document_element())
         throw Error(InvalidFileFormat, QStringLiteral("1:1: no root element"));
 }
@@ -54,8 +55,8 @@ void parseXml(pugi::xml_document &document, const QString &text)
 
 void parseXml(pugi::xml_document &document, const QByteArray &bytes)
 {
-    const bool wide = bytes.startsWith("\xFF\xFE") || bytes.startsWith("\xFE\xFF")
-        || bytes.left(4).contains('\0');
+    const bool wide = bytes.startsWith("\xFF\xFE") || bytes.startsWith("\xFE\xFF") ||
+                      bytes.left(4).contains('\0');
     if (wide)
         load(document, bytes, pugi::encoding_auto);
     else
@@ -68,6 +69,18 @@ QString GetAttr(const pugi::xml_node &element, const char *name, const QString &
     return attribute ? QString::fromUtf8(attribute.value()) : fallback;
 }
 
+qint32 integerAttr(const pugi::xml_node &element, const char *name, qint32 fallback)
+{
+    const pugi::xml_attribute attribute = element.attribute(name);
+    if (!attribute)
+        return fallback;
+    try {
+        return leadingInteger(QString::fromUtf8(attribute.value()));
+    } catch (const Error &error) {
+        throw Error(error.number, QLatin1String(name) + QLatin1String(": ") + error.description);
+    }
+}
+
 void setAttr(pugi::xml_node &element, const char *name, const QString &value)
 {
     element.append_attribute(name).set_value(value.toUtf8().constData());
@@ -76,6 +89,18 @@ void setAttr(pugi::xml_node &element, const char *name, const QString &value)
 void setAttr(pugi::xml_node &element, const char *name, qint32 value)
 {
     element.append_attribute(name).set_value(value);
+}
+
+pugi::xml_node nextNode(const pugi::xml_node &node, const pugi::xml_node &root)
+{
+    // Without recursion: a hostile file may be nested as deep as it is long.
+    if (const pugi::xml_node child = node.first_child())
+        return child;
+    for (pugi::xml_node at = node; at != root; at = at.parent()) {
+        if (const pugi::xml_node sibling = at.next_sibling())
+            return sibling;
+    }
+    return pugi::xml_node();
 }
 
 QString elementText(const pugi::xml_node &element)

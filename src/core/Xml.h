@@ -7,27 +7,33 @@
 /// XML files: the tool's definitions and configurations. Documents keep attributes in the order in
 /// which they were set. Pure functions, safe on any thread.
 
-/// Parses a text, or a file's bytes: UTF-8 or what core/Files' decodeText makes of them, UTF-16 where
-/// they look so. Throws Error(InvalidFileFormat) with "line:column: what" on
-/// malformed content, and when there is no root element.
+/// Parses a text, or a file's bytes: UTF-8 or what core/Files' decodeText makes of them, UTF-16
+/// where they look so. Throws Error(InvalidFileFormat) with "line:column: what" on malformed
+/// content, and when there is no root element.
 void parseXml(pugi::xml_document &document, const QString &text);
 void parseXml(pugi::xml_document &document, const QByteArray &bytes);
 
 /// The value of an attribute; `fallback` when the element has no such attribute.
 QString GetAttr(const pugi::xml_node &element, const char *name, const QString &fallback);
 
+/// The number at the beginning of an attribute's text, rounded; `fallback` when the element has no
+/// such attribute. Throws Error(Overflow) naming the attribute when it is beyond 32 bits.
+qint32 integerAttr(const pugi::xml_node &element, const char *name, qint32 fallback);
+
 /// Appends an attribute.
 void setAttr(pugi::xml_node &element, const char *name, const QString &value);
 void setAttr(pugi::xml_node &element, const char *name, qint32 value);
+
+/// The node that follows `node` in document order below `root`; null behind the last.
+pugi::xml_node nextNode(const pugi::xml_node &node, const pugi::xml_node &root);
 
 /// Calls `visit(element)` for every element of that name in the whole document, in document order.
 template <typename Visit>
 void forEachElement(const pugi::xml_node &root, const char *name, Visit visit)
 {
-    for (const pugi::xml_node &child : root.children()) {
-        if (child.type() == pugi::node_element && qstrcmp(child.name(), name) == 0)
-            visit(child);
-        forEachElement(child, name, visit);
+    for (pugi::xml_node node = nextNode(root, root); node; node = nextNode(node, root)) {
+        if (node.type() == pugi::node_element && qstrcmp(node.name(), name) == 0)
+            visit(node);
     }
 }
 
@@ -38,5 +44,8 @@ QString elementText(const pugi::xml_node &element);
 QByteArray documentBytes(const pugi::xml_document &document);
 
 /// Booleans are written as -1 and 0 and read as true when the number is not zero.
-inline qint32 xmlBoolean(bool value) { return value ? -1 : 0; }
+inline qint32 xmlBoolean(bool value)
+{
+    return value ? -1 : 0;
+}
 bool xmlBoolean(const QString &text);

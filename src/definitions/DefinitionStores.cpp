@@ -1,0 +1,205 @@
+#include "definitions/DefinitionStores.h"
+
+#include "core/Error.h"
+#include "core/Files.h"
+#include "core/GrapherConfig.h"
+#include "core/Status.h"
+#include "core/Xml.h"
+
+Collection<clsGraphDef> gChartDefs;
+Collection<clsScheduleDef> gScheduleDefs;
+Collection<clsReportDef> gReportDefs;
+
+namespace {
+
+/// A definition file, and what this process did with it.
+struct DefinitionFile
+{
+    const char *root;
+    const char *child;
+    const char *name;
+    const char *factory; ///< null: it has none
+    bool factoryTried = false;
+    QString readWhole =
+        QString(); ///< the path from which everything was read, or to which it was written
+
+    QString path() const { return configurationFolder() + QLatin1String(name); }
+};
+
+struct DefinitionFiles
+{
+    DefinitionFile charts{"CHARTDEFS", "CHART", "ChartDefs.XML", "ChartDefs.FAC"};
+    DefinitionFile schedules{"SCHEDULES", "SCHEDULE", "ChartSchedules.XML", "ChartSchedules.FAC"};
+    DefinitionFile reports{"REPORTDEFINITIONS", "CUSTOMREPORT", "ChartSelection.XML", nullptr};
+};
+
+DefinitionFiles files;
+
+const QString &idOf(const clsGraphDef &chart)
+{
+    return chart.ChartID;
+}
+
+const QString &idOf(const clsScheduleDef &schedule)
+{
+    return schedule.ScheduleID;
+}
+
+const QString &idOf(const clsReportDef &report)
+{
+    return report.ReportID;
+}
+
+void copyFactoryFile(DefinitionFile &file)
+{
+    if (!file.factory || file.factoryTried)
+        return;
+    file.factoryTried = true;
+    if (!fileExists(file.path()))
+        CopyFileQuiet(configurationFolder() + QLatin1String(file.factory), file.path());
+}
+
+/// False when the file is missing, unreadable or malformed.
+bool readDocument(const QString &path, pugi::xml_document &document)
+{
+    try {
+        parseXml(document, readFile(path));
+        return true;
+    } catch (const Error &) {
+        return false;
+    }
+}
+
+bool isIncluded(const pugi::xml_node &element)
+{
+    return qstrcmp(element.name(), "CHART") != 0 ||
+           xmlBoolean(GetAttr(element, "Include", QStringLiteral("1")));
+}
+
+/// Throws Error that names the element at fault; `definitions` then holds those before it.
+template <typename T>
+void load(DefinitionFile &file, Collection<T> &definitions)
+{
+    copyFactoryFile(file);
+    definitions.clear();
+    file.readWhole.clear();
+    pugi::xml_document document;
+    if (!readDocument(file.path(), document))
+        return;
+    int count = 0;
+    forEachElement(document, file.child, [&](const pugi::xml_node &element) {
+        ++count;
+        if (!isIncluded(element))
+            return;
+        try {
+            const auto definition = std::make_shared<T>();
+            definition->readElement(element);
+            definitions.add(idOf(*definition), definition);
+        } catch (const Error &error) {
+            throw Error(error.number, QStringLiteral("%1 (%2 number %3 of '%4')")
+                                          .arg(error.description, QLatin1String(file.child),
+                                               QString::number(count), file.path()));
+        }
+    });
+    file.readWhole = file.path();
+}
+
+/// What the user wrote into a file that could not be read whole must outlive the save.
+void keepUnreadFile(const DefinitionFile &file)
+{
+    const QString path = file.path();
+    if (path == file.readWhole || !fileExists(path))
+        return;
+    const QString kept = path + QLatin1String(".bad");
+    copyFile(path, kept);
+    ShowStatus(QStringLiteral("'%1' could not be read whole and is kept as '%2'.").arg(path, kept));
+}
+
+template <typename T>
+void save(DefinitionFile &file, const Collection<T> &definitions)
+{
+    pugi::xml_document document;
+    const pugi::xml_node root = document.append_child(file.root);
+    for (const auto &definition : definitions)
+        definition->XMLConfigEL(root);
+    keepUnreadFile(file);
+    saveFile(file.path(), documentBytes(document));
+    file.readWhole = file.path();
+}
+
+void showError(const char *what, const Error &error)
+{
+    ShowStatus(QStringLiteral("Error %1 ").arg(QLatin1String(what)) + errorTail(error));
+}
+
+} // namespace
+
+void LoadChartDefs()
+{
+    ShowStatus(QStringLiteral("Loading chart definitions."));
+    try {
+        load(files.charts, gChartDefs);
+        gChartDefs.sortByText([](const clsGraphDef &chart) { return chart.ChartTitle; });
+    } catch (const Error &error) {
+        showError("loading chart definitions", error);
+    }
+}
+
+void LoadScheduleDefs()
+{
+    ShowStatus(QStringLiteral("Loading schedule definitions."));
+    try {
+        load(files.schedules, gScheduleDefs);
+    } catch (const Error &) {
+        // Schedules have no message of their own; a later save keeps the file.
+    }
+}
+
+void LoadReportDefs()
+{
+    ShowStatus(QStringLiteral("Loading report selections."));
+    try {
+        load(files.reports, gReportDefs);
+        gReportDefs.sortByText([](const clsReportDef &report) { return report.ReportTitle; });
+    } catch (const Error &error) {
+        showError("loading report selections", error);
+    }
+}
+
+void SaveChartDefs()
+{
+    ShowStatus(QStringLiteral("Saving chart definitions."));
+    try {
+        save(files.charts, gChartDefs);
+    } catch (const Error &error) {
+        showError("saving chart definitions", error);
+    }
+}
+
+void SaveScheduleDefs()
+{
+    ShowStatus(QStringLiteral("Saving schedule definitions."));
+    try {
+        save(files.schedules, gScheduleDefs);
+    } catch (const Error &error) {
+        showError("saving schedule definitions", error);
+    }
+}
+
+void SaveReportDefs()
+{
+    ShowStatus(QStringLiteral("Saving report definition."));
+    try {
+        save(files.reports, gReportDefs);
+    } catch (const Error &error) {
+        showError("saving report selections", error);
+    }
+}
+
+void resetDefinitions()
+{
+    gChartDefs.clear();
+    gScheduleDefs.clear();
+    gReportDefs.clear();
+    files = DefinitionFiles();
+}

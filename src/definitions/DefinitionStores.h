@@ -1,0 +1,35 @@
+#pragma once
+
+#include "definitions/Collection.h"
+#include "definitions/GraphDef.h"
+#include "definitions/ReportDef.h"
+#include "definitions/ScheduleDef.h"
+
+/// All definitions of the user, each kind in one XML file in the configuration folder of
+/// core/GrapherConfig.h. Main thread only.
+
+extern Collection<clsGraphDef> gChartDefs;       ///< by ChartID, in title order
+extern Collection<clsScheduleDef> gScheduleDefs; ///< by ScheduleID, in file order
+extern Collection<clsReportDef> gReportDefs;     ///< by ReportID, in title order
+
+/// Each replaces a collection by the content of "ChartDefs.XML", "ChartSchedules.XML" or
+/// "ChartSelection.XML". The first load of a process copies a missing chart or schedule file from
+/// its factory copy (".FAC"). A file that is missing, unreadable or malformed gives an empty
+/// collection and no message; an error inside it ends the load with the status line
+/// "Error loading ... [number] description" (schedules: without one), and the collection keeps what
+/// was read before. Nothing is thrown.
+void LoadChartDefs();
+void LoadScheduleDefs();
+void LoadReportDefs();
+
+/// Each writes a whole collection to its file. Failures become the status line
+/// "Error saving ... [number] description" and leave the file as it was; nothing is thrown.
+///
+/// Before the save replaces a file that this process could not read whole (a slip of the pen in a
+/// file edited by hand), the file is kept beside it with ".bad" added to its name.
+void SaveChartDefs();
+void SaveScheduleDefs();
+void SaveReportDefs();
+
+/// Empties the collections and forgets which files were loaded; at shutdown, and for tests.
+void resetDefinitions();

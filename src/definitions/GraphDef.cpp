@@ -1,0 +1,210 @@
+#include "definitions/GraphDef.h"
+
+#include "core/Clock.h"
+#include "core/Error.h"
+#include "core/Files.h"
+#include "core/GrapherConfig.h"
+#include "core/Paths.h"
+#include "core/Status.h"
+#include "core/Xml.h"
+
+#include <algorithm>
+
+namespace {
+
+constexpr qint64 minute = 60'000; // milliseconds
+constexpr qint64 hour = 60 * minute;
+constexpr qint64 day = 24 * hour;
+
+const QTime lastSecond(23, 59, 59);
+
+struct Period
+{
+    QDateTime start;
+    QDateTime end;
+};
+
+Period wholeDays(const QDate &first, const QDate &last)
+{
+    return {wallDateTime(first), wallDateTime(last, lastSecond)};
+}
+
+QDate sundayOfWeek(const QDate &date)
+{
+    return date.addDays(-(date.dayOfWeek() % 7));
+}
+
+QDate firstOfMonth(const QDate &date)
+{
+    return QDate(date.year(), date.month(), 1);
+}
+
+Period wholeMonth(const QDate &date)
+{
+    return wholeDays(firstOfMonth(date), firstOfMonth(date).addMonths(1).addDays(-1));
+}
+
+Period wholeYear(int year)
+{
+    return wholeDays(QDate(year, 1, 1), QDate(year, 12, 31));
+}
+
+/// The calendar period of a duration code; `otherwise` for codes that stand for none.
+Period fixedPeriod(qint32 duration, const QDate &today, const Period &otherwise)
+{
+    switch (duration) {
+    case Today:
+        return wholeDays(today, today);
+    case ThisWeek:
+        return wholeDays(sundayOfWeek(today), sundayOfWeek(today).addDays(6));
+    case ThisMonth:
+        return wholeMonth(today);
+    case ThisYear:
+        return wholeYear(today.year());
+    case Yesterday:
+        return wholeDays(today.addDays(-1), today.addDays(-1));
+    case LastWeek:
+        return wholeDays(sundayOfWeek(today).addDays(-7), sundayOfWeek(today).addDays(-1));
+    case LastMonth:
+        return wholeMonth(firstOfMonth(today).addDays(-1));
+    case LastYear:
+        return wholeYear(today.year() - 1);
+    default:
+        return otherwise;
+    }
+}
+
+/// `from` less `count` units of time, held within the years 100 to 9999.
+QDateTime earlier(const QDateTime &from, qint64 count, qint64 unit)
+{
+    const qint64 least = wallDateTime(QDate(100, 1, 1)).toMSecsSinceEpoch();
+    const qint64 most = wallDateTime(QDate(9999, 12, 31), lastSecond).toMSecsSinceEpoch();
+    const qint64 farthest =
+        (most - least) / unit + 1; // no more units are needed to leave the years
+    const qint64 moved = from.toMSecsSinceEpoch() - qBound(-farthest, count, farthest) * unit;
+    return QDateTime::fromMSecsSinceEpoch(qBound(least, moved, most), Qt::UTC);
+}
+
+/// Steps back one calendar month or year at a time. A day that the new month lacks rolls over into
+/// the next one, and counts from there in the step that follows.
+QDateTime earlierByCalendar(const QDateTime &from, qint32 count, int years, int months)
+{
+    if (count <= 0)
+        return from;
+    QDate date = from.date();
+    const QDate least(100, 1, 1);
+    for (qint32 i = 0; i < count; ++i) {
+        if (date.year() - years < least.year() || date.addMonths(-months) < least)
+            return wallDateTime(least);
+        date = dateSerial(date.year() - years, date.month() - months, date.day());
+    }
+    return wallDateTime(date);
+}
+
+/// The begin of the last intervals before `end`.
+QDateTime startOfLastIntervals(const clsGraphDef &chart)
+{
+    const qint32 count = chart.IntervalCount;
+    switch (chart.ChartFrequency) {
+    case ByMinute:
+        return earlier(chart.EndTime, qint64(std::max(chart.MinuteInterval, 0)) * count, minute);
+    case ByHour:
+        return earlier(chart.EndTime, count, hour);
+    case ByDay:
+        return earlier(chart.EndTime, count, day);
+    case ByMonth:
+        return earlierByCalendar(chart.EndTime, count, 0, 1);
+    case ByYear:
+        return earlierByCalendar(chart.EndTime, count, 1, 0);
+    default:
+        return chart.StartTime;
+    }
+}
+
+/// The text of a template named in a chart definition; empty when there is none to read.
+QString templateText(const QString &name)
+{
+    if (name.isEmpty())
+        return QString();
+    const bool fullPath = std::any_of(name.begin(), name.end(), isSeparator);
+    const QString path = fullPath ? name : configurationFolder() + name;
+    try {
+        return readTextFile(path);
+    } catch (const Error &error) {
+        ShowStatus(QStringLiteral("Error reading chart template '%1' ").arg(path) +
+                   errorTail(error));
+        return QString();
+    }
+}
+
+} // namespace
+
+void clsGraphDef::SetStart()
+{
+    if (SubFrequency == FixedPeriod) {
+        const Period period = fixedPeriod(ChartDuration, now().date(), {StartTime, EndTime});
+        StartTime = period.start;
+        EndTime = period.end;
+    } else if (SubFrequency == LastIntervals) {
+        StartTime = startOfLastIntervals(*this);
+    }
+
+    LabelStep = 1;
+    if (ChartFrequency == ByMinute && IntervalCount > 30)
+        LabelStep = IntervalCount <= 60 ? 2 : 5;
+}
+
+pugi::xml_node clsGraphDef::XMLConfigEL(pugi::xml_node parent) const
+{
+    pugi::xml_node element = parent.append_child("CHART");
+    setAttr(element, "ChartID", ChartID);
+    setAttr(element, "Title", ChartTitle);
+    setAttr(element, "SampleLabel", SampleLabel);
+    setAttr(element, "Frequency", ChartFrequency);
+    setAttr(element, "SubFreq", SubFrequency);
+    setAttr(element, "MinuteInterval", MinuteInterval);
+    setAttr(element, "IntervalCount", IntervalCount);
+    setAttr(element, "ChartDuration", ChartDuration);
+    setAttr(element, "StateFile", StateTemplateFile);
+    setAttr(element, "CountFile", CountTemplateFile);
+    setAttr(element, "Details", xmlBoolean(Details));
+    setAttr(element, "DetailCount", DetailCount);
+    setAttr(element, "StartTime", DateToXML(StartTime));
+    setAttr(element, "EndTime", DateToXML(EndTime));
+    setAttr(element, "ChartQuality", ChartQuality);
+    return element;
+}
+
+QString clsGraphDef::XMLConfig() const
+{
+    pugi::xml_document document;
+    return elementText(XMLConfigEL(document));
+}
+
+void clsGraphDef::SetXMLConfig(const QString &text)
+{
+    pugi::xml_document document;
+    parseXml(document, text);
+    readElement(document.document_element());
+}
+
+void clsGraphDef::readElement(const pugi::xml_node &element)
+{
+    ChartID = GetAttr(element, "ChartID", NewID());
+    ChartTitle = GetAttr(element, "Title", QStringLiteral("Un Named Chart"));
+    SampleLabel = GetAttr(element, "SampleLabel", QStringLiteral("Un Named Data"));
+    ChartFrequency = integerAttr(element, "Frequency", 0);
+    SubFrequency = integerAttr(element, "SubFreq", 0);
+    MinuteInterval = integerAttr(element, "MinuteInterval", 5);
+    IntervalCount = integerAttr(element, "IntervalCount", 24);
+    ChartDuration = integerAttr(element, "ChartDuration", 0);
+    StateTemplateFile = GetAttr(element, "StateFile", QStringLiteral("StateChart.HTML"));
+    CountTemplateFile = GetAttr(element, "CountFile", QStringLiteral("CountChart.HTML"));
+    Details = xmlBoolean(GetAttr(element, "Details", QStringLiteral("0")));
+    DetailCount = integerAttr(element, "DetailCount", 0);
+    StartTime = dateAttr(element, "StartTime");
+    EndTime = dateAttr(element, "EndTime");
+    ChartQuality = integerAttr(element, "ChartQuality", ChartQuality);
+    StateTemplateData = templateText(StateTemplateFile);
+    CountTemplateData = templateText(CountTemplateFile);
+}
