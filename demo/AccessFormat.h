@@ -1,0 +1,122 @@
+#pragma once
+
+#include "demo/PageFile.h"
+
+#include <QByteArray>
+#include <QUuid>
+
+#include <cstring>
+#include <vector>
+
+/// How single things are laid out in a Jet 4 file. Pure functions, but for UsageMaps.
+/// Numbers are little-endian.
+namespace demo {
+
+inline constexpr int dataPageHeader = 14;  ///< bytes before the row table
+inline constexpr int mostRowsOnPage = 255; ///< a row's number is one byte
+inline constexpr int mostRowBytes = 4060;
+inline constexpr int mostLongValueRow = 4076;
+inline constexpr quint16 rowDeleted = 0x8000;
+inline constexpr quint16 rowPointer = 0x4000;
+inline constexpr quint16 rowOffsetMask = 0x1FFF;
+inline constexpr quint32 longValueOwner = 0x4C41564C; ///< "LVAL" in place of an owning table
+
+template <typename Number>
+void put(std::uint8_t *to, Number value)
+{
+    std::memcpy(to, &value, sizeof value);
+}
+
+template <typename Number>
+Number get(const std::uint8_t *from)
+{
+    Number value;
+    std::memcpy(&value, from, sizeof value);
+    return value;
+}
+
+/// A row of the file. Stored as one byte row number and three bytes page number.
+struct RowPlace
+{
+    int page = 0;
+    int row = 0;
+
+    quint32 pointer() const { return quint32(page) << 8 | quint32(row); }
+};
+
+/// Text as a Text or Memo column holds it: UTF-16, or where that is shorter the compressed form
+/// (FF FE, one byte a character, 00 toggles to two bytes and back). The result stands in `bytes`.
+void encodeText(QStringView text, std::vector<std::uint8_t> &bytes);
+
+std::array<std::uint8_t, 16> encodeGuid(const QUuid &guid);
+
+/// A decimal text as the 17 bytes of a Numeric: sign and a 128-bit count of 10^-scale. Throws
+/// Error(TypeMismatch) when it is no such number, Error(Overflow) when it does not fit.
+std::array<std::uint8_t, 17> encodeNumeric(const QString &text, int scale);
+
+/// Days since 1899-12-30, as a DateTime column holds an instant (milliseconds since 1970, UTC).
+/// Before 1899-12-30 the whole days count backwards and the fraction forwards.
+double accessDays(qint64 instant);
+
+/// The database header: signature, version, and the encoded fields (no password, code page 1252,
+/// the "General" sort order).
+Page headerPage(qint64 createdInstant);
+
+/// Appends rows to data pages that belong to one owner, one page after the other.
+class RowPages
+{
+public:
+    RowPages(PageFile &file, quint32 owner, int mostRows = mostRowsOnPage);
+
+    RowPlace add(const std::uint8_t *bytes, int size, quint16 flags = 0);
+    /// Whether the present page takes so many more rows.
+    bool hasRoom(int rows, int rowSize) const;
+    /// The next row starts a new page.
+    void startPage();
+    void flush();
+
+    /// A row's bytes, and its flags in the row table.
+    QByteArray row(RowPlace place);
+    void addFlags(RowPlace place, quint16 flags);
+    /// Puts a pointer where the row stood. Throws Error(Overflow) when the row is too short for it.
+    void replaceByPointer(RowPlace place, RowPlace target);
+
+    const std::vector<int> &pages() const { return m_pages; } ///< ascending
+    /// Pages on which a further row finds room: the last one.
+    std::vector<int> roomyPages() const;
+
+private:
+    int room() const;
+    void change(RowPlace place, const auto &edit);
+
+    PageFile &m_file;
+    quint32 m_owner;
+    int m_mostRows;
+    std::vector<int> m_pages;
+    Page m_page; ///< the last page, while it fills
+    int m_rows = 0;
+    int m_end = 0; ///< rows fill the page from its end down to here
+};
+
+/// Writes usage maps: which pages an owner has. A map is a row of 69 bytes that holds the bits of
+/// up to 512 pages, or where they lie further apart, the numbers of up to 17 map pages.
+class UsageMaps
+{
+public:
+    explicit UsageMaps(PageFile &file);
+
+    /// Writes the map of an owner's pages and, in the row behind it, of those that have room.
+    RowPlace addPair(const std::vector<int> &pages, const std::vector<int> &roomyPages);
+    void flush() { m_rows.flush(); }
+
+    /// Writes page 1, the map of the pages that nobody has; everything else has to be written.
+    static void writeGlobalMap(PageFile &file);
+
+private:
+    std::array<std::uint8_t, 69> map(const std::vector<int> &pages);
+
+    PageFile &m_file;
+    RowPages m_rows;
+};
+
+} // namespace demo
