@@ -18,6 +18,7 @@ enum ErrorNumber : int {
     DuplicateKey = 457,       ///< a collection holds an entry with this key already
     ItemNotFound = 3265,      ///< no column, table or entry of this name
     DatabaseError = 3001,     ///< an SQL statement cannot be run
+    NoCurrentRecord = 3021,   ///< a value is asked for behind the last row
     UnrecognizedFormat = 3343 ///< a file is no Access database
 };
 

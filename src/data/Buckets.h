@@ -8,8 +8,9 @@
 /// not change: a day has 23 or 25 hours where daylight saving begins or ends, an hour that the wall
 /// clock shows twice in a row is one bucket of two hours, and minute buckets of that hour come
 /// twice. Hours that the clock skips have no bucket.
-struct Bucket {
-    qint64 start = 0;    ///< instants: start <= t < end
+struct Bucket
+{
+    qint64 start = 0; ///< instants: start <= t < end
     qint64 end = 0;
     QDateTime wallStart; ///< what the key says: the date and time at which the bucket begins
 };

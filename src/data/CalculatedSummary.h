@@ -5,10 +5,12 @@
 #include <vector>
 
 /// Samples of one data item grouped into time buckets of local time.
-struct SummaryRow {
+struct SummaryRow
+{
     qint64 DataIDent = 0;
-    qint64 QCount = 0;    ///< samples in the bucket
-    QString QDate;        ///< the bucket's key: "yyyyMMddHHmm", "yyyyMMddHH", "yyyyMMdd", ...
+    qint64 QCount = 0;     ///< samples in the bucket
+    qint64 ValueCount = 0; ///< those of them whose value is not NULL
+    QString QDate;         ///< the bucket's key: "yyyyMMddHHmm", "yyyyMMddHH", "yyyyMMdd", ...
     qint64 sumiState = 0;
     double avgiValue = 0; ///< mean, rounded to 6 decimals, halves to even
     double miniValue = 0; ///< least value, 4 decimals

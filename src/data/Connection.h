@@ -8,7 +8,8 @@
 
 /// What the sample queries of a run can ask for, so that an Access file is read only once and no
 /// more of it is kept than needed. Instants are inclusive.
-struct SampleScope {
+struct SampleScope
+{
     QSet<qint64> dataIdents;
     qint64 from = 0;
     qint64 to = 0;

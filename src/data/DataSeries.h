@@ -2,14 +2,17 @@
 
 #include "data/CalculatedSummary.h"
 
+#include <QDateTime>
 #include <QString>
 
 #include <vector>
 
-inline constexpr int stateScale = 21; ///< the scale of items whose samples are successes or failures
+inline constexpr int stateScale =
+    21; ///< the scale of items whose samples are successes or failures
 
 /// One place on a chart's time axis.
-struct SeriesBucket {
+struct SeriesBucket
+{
     qint64 start = 0;     ///< instant at which the bucket begins
     qint64 end = 0;       ///< instant at which the next one begins
     QDateTime wallStart;  ///< what the wall clock shows at its begin, by the bucket's key
@@ -27,7 +30,8 @@ struct SeriesBucket {
 
 /// The series of one data item: every bucket from the period's start to its end, empty ones
 /// included, so that all charts of a report share one time axis.
-struct DataSeries {
+struct DataSeries
+{
     int frequency = 0;      ///< 0 minute interval, 1 hour, 2 day, 3 month, 4 year
     int minuteInterval = 0; ///< for frequency 0
     int scale = 0;          ///< `stateScale` marks a state item

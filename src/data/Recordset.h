@@ -36,6 +36,13 @@ public:
     virtual QVariant value(int column) const = 0;
 };
 
+/// Conversions between the kinds of value that a column can hold (integer, number, text, nothing),
+/// as all recordsets make them. Throws Error(Overflow) for a number that no integer holds.
+qint64 toInteger(double value);
+qint64 toInteger(const QVariant &value);
+double toNumber(const QVariant &value);
+QString toText(const QVariant &value);
+
 /// A recordset fetched whole, with a filter, a count and a way back to the first row.
 class StaticRecordset
 {
@@ -58,19 +65,29 @@ public:
     void moveNext();
     bool eof() const;
 
-    // Values of the present row; Error when eof().
+    // Values of the present row, converted as those of a Recordset; Error(NoCurrentRecord) when
+    // eof().
     bool isNull(int column) const;
     qint64 integer(int column) const;
     double number(int column) const;
     QString text(int column) const;
 
 private:
-    using Index = std::unordered_multimap<QString, qsizetype>;
+    struct Condition
+    {
+        int column = 0;
+        QString value;
+    };
+    using Index = std::unordered_multimap<QString, size_t>;
+
+    std::vector<Condition> parsed(const QString &criterion) const;
+    const Index &index(int column);
+    std::vector<size_t> candidates(const Condition &condition);
     const QVariant &cell(int column) const;
 
     QStringList m_columns;
     std::vector<std::vector<QVariant>> m_rows;
-    std::vector<qsizetype> m_passing; ///< numbers of the rows that pass the filter, ascending
-    size_t m_at = 0;                  ///< position in m_passing
-    mutable std::unordered_map<int, Index> m_indexes; ///< by column, made on first use
+    std::vector<size_t> m_passing; ///< numbers of the rows that pass the filter, ascending
+    size_t m_at = 0;               ///< position in m_passing
+    std::unordered_map<int, Index> m_indexes; ///< by column, made on first use
 };

@@ -1,0 +1,119 @@
+#include "data/Queries.h"
+
+#include "core/Numbers.h"
+#include "core/State.h"
+#include "core/TimeZone.h"
+#include "data/DayNumbers.h"
+
+// The texts are sent exactly as they stand here, runs of blanks and line breaks included: users
+// compare them with the query logs of their servers.
+
+namespace {
+
+constexpr QLatin1String crlf("\r\n");
+
+/// A bound as the Access dialect writes it: the day number in UTC.
+QString dayText(const QDateTime &wall)
+{
+    return plainNumber(dayNumber(LocalToUTC(wall).toMSecsSinceEpoch()));
+}
+
+/// A bound as SQL Server's dialect writes it: ISO text in UTC.
+QString isoText(const QDateTime &wall)
+{
+    return LocalToUTC(wall).toString(u"yyyy-MM-dd'T'HH:mm:ss") + QLatin1String(".000");
+}
+
+bool isMidnight(const QDateTime &wall)
+{
+    const QTime time = wall.time();
+    return time.hour() == 0 && time.minute() == 0 && time.second() == 0;
+}
+
+QString periodCondition(const QDateTime &start, const QDateTime &end)
+{
+    if (gGraphDataSQL)
+        return QLatin1String("  [DataValues].[iDate] > CAST ('") + isoText(start) +
+               QLatin1String("' as DateTime)") + crlf +
+               QLatin1String("  AND [DataValues].[iDate] <= CAST('") + isoText(end) +
+               QLatin1String("'  as DateTime)") + crlf;
+    return QLatin1String("  [DataValues].[iDate] >= CDATE(") + dayText(start) + QLatin1Char(')') +
+           crlf + QLatin1String("  AND [DataValues].[iDate] <= CDATE(") + dayText(end) +
+           QLatin1Char(')') + crlf;
+}
+
+QString deviceCondition(QString muidList)
+{
+    if (muidList.isEmpty())
+        return QStringLiteral("  AND DataFields.iScale=21 ");
+    if (!muidList.contains(u'\''))
+        muidList = u'\'' + muidList.replace(u',', QLatin1String("','")) + u'\'';
+    const bool isList = muidList.contains(u',');
+    return (isList ? QLatin1String(" AND Devices.MUID in(")
+                   : QLatin1String(" AND Devices.MUID =")) +
+           muidList + (isList ? QLatin1String(") ") : QLatin1String(" ")) +
+           QLatin1String(" AND DataFields.iScale=21 ");
+}
+
+} // namespace
+
+QString GetDataSelectionSQL()
+{
+    return QStringLiteral("SELECT [Devices].[MUID], "
+                          "[Devices].[IDent], "
+                          "[Devices].[MachName], "
+                          "[Devices].[MachDesc], "
+                          "[DataFields].[DataIDent], "
+                          "[DataFields].[DataName], "
+                          "[DataFields].[DataDesc],  "
+                          "[DataFields].[iScale],  "
+                          "[Scales].[ScaleName],  "
+                          "[Scales].[ScaleAbbr],  "
+                          "[Devices].[MachExclude],  "
+                          "[DataFields].[IsGlobal] "
+                          "FROM [Scales] "
+                          "     INNER JOIN ([Devices] "
+                          "INNER JOIN [DataFields] "
+                          "ON [Devices].[IDent] = [DataFields].[IDent]) "
+                          "ON [Scales].[iScale] = [DataFields].[iScale]");
+}
+
+QString GetStateSummarySQL(const QDateTime &start, const QDateTime &end, QString muidList)
+{
+    // Deliberate, in both dialects: a period from midnight on begins one second later.
+    const QDateTime from = isMidnight(start) ? start.addSecs(1) : start;
+    return (gGraphDataSQL ? QLatin1String("SELECT DISTINCT ")
+                          : QLatin1String("SELECT DISTINCTROW")) +
+           QLatin1String("   Devices.IDent AS [IDent], "
+                         "   DataFields.DataIDent AS [DataIDent], "
+                         "   Sum(DataValues.iState) AS [sumiState], "
+                         "   Count(1) AS [QCount] \r\n"
+                         " FROM "
+                         "   Devices INNER JOIN "
+                         "   (DataFields "
+                         "      INNER JOIN "
+                         "      DataValues ON DataFields.DataIDent = DataValues.DataIDent) "
+                         "   ON Devices.IDent = DataFields.IDent \r\n"
+                         " WHERE \r\n") +
+           periodCondition(from, end) + deviceCondition(std::move(muidList)) +
+           QLatin1String("  AND DataFields.IsGlobal<>0 "
+                         " GROUP BY "
+                         "   Devices.IDent, "
+                         "   DataFields.DataIDent\r\n");
+}
+
+QString GetDataValuesSQL(const QString &dataIdent, const QDateTime &start, const QDateTime &end)
+{
+    if (gGraphDataSQL)
+        return QLatin1String("SELECT * from DataValues where "
+                             " DataValues.DataIDent = ") +
+               dataIdent + QLatin1String("  AND [DataValues].[iDate] >= CAST('") + isoText(start) +
+               QLatin1String("' as  DateTime)") + crlf +
+               QLatin1String("  AND [DataValues].[iDate] <= CAST('") + isoText(end) +
+               QLatin1String("' as DateTime)") + crlf + crlf + QLatin1String(" ORDER BY IDate ");
+    return QLatin1String(" SELECT * from DataValues Where "
+                         " [DataValues].[DataIDent] = ") +
+           dataIdent + QLatin1String("     AND [DataValues].[iDate] >= CDATE(") + dayText(start) +
+           QLatin1String(" )") + crlf + QLatin1String("     AND [DataValues].[iDate] <= CDATE(") +
+           dayText(end) + QLatin1String(" )") + crlf + QLatin1String(" ORDER BY iDate;");
+}
