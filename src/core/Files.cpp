@@ -14,25 +14,44 @@
 
 namespace {
 
-Error fileError(const QFile &file, const QString &path, const QString &what)
+Error fileError(int number, const QString &what, const QString &path, const QFile &file)
 {
-    int number = DeviceIO;
-    if (file.error() == QFile::PermissionsError)
-        number = PermissionDenied;
-    else if (file.error() == QFile::ResourceError)
-        number = DiskFull;
-    return Error(number, QStringLiteral("%1 '%2': %3").arg(what, path, file.errorString()));
+    return Error(number,
+                 what + QLatin1String(" '") + path + QLatin1String("': ") + file.errorString());
 }
 
-/// A name for a temporary file beside `path` that no other thread or process uses.
+/// A name for a temporary file beside `path` that no other thread or process uses, nor an earlier
+/// process of the same number that was stopped in the middle of its work.
 QString temporaryName(const QString &path)
 {
     static std::atomic<unsigned> count = 0;
-    return QStringLiteral("%1.%2-%3.tmp")
-        .arg(path)
-        .arg(platform::processId())
-        .arg(count.fetch_add(1));
+    for (;;) {
+        const QString name = path + u'.' + QString::number(platform::processId()) + u'-' +
+                             QString::number(count.fetch_add(1)) + QLatin1String(".tmp");
+        if (!QFileInfo::exists(name))
+            return name;
+    }
 }
+
+#ifndef Q_OS_WIN
+/// The entry of a folder that a name means: the exact one, else the first that differs in case
+/// alone. Null when there is none.
+QString entryOf(const QString &folder, const QString &name)
+{
+    const QString base = folder.isEmpty() || folder.endsWith(u'/') ? folder : folder + u'/';
+    if (name == u"." || name == u".." || QFileInfo::exists(base + name))
+        return base + name;
+    const QStringList entries =
+        QDir(base.isEmpty() ? QStringLiteral(".") : base)
+            .entryList(QDir::AllEntries | QDir::Hidden | QDir::System | QDir::NoDotAndDotDot,
+                       QDir::Name);
+    for (const QString &entry : entries) {
+        if (entry.compare(name, Qt::CaseInsensitive) == 0)
+            return base + entry;
+    }
+    return QString();
+}
+#endif
 
 /// Windows-1252 differs from Latin-1 in these 32 places; unassigned ones stay control characters.
 constexpr std::array<char16_t, 32> windows1252 = {
@@ -53,26 +72,15 @@ QString nativePath(const QString &configured)
         return path;
 
     QString found = path.startsWith(u'/') ? QStringLiteral("/") : QString();
-    bool exact = false; // once a part is missing, the rest stays as written
     const QStringList parts = path.split(u'/', Qt::SkipEmptyParts);
-    for (const QString &part : parts) {
-        QString name = part;
-        if (!exact && part != u"." && part != u".." && !QFileInfo::exists(found + part)) {
-            const QDir folder(found.isEmpty() ? QStringLiteral(".") : found);
-            const QStringList names = folder.entryList(
-                QDir::AllEntries | QDir::Hidden | QDir::System | QDir::NoDotAndDotDot, QDir::Name);
-            exact = true;
-            for (const QString &candidate : names) {
-                if (candidate.compare(part, Qt::CaseInsensitive) == 0) {
-                    name = candidate;
-                    exact = false;
-                    break;
-                }
-            }
+    for (qsizetype i = 0; i < parts.size(); ++i) {
+        const QString entry = entryOf(found, parts[i]);
+        if (entry.isNull()) { // the rest stays as written
+            const QString rest = parts.mid(i).join(u'/');
+            found += found.isEmpty() || found.endsWith(u'/') ? rest : u'/' + rest;
+            break;
         }
-        if (!found.isEmpty() && !found.endsWith(u'/'))
-            found += u'/';
-        found += name;
+        found = entry;
     }
     if (path.endsWith(u'/') && !found.endsWith(u'/'))
         found += u'/';
@@ -97,7 +105,8 @@ QByteArray readFile(const QString &configured, qint64 most)
     if (!file.open(QIODevice::ReadOnly | QIODevice::Unbuffered)) {
         if (!QFileInfo::exists(path))
             throw Error(FileNotFound, QStringLiteral("File not found: '%1'").arg(path));
-        throw fileError(file, path, QStringLiteral("Cannot open"));
+        throw fileError(QFileInfo(path).isReadable() ? DeviceIO : PermissionDenied,
+                        QStringLiteral("Cannot open"), path, file);
     }
     const qint64 size = file.size();
     if (size > most)
@@ -108,7 +117,7 @@ QByteArray readFile(const QString &configured, qint64 most)
                         .arg(most));
     QByteArray bytes = file.read(size);
     if (bytes.size() != size)
-        throw fileError(file, path, QStringLiteral("Cannot read all of"));
+        throw fileError(DeviceIO, QStringLiteral("Cannot read all of"), path, file);
     return bytes;
 }
 
@@ -140,18 +149,28 @@ void saveFile(const QString &configured, QByteArrayView content)
     const QString temporary = temporaryName(path);
     QFile file(temporary);
     if (!file.open(QIODevice::WriteOnly | QIODevice::NewOnly | QIODevice::Unbuffered)) {
-        if (!QFileInfo(path).dir().exists())
+        const QFileInfo folder(QFileInfo(path).path());
+        if (!folder.isDir())
             throw Error(PathNotFound, QStringLiteral("Path not found: '%1'").arg(path));
-        throw fileError(file, path, QStringLiteral("Cannot write"));
+        throw fileError(folder.isWritable() ? DeviceIO : PermissionDenied,
+                        QStringLiteral("Cannot write"), path, file);
+    }
+    if (QFileInfo::exists(path)) { // a file kept from the eyes of others stays so, where that works
+        file.setPermissions(QFile::permissions(path));
+        file.unsetError();
     }
     try {
-        if (file.write(content.data(), content.size()) != content.size() || !file.flush())
-            throw fileError(file, path, QStringLiteral("Cannot write"));
+        const qint64 taken = file.write(content.data(), content.size());
+        if (taken < 0 || !file.flush())
+            throw fileError(file.error() == QFile::ResourceError ? DiskFull : DeviceIO,
+                            QStringLiteral("Cannot write"), path, file);
         if (!platform::syncToDisk(file.handle()))
             throw Error(DeviceIO, QStringLiteral("Cannot sync '%1' to the disk").arg(path));
-        const qint64 written = file.size();
+        const qint64 written = qMin(taken, file.size());
         file.close();
-        if (written != content.size() || file.error() != QFile::NoError)
+        if (file.error() != QFile::NoError)
+            throw fileError(DeviceIO, QStringLiteral("Cannot write"), path, file);
+        if (written != content.size())
             throw Error(DiskFull, QStringLiteral("Only %1 of %2 bytes of '%3' were written")
                                       .arg(written)
                                       .arg(content.size())

@@ -26,7 +26,8 @@ QString decodeText(QByteArrayView bytes);
 
 /// The one way to write a file. The bytes go to a temporary file beside the target, are flushed and
 /// synced, and replace the target in one step; until then an old file stays whole. Throws Error
-/// that names the file; no temporary file is left behind.
+/// that names the file; no temporary file is left behind. The new file has the old one's
+/// permissions.
 void saveFile(const QString &configured, QByteArrayView content);
 void saveTextFile(const QString &configured, const QString &text);
 

@@ -2,7 +2,6 @@
 
 #include "core/Error.h"
 #include "core/Files.h"
-#include "core/Numbers.h"
 #include "core/Paths.h"
 #include "core/State.h"
 #include "core/Xml.h"
@@ -99,8 +98,8 @@ void clsGrapherConfig::SetXMLConfig(const QString &text)
     const pugi::xml_node root = document.document_element();
     for (const TextAttribute &attribute : textAttributes)
         this->*attribute.property = GetAttr(root, attribute.name, this->*attribute.property);
-    IMG_Width = leadingInteger(GetAttr(root, "IMG_Width", QStringLiteral("640")));
-    IMG_Height = leadingInteger(GetAttr(root, "IMG_Height", QStringLiteral("390")));
+    IMG_Width = integerAttr(root, "IMG_Width", 640);
+    IMG_Height = integerAttr(root, "IMG_Height", 390);
     CopyFileList.clear();
     forEachElement(document, "COPYFILE", [this](const pugi::xml_node &copy) {
         CopyFileList.append(GetAttr(copy, "Name", QString()));
@@ -115,7 +114,7 @@ void loadGrapherConfig()
     try {
         config->SetXMLConfig(readTextFile(path));
     } catch (const Error &error) {
-        if (error.number != InvalidFileFormat)
+        if (error.number != InvalidFileFormat && error.number != Overflow)
             throw;
         throw Error(error.number, path + u':' + error.description);
     }

@@ -31,8 +31,9 @@ QString shareFolder()
         if (QFileInfo::exists(candidate + u'/' + factoryConfiguration))
             return QDir::cleanPath(candidate);
     }
-    throw Error(FileNotFound, QStringLiteral("The factory file %1 is neither in '%2' nor in '%3'")
-                                  .arg(factoryConfiguration, candidates[0], QDir::cleanPath(candidates[1])));
+    throw Error(FileNotFound,
+                QStringLiteral("The factory file %1 is neither in '%2' nor in '%3'")
+                    .arg(factoryConfiguration, candidates[0], QDir::cleanPath(candidates[1])));
 }
 
 /// Copies the factory files into a folder that lacks them; what stands there is never replaced.
@@ -47,8 +48,8 @@ void fillFromShare(const QString &folder)
     for (const QString &name : names) {
         const QString target = folder + u'/' + name;
         if (!QDir().mkpath(QFileInfo(target).path()))
-            throw Error(PathNotFound, QStringLiteral("Cannot create folder '%1'")
-                                          .arg(QFileInfo(target).path()));
+            throw Error(PathNotFound,
+                        QStringLiteral("Cannot create folder '%1'").arg(QFileInfo(target).path()));
         if (!QFileInfo::exists(target))
             copyFile(share + u'/' + name, target);
     }
@@ -95,10 +96,10 @@ FolderParts folderParts(const QString &path)
             start = i + 1;
         }
     }
-    const bool network = path.size() > 4 && isSeparator(path[0]) && isSeparator(path[1])
-        && !isSeparator(path[2]) && parts.size() > 3;
-    const bool drive = path.size() > 3 && path[0].isLetter() && path[1] == u':'
-        && isSeparator(path[2]);
+    const bool network = path.size() > 4 && isSeparator(path[0]) && isSeparator(path[1]) &&
+                         !isSeparator(path[2]) && parts.size() > 3;
+    const bool drive =
+        path.size() > 3 && path[0].isLetter() && path[1] == u':' && isSeparator(path[2]);
 #ifdef Q_OS_WIN
     if (network)
         return {QStringLiteral("\\\\%1\\%2").arg(parts[2], parts[3]), parts.mid(4)};
@@ -117,6 +118,7 @@ int EnsureFolder(const QString &path, QString &message)
 {
     if (!path.isEmpty() && path == LastFolder)
         return 0;
+    LastFolder.clear();
     message.clear();
     if (folderExists(path)) {
         message = QStringLiteral("Path exists.");
