@@ -14,7 +14,7 @@
 /// Every count, offset and page number of the file is checked before it is used. What breaks the
 /// format throws Error(InvalidFileFormat) that names the file, the table and the page; never fewer
 /// rows. Objects of one file belong to one thread.
-namespace access {
+namespace mdb {
 
 enum class ColumnType : std::uint8_t {
     Boolean = 1,
@@ -36,26 +36,34 @@ enum class ColumnType : std::uint8_t {
     DateTimeExtended = 20,
 };
 
-struct Column {
+struct Column
+{
     QString name;
     ColumnType type = ColumnType::Long;
-    int scale = 0;          ///< decimals of a Numeric
+    int scale = 0; ///< decimals of a Numeric
     // Where the value stands in a row.
     bool isFixed = false;
-    int number = 0;         ///< bit in the null mask
-    int fixedOffset = 0;    ///< from the start of the fixed values
-    int variableIndex = 0;  ///< place in the table of variable values
-    int size = 0;           ///< bytes, for fixed types; most bytes for the others
+    int number = 0;            ///< bit in the null mask
+    int fixedOffset = 0;       ///< from the start of the fixed values
+    int variableIndex = 0;     ///< place in the table of variable values
+    int size = 0;              ///< bytes, for fixed types; most bytes for the others
+    bool isCalculated = false; ///< the value stands inside an envelope
 };
 
 class RowCursor;
 
 /// A table's definition.
-struct Table {
+struct Table
+{
     QString name;
     int definitionPage = 0;
     qint64 statedRows = 0;       ///< the count in the definition: a cross-check, not the truth
     std::vector<Column> columns; ///< in the order in which Access shows them
+
+    // What rows are checked by.
+    int mostColumns = 0;     ///< columns that a row can have, deleted ones included
+    int variableColumns = 0; ///< those of them that are variable
+    quint32 ownedPages = 0;  ///< pointer to the map of the table's pages
 
     /// Number of a column, without regard to case; -1 when there is none.
     int column(const QString &columnName) const;
@@ -80,7 +88,7 @@ public:
     const Table &table(const QString &name);
 
     /// Looks whether all the file's pages are there; throws Error(InvalidFileFormat) when the file
-    /// is shorter than when it was opened or no whole number of pages long.
+    /// is shorter than when it was opened or ends within a page that is in use.
     void checkSize() const;
 
 private:
@@ -90,7 +98,10 @@ private:
 };
 
 /// Walks the live rows of a table in storage order. Fixed-size values are decoded straight from the
-/// page; no allocation per row.
+/// page; no allocation per row. The table and the file have to outlive the cursor.
+///
+/// Throws Error(InvalidFileFormat), on the way or behind the last row, when a page or a row is
+/// broken and when there are fewer rows than the definition states.
 class RowCursor
 {
 public:
@@ -102,11 +113,12 @@ public:
     bool next();
 
     // Values of the present row by column number. NULL reads as 0 or empty.
-    bool isNull(int column) const;
-    qint64 integer(int column) const;  ///< Boolean (0, 1) and the integer types
-    double number(int column) const;   ///< any numeric type; DateTime as days since 1899-12-30
-    qint64 instant(int column) const;  ///< DateTime as milliseconds since 1970-01-01, rounded
-    QString text(int column) const;    ///< Text and Memo; other types in the form of `access-export`
+    bool isNull(int column) const;    ///< a Boolean is never NULL
+    qint64 integer(int column) const; ///< Boolean (0, 1) and the integer types
+    double number(int column) const;  ///< any numeric type; DateTime as days since 1899-12-30
+    qint64 instant(int column) const; ///< DateTime as milliseconds since 1970-01-01, rounded
+    QString text(int column) const;   ///< Text and Memo; other types in the form of `access-export`
+    QByteArray bytes(int column) const; ///< as stored; Ole and Memo as a whole
     /// bool, int, qint64, double, QString, QByteArray, or QDateTime (UTC spec, as stored);
     /// Currency and Numeric as QString with all their digits.
     QVariant value(int column) const;
@@ -116,4 +128,4 @@ private:
     std::unique_ptr<Private> d;
 };
 
-} // namespace access
+} // namespace mdb

@@ -1,0 +1,375 @@
+#include "core/Error.h"
+#include "data/access/AccessFile.h"
+#include "data/access/AccessFilePrivate.h"
+#include "data/access/DataPage.h"
+#include "data/access/LongValue.h"
+#include "data/access/RowLayout.h"
+#include "data/access/TableDefinition.h"
+#include "data/access/UsageMap.h"
+#include "data/access/Values.h"
+
+#include <QDateTime>
+
+#include <algorithm>
+
+namespace mdb {
+
+namespace {
+
+constexpr quint32 pagesPerBlock = 64;
+constexpr quint32 gapReadThrough = 4; ///< reading a few foreign pages costs less than another call
+constexpr int ownerOffset = 4;
+constexpr int mostPointers = 16; ///< a row is moved on by one pointer; more than these are a ring
+constexpr int envelopeSize = 20; ///< in front of a calculated value
+constexpr int envelopeLength = 16;
+
+} // namespace
+
+class RowCursor::Private
+{
+public:
+    Private(PageReader &pageReader, const Table &ofTable)
+        : reader(pageReader)
+        , table(ofTable)
+        , layout(pageReader.format(), ofTable)
+    {
+        place = {reader.path(), table.name, table.definitionPage};
+        reader.forget();
+        statedRows = readStatedRows(reader, table);
+        pages = ownedPages(reader, RowPointer::from(table.ownedPages), place);
+        block.resize(static_cast<qsizetype>(pagesPerBlock) * reader.format().pageSize);
+    }
+
+    bool nextPage();
+    void readBlock(quint32 first);
+    void checkOwner(QByteArrayView page, const Place &here) const;
+    void followPointer(const RowSlot &slot);
+    void checkRowCount();
+
+    const Column &column(int number) const { return table.columns[static_cast<size_t>(number)]; }
+    const char *fixedValue(const Column &column) const
+    {
+        return row.begin + layout.fixedStart() + column.fixedOffset;
+    }
+    QByteArrayView stored(const Column &column) const;
+    QByteArrayView sized(const Column &column, qsizetype size) const;
+    QByteArray longValue(const Column &column) const
+    {
+        return readLongValue(reader, stored(column), place);
+    }
+    QString textOf(const Column &column, QByteArrayView bytes) const;
+    qint64 instantOf(const Column &column) const;
+
+    PageReader &reader;
+    const Table &table;
+    RowLayout layout;
+    Place place; ///< the page that the walk is on
+    qint64 statedRows = 0;
+    qint64 foundRows = 0;
+
+    std::vector<quint32> pages;
+    size_t pageAt = 0; ///< next one to visit
+    QByteArray block;  ///< pages read in one go
+    quint32 blockFirst = 0;
+    quint32 blockCount = 0;
+
+    std::vector<RowSlot> slots;
+    size_t slotAt = 0; ///< next one to visit
+    const char *page = nullptr;
+    QByteArray moved; ///< a row that a pointer led to
+    RowView row;
+};
+
+RowCursor::RowCursor(AccessFile &file, const Table &table)
+    : d(std::make_unique<Private>(file.d->reader, table))
+{}
+
+RowCursor::~RowCursor() = default;
+RowCursor::RowCursor(RowCursor &&) noexcept = default;
+
+bool RowCursor::next()
+{
+    for (;;) {
+        while (d->slotAt < d->slots.size()) {
+            const RowSlot &slot = d->slots[d->slotAt++];
+            if (slot.isDeleted())
+                continue;
+            ++d->foundRows;
+            if (slot.isPointer())
+                d->followPointer(slot);
+            else
+                d->row = d->layout.view(d->page + slot.start, d->page + slot.end, d->place);
+            return true;
+        }
+        if (!d->nextPage())
+            return false;
+    }
+}
+
+bool RowCursor::Private::nextPage()
+{
+    slots.clear();
+    slotAt = 0;
+    if (pageAt == pages.size()) {
+        checkRowCount();
+        return false;
+    }
+    const quint32 number = pages[pageAt];
+    place.page = number;
+    if (number - blockFirst >= blockCount)
+        readBlock(number);
+    ++pageAt;
+    page =
+        block.constData() + static_cast<qsizetype>(number - blockFirst) * reader.format().pageSize;
+    const QByteArrayView bytes(page, reader.format().pageSize);
+    checkOwner(bytes, place);
+    readRowTable(reader.format(), bytes, place, slots);
+    return true;
+}
+
+/// Reads the run of pages that begins with `first`, as far as the table's pages lie close together.
+void RowCursor::Private::readBlock(quint32 first)
+{
+    quint32 last = first;
+    for (size_t i = pageAt + 1; i < pages.size(); ++i) {
+        if (pages[i] - last > gapReadThrough || pages[i] - first >= pagesPerBlock)
+            break;
+        last = pages[i];
+    }
+    blockCount = 0;
+    reader.readBlock(first, last - first + 1, block.data(), place);
+    blockFirst = first;
+    blockCount = last - first + 1;
+}
+
+void RowCursor::Private::checkOwner(QByteArrayView bytes, const Place &here) const
+{
+    if (bytes[0] != DataPage) {
+        here.fail(QStringLiteral("the page is of type %1, not a data page")
+                      .arg(static_cast<quint8>(bytes[0])));
+    }
+    const auto owner = load<quint32>(bytes.data() + ownerOffset);
+    if (owner != static_cast<quint32>(table.definitionPage)) {
+        here.fail(QStringLiteral("the page belongs to the table defined on page %1").arg(owner));
+    }
+}
+
+void RowCursor::Private::followPointer(const RowSlot &slot)
+{
+    QByteArrayView bytes(page + slot.start, page + slot.end);
+    Place here = place;
+    for (int i = 0; i < mostPointers; ++i) {
+        if (bytes.size() < 4)
+            here.fail(QStringLiteral("a row's pointer is cut short"));
+        const RowPointer pointer = RowPointer::from(load<quint32>(bytes.data()));
+        here.page = pointer.page;
+        RowSlot target;
+        bytes = rowBytes(reader, pointer, here, &target);
+        checkOwner(reader.page(pointer.page, here), here);
+        if (!target.isDeleted()) {
+            here.fail(QStringLiteral("row %1 is pointed to, yet also stands for itself")
+                          .arg(pointer.row));
+        }
+        if (target.isPointer())
+            continue;
+        moved = bytes.toByteArray();
+        row = layout.view(moved.constData(), moved.constData() + moved.size(), here);
+        return;
+    }
+    here.fail(QStringLiteral("a row's pointers form a ring"));
+}
+
+/// The count in the definition is no measure of what there should be: it is 0 after an unclean
+/// close, and other programs add and delete rows meanwhile. Yet fewer rows than it states both
+/// before and after the walk are rows lost.
+void RowCursor::Private::checkRowCount()
+{
+    place.page = table.definitionPage;
+    if (foundRows >= statedRows)
+        return;
+    reader.forget();
+    const qint64 stated = std::min(statedRows, readStatedRows(reader, table));
+    if (foundRows < stated) {
+        place.fail(QStringLiteral("the table states %1 rows, but only %2 can be found")
+                       .arg(stated)
+                       .arg(foundRows));
+    }
+}
+
+/// The bytes of a value that is not NULL, out of its envelope if it has one.
+QByteArrayView RowCursor::Private::stored(const Column &column) const
+{
+    QByteArrayView bytes;
+    if (column.isFixed)
+        bytes = {fixedValue(column), column.size};
+    else
+        bytes = layout.variableValue(row, column.variableIndex, place);
+    if (!column.isCalculated || column.type == ColumnType::Memo)
+        return bytes;
+    const Bytes envelope(bytes, place);
+    return envelope.part(envelopeSize, envelope.number(envelopeLength));
+}
+
+QByteArrayView RowCursor::Private::sized(const Column &column, qsizetype size) const
+{
+    const QByteArrayView bytes = stored(column);
+    if (bytes.size() < size) {
+        place.fail(QStringLiteral("a value of column '") + column.name +
+                   QStringLiteral("' is too short"));
+    }
+    return bytes;
+}
+
+QString RowCursor::Private::textOf(const Column &column, QByteArrayView bytes) const
+{
+    if (reader.format().isJet3())
+        return codePageText(bytes, reader.codePage());
+    if (const std::optional<QString> text = jet4Text(bytes))
+        return *text;
+    place.fail(QStringLiteral("a text of column '") + column.name +
+               QStringLiteral("' ends within a character"));
+}
+
+qint64 RowCursor::Private::instantOf(const Column &column) const
+{
+    std::optional<qint64> instant;
+    if (column.type == ColumnType::DateTimeExtended)
+        instant = instantOfExtendedDate(stored(column));
+    else
+        instant = instantOfDays(load<double>(sized(column, 8).data()));
+    if (instant)
+        return *instant;
+    place.fail(QStringLiteral("a value of column '") + column.name +
+               QStringLiteral("' is no date"));
+}
+
+bool RowCursor::isNull(int column) const
+{
+    const Column &c = d->column(column);
+    return c.type != ColumnType::Boolean && !d->row.hasBit(c.number);
+}
+
+qint64 RowCursor::integer(int column) const
+{
+    const Column &c = d->column(column);
+    if (c.type == ColumnType::Boolean && !c.isCalculated)
+        return d->row.hasBit(c.number);
+    if (!d->row.hasBit(c.number))
+        return 0;
+    switch (c.type) {
+    case ColumnType::Boolean:
+        return d->sized(c, 1)[0] != 0;
+    case ColumnType::Byte:
+        return load<quint8>(d->sized(c, 1).data());
+    case ColumnType::Integer:
+        return load<qint16>(d->sized(c, 2).data());
+    case ColumnType::Long:
+    case ColumnType::Complex:
+        return load<qint32>(d->sized(c, 4).data());
+    case ColumnType::BigInt:
+        return load<qint64>(d->sized(c, 8).data());
+    default:
+        return qRound64(number(column));
+    }
+}
+
+double RowCursor::number(int column) const
+{
+    const Column &c = d->column(column);
+    switch (c.type) {
+    case ColumnType::Single:
+        return isNull(column) ? 0 : static_cast<double>(load<float>(d->sized(c, 4).data()));
+    case ColumnType::Double:
+    case ColumnType::DateTime:
+        return isNull(column) ? 0 : load<double>(d->sized(c, 8).data());
+    case ColumnType::Currency:
+        return isNull(column) ? 0
+                              : static_cast<double>(load<qint64>(d->sized(c, 8).data())) / 10'000;
+    case ColumnType::Boolean:
+    case ColumnType::Byte:
+    case ColumnType::Integer:
+    case ColumnType::Long:
+    case ColumnType::Complex:
+    case ColumnType::BigInt:
+        return static_cast<double>(integer(column));
+    default:
+        return text(column).toDouble();
+    }
+}
+
+qint64 RowCursor::instant(int column) const
+{
+    return isNull(column) ? 0 : d->instantOf(d->column(column));
+}
+
+QByteArray RowCursor::bytes(int column) const
+{
+    if (isNull(column))
+        return {};
+    const Column &c = d->column(column);
+    if (c.type == ColumnType::Ole || c.type == ColumnType::Memo)
+        return d->longValue(c);
+    return d->stored(c).toByteArray();
+}
+
+QString RowCursor::text(int column) const
+{
+    if (isNull(column))
+        return {};
+    const Column &c = d->column(column);
+    switch (c.type) {
+    case ColumnType::Text:
+        return d->textOf(c, d->stored(c));
+    case ColumnType::Memo:
+        return d->textOf(c, d->longValue(c));
+    case ColumnType::Single:
+        return QString::fromLatin1(numberText(load<float>(d->sized(c, 4).data())));
+    case ColumnType::Double:
+        return QString::fromLatin1(numberText(load<double>(d->sized(c, 8).data())));
+    case ColumnType::Currency:
+        return QString::fromLatin1(decimalText(load<qint64>(d->sized(c, 8).data()), 4));
+    case ColumnType::Numeric:
+        return QString::fromLatin1(numericText(d->sized(c, 17), c.scale));
+    case ColumnType::Guid:
+        return QString::fromLatin1(guidText(d->sized(c, 16)));
+    case ColumnType::DateTime:
+    case ColumnType::DateTimeExtended:
+        return QString::fromLatin1(instantText(d->instantOf(c)));
+    case ColumnType::Binary:
+    case ColumnType::Ole:
+        return QString::fromLatin1(bytes(column).toHex());
+    default:
+        return QString::number(integer(column));
+    }
+}
+
+QVariant RowCursor::value(int column) const
+{
+    if (isNull(column))
+        return {};
+    const Column &c = d->column(column);
+    switch (c.type) {
+    case ColumnType::Boolean:
+        return integer(column) != 0;
+    case ColumnType::Byte:
+    case ColumnType::Integer:
+    case ColumnType::Long:
+    case ColumnType::Complex:
+        return static_cast<int>(integer(column));
+    case ColumnType::BigInt:
+        return integer(column);
+    case ColumnType::Single:
+    case ColumnType::Double:
+        return number(column);
+    case ColumnType::DateTime:
+    case ColumnType::DateTimeExtended:
+        return QDateTime::fromMSecsSinceEpoch(d->instantOf(c), Qt::UTC);
+    case ColumnType::Binary:
+    case ColumnType::Ole:
+        return bytes(column);
+    default:
+        return text(column);
+    }
+}
+
+} // namespace mdb

@@ -1,0 +1,113 @@
+#include "data/access/RowLayout.h"
+
+#include <algorithm>
+
+namespace mdb {
+
+namespace {
+
+[[noreturn]] void failOffsets(const Place &place)
+{
+    place.fail(QStringLiteral("a row's table of variable values is broken"));
+}
+
+} // namespace
+
+RowLayout::RowLayout(const Format &format, const Table &table)
+    : m_format(&format)
+    , m_fixedEnd(static_cast<size_t>(table.mostColumns) + 1, format.rowHeaderSize)
+{
+    for (const Column &column : table.columns) {
+        if (!column.isFixed || column.type == ColumnType::Boolean)
+            continue;
+        const int end = format.rowHeaderSize + column.fixedOffset + column.size;
+        for (auto i = static_cast<size_t>(column.number) + 1; i < m_fixedEnd.size(); ++i)
+            m_fixedEnd[i] = std::max(m_fixedEnd[i], end);
+    }
+}
+
+RowView RowLayout::view(const char *begin, const char *end, const Place &place) const
+{
+    const qsizetype size = end - begin;
+    if (size < m_format->rowHeaderSize)
+        place.fail(QStringLiteral("a row is shorter than its header"));
+    const int columns = m_format->isJet3() ? load<quint8>(begin) : load<quint16>(begin);
+    if (columns == 0 || static_cast<size_t>(columns) >= m_fixedEnd.size())
+        place.fail(QStringLiteral("a row of %1 columns cannot be").arg(columns));
+    const int maskSize = (columns + 7) / 8;
+    if (size < m_fixedEnd[static_cast<size_t>(columns)] + maskSize)
+        place.fail(QStringLiteral("a row is shorter than its columns need"));
+    return {begin, end, end - maskSize, columns};
+}
+
+QByteArrayView RowLayout::variableValue(const RowView &row, int variableIndex,
+                                        const Place &place) const
+{
+    return m_format->isJet3() ? jet3Value(row, variableIndex, place)
+                              : jet4Value(row, variableIndex, place);
+}
+
+QByteArrayView RowLayout::jet4Value(const RowView &row, int index, const Place &place) const
+{
+    const qsizetype before = row.nullMask - row.begin; // bytes in front of the null mask
+    const int fixedEnd = m_fixedEnd[static_cast<size_t>(row.columns)];
+    if (before < fixedEnd + 2)
+        failOffsets(place);
+    const int count = load<quint16>(row.nullMask - 2);
+    const qsizetype tableStart = before - 2 - 2 * (count + 1);
+    if (tableStart < fixedEnd)
+        failOffsets(place);
+    if (index >= count)
+        return {};
+    const char *entry = row.nullMask - 4 - 2 * index;
+    const int begin = load<quint16>(entry);
+    const int end = load<quint16>(entry - 2);
+    const int last = load<quint16>(row.begin + tableStart);
+    if (begin < fixedEnd || end < begin || last < end || last > tableStart)
+        failOffsets(place);
+    return {row.begin + begin, end - begin};
+}
+
+QByteArrayView RowLayout::jet3Value(const RowView &row, int index, const Place &place) const
+{
+    // Offsets are bytes; a jump table in front of the count names, for each further 256 bytes, the
+    // first value that begins there. Its last entry can be a dummy.
+    const qsizetype before = row.nullMask - row.begin;
+    const int fixedEnd = m_fixedEnd[static_cast<size_t>(row.columns)];
+    const auto rowSize = static_cast<int>(row.end - row.begin);
+    const auto byteBefore = [&](qsizetype distance) -> int {
+        if (distance > before - fixedEnd)
+            failOffsets(place);
+        return static_cast<quint8>(*(row.nullMask - distance));
+    };
+    const int count = byteBefore(1);
+    int jumps = (rowSize - 1) / 256;
+    const int tableEnd = 2 + jumps; // distance of the first offset from the null mask
+    if ((static_cast<int>(before) - tableEnd - count) / 256 < jumps)
+        --jumps;
+    if (index >= count)
+        return {};
+
+    int used = 0;
+    const auto offset = [&](int i) {
+        while (used < jumps && byteBefore(2 + used) == i)
+            ++used;
+        return byteBefore(tableEnd + i) + 256 * used;
+    };
+    int begin = 0;
+    int end = 0;
+    int last = fixedEnd;
+    for (int i = 0; i <= count; ++i) {
+        const int here = offset(i);
+        if (here < last || here > before - tableEnd - count)
+            failOffsets(place);
+        last = here;
+        if (i == index)
+            begin = here;
+        if (i == index + 1)
+            end = here;
+    }
+    return {row.begin + begin, end - begin};
+}
+
+} // namespace mdb

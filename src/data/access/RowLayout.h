@@ -1,0 +1,54 @@
+#pragma once
+
+#include "data/access/AccessFile.h"
+#include "data/access/Bytes.h"
+#include "data/access/Format.h"
+
+#include <vector>
+
+namespace mdb {
+
+/// One row's bytes. A row is: the count of its columns; the fixed values; the variable values; the
+/// table of where those begin, in reverse; their count; the null mask. A table without variable
+/// columns has the fixed values and the null mask only.
+struct RowView
+{
+    const char *begin = nullptr;
+    const char *end = nullptr;
+    const char *nullMask = nullptr;
+    int columns = 0; ///< of the table when the row was written, deleted ones included
+
+    QByteArrayView bytes() const { return {begin, end}; }
+
+    /// The mask's bit: for a Boolean its value, for other types whether there is a value.
+    bool hasBit(int number) const
+    {
+        return number < columns && (static_cast<quint8>(nullMask[number >> 3]) >> (number & 7) & 1);
+    }
+};
+
+/// How the rows of one table are laid out.
+class RowLayout
+{
+public:
+    RowLayout(const Format &format, const Table &table);
+
+    /// Bytes in front of the fixed values.
+    int fixedStart() const { return m_format->rowHeaderSize; }
+
+    /// Makes a view of a row and checks that its null mask and all fixed values lie inside.
+    RowView view(const char *begin, const char *end, const Place &place) const;
+
+    /// A variable value that is not NULL; empty where the row is older than the column. Fails at
+    /// `place` when the table of offsets is broken.
+    QByteArrayView variableValue(const RowView &row, int variableIndex, const Place &place) const;
+
+private:
+    QByteArrayView jet3Value(const RowView &row, int index, const Place &place) const;
+    QByteArrayView jet4Value(const RowView &row, int index, const Place &place) const;
+
+    const Format *m_format;
+    std::vector<int> m_fixedEnd; ///< by count of columns: where the last fixed value ends
+};
+
+} // namespace mdb

@@ -1,0 +1,182 @@
+#include "data/access/TableDefinition.h"
+
+#include "data/access/Values.h"
+
+#include <set>
+
+namespace mdb {
+
+namespace {
+
+constexpr int definitionLengthOffset = 8;
+constexpr int nextPageOffset = 4;
+constexpr int pageHeader = 8;
+constexpr int mostColumnsOfAnyTable = 4096; ///< far more than can be made
+
+constexpr quint8 fixedFlag = 0x01;
+constexpr quint8 calculatedFlags = 0xC0; ///< among the second flags
+
+/// The definition's pages laid end to end, the headers of all but the first left out.
+QByteArray definitionBytes(PageReader &reader, quint32 firstPage, const Place &place)
+{
+    QByteArray bytes;
+    std::set<quint32> seen;
+    for (quint32 page = firstPage; page != 0;) {
+        const Place here{place.file, place.table, page};
+        if (!seen.insert(page).second)
+            here.fail(QStringLiteral("the definition's pages form a ring"));
+        const QByteArrayView content = reader.page(page, DefinitionPage, here);
+        bytes += content.sliced(bytes.isEmpty() ? 0 : pageHeader);
+        page = load<quint32>(content.data() + nextPageOffset);
+    }
+    return bytes;
+}
+
+/// Bytes that a value of a fixed type takes; 0 when it depends on the column.
+int typeSize(ColumnType type)
+{
+    switch (type) {
+    case ColumnType::Boolean:
+        return 0;
+    case ColumnType::Byte:
+        return 1;
+    case ColumnType::Integer:
+        return 2;
+    case ColumnType::Long:
+    case ColumnType::Single:
+    case ColumnType::Complex:
+        return 4;
+    case ColumnType::Currency:
+    case ColumnType::Double:
+    case ColumnType::DateTime:
+    case ColumnType::BigInt:
+        return 8;
+    case ColumnType::Guid:
+        return 16;
+    case ColumnType::Numeric:
+        return 17;
+    case ColumnType::DateTimeExtended:
+        return 42;
+    default:
+        return 0;
+    }
+}
+
+/// The type of a stored code; types that Access does not show are read as bytes.
+ColumnType columnType(quint8 code)
+{
+    const bool known =
+        (code >= 1 && code <= 12) || code == 15 || code == 16 || (code >= 18 && code <= 20);
+    return known ? static_cast<ColumnType>(code) : ColumnType::Binary;
+}
+
+Column readColumn(const Format &format, const Bytes &bytes, int at, const Place &place)
+{
+    Column column;
+    column.type = columnType(bytes.byte(at));
+    column.number = bytes.word(at + format.columnNumber);
+    column.variableIndex = bytes.word(at + format.columnVariableIndex);
+    column.fixedOffset = bytes.word(at + format.columnFixedOffset);
+    column.size = bytes.word(at + format.columnLength);
+    column.isFixed = bytes.byte(at + format.columnFlags) & fixedFlag;
+    if (column.type == ColumnType::Numeric)
+        column.scale = bytes.byte(at + format.columnScale);
+    if (format.columnMoreFlags >= 0) {
+        const quint8 flags = bytes.byte(at + format.columnMoreFlags);
+        column.isCalculated = (flags & calculatedFlags) == calculatedFlags;
+    }
+    const int size = typeSize(column.type);
+    if (column.isFixed && size != 0 && column.size != size) {
+        place.fail(QStringLiteral("column number %1 of type %2 cannot have %3 bytes")
+                       .arg(column.number)
+                       .arg(static_cast<int>(column.type))
+                       .arg(column.size));
+    }
+    return column;
+}
+
+QString readName(PageReader &reader, const Bytes &bytes, int &at)
+{
+    if (reader.format().isJet3()) {
+        const int length = bytes.byte(at);
+        const QString name = codePageText(bytes.part(at + 1, length), reader.codePage());
+        at += 1 + length;
+        return name;
+    }
+    const int length = bytes.word(at);
+    const QByteArrayView units = bytes.part(at + 2, length);
+    at += 2 + length;
+    return unicodeText(units);
+}
+
+/// Fails when two columns claim the same place in a row, or a place that rows do not have.
+void checkPlaces(const Table &table, const Place &place)
+{
+    std::vector<bool> numbers(static_cast<size_t>(table.mostColumns));
+    std::vector<bool> variable(static_cast<size_t>(table.variableColumns));
+    std::vector<bool> fixed;
+    const auto claim = [&](std::vector<bool> &places, int at, int count, const Column &column) {
+        for (auto i = static_cast<size_t>(at); i < static_cast<size_t>(at + count); ++i) {
+            if (i >= places.size() || places[i]) {
+                place.fail(QStringLiteral("column '") + column.name +
+                           QStringLiteral("' has an impossible place in the row"));
+            }
+            places[i] = true;
+        }
+    };
+    for (const Column &column : table.columns) {
+        claim(numbers, column.number, 1, column);
+        if (!column.isFixed) {
+            claim(variable, column.variableIndex, 1, column);
+        } else if (column.type != ColumnType::Boolean) {
+            const auto end = static_cast<size_t>(column.fixedOffset + column.size);
+            fixed.resize(std::max(fixed.size(), end));
+            claim(fixed, column.fixedOffset, column.size, column);
+        }
+    }
+}
+
+} // namespace
+
+Table readDefinition(PageReader &reader, const QString &name, quint32 page)
+{
+    const Format &format = reader.format();
+    const Place place{reader.path(), name, page};
+    const QByteArray content = definitionBytes(reader, page, place);
+    const Bytes bytes(content, place);
+    if (bytes.number(definitionLengthOffset) > static_cast<quint32>(content.size()))
+        place.fail(QStringLiteral("the definition is longer than its pages"));
+
+    Table table;
+    table.name = name;
+    table.definitionPage = static_cast<int>(page);
+    table.statedRows = bytes.number(format.statedRows);
+    table.mostColumns = bytes.word(format.mostColumns);
+    table.variableColumns = bytes.word(format.variableColumns);
+    table.ownedPages = bytes.number(format.ownedPages);
+    const int columns = bytes.word(format.columns);
+    const quint32 indexes = bytes.number(format.indexes);
+    if (columns == 0 || columns > table.mostColumns || table.mostColumns > mostColumnsOfAnyTable ||
+        table.variableColumns > table.mostColumns || indexes > mostColumnsOfAnyTable) {
+        place.fail(QStringLiteral("the definition's counts are impossible"));
+    }
+
+    int at = format.indexStart + static_cast<int>(indexes) * format.indexSize;
+    table.columns.reserve(static_cast<size_t>(columns));
+    for (int i = 0; i < columns; ++i, at += format.columnSize)
+        table.columns.push_back(readColumn(format, bytes, at, place));
+    for (Column &column : table.columns)
+        column.name = readName(reader, bytes, at);
+    checkPlaces(table, place);
+    return table;
+}
+
+qint64 readStatedRows(PageReader &reader, const Table &table)
+{
+    const auto page = static_cast<quint32>(table.definitionPage);
+    const Place place{reader.path(), table.name, page};
+    return load<quint32>(reader.page(page, DefinitionPage, place).data() +
+                         reader.format().statedRows);
+}
+
+} // namespace mdb

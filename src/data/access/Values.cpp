@@ -1,0 +1,182 @@
+#include "data/access/Values.h"
+
+#include "data/access/Bytes.h"
+
+#include <QDateTime>
+
+#include <array>
+#include <charconv>
+#include <cmath>
+#include <limits>
+
+namespace mdb {
+
+namespace {
+
+constexpr double millisecondsPerDay = 86'400'000.0;
+constexpr qint64 epochDays = 25'569;           ///< 1899-12-30 to 1970-01-01
+constexpr double firstDay = -657'434;          ///< 0100-01-01
+constexpr double endOfDays = 2'958'466;        ///< the day after 9999-12-31
+constexpr qint64 epochDaysOfYearOne = 719'162; ///< 0001-01-01 to 1970-01-01
+
+template <typename Number>
+QByteArray shortest(Number value)
+{
+    std::array<char, 32> buffer;
+    const auto result = std::to_chars(buffer.data(), buffer.data() + buffer.size(), value);
+    return QByteArray(buffer.data(), result.ptr - buffer.data());
+}
+
+/// The whole number that a run of digits and nothing else forms.
+std::optional<qint64> wholeNumber(QByteArrayView digits)
+{
+    qint64 value = 0;
+    const auto result = std::from_chars(digits.begin(), digits.end(), value);
+    if (result.ec != std::errc() || result.ptr != digits.end() || value < 0)
+        return std::nullopt;
+    return value;
+}
+
+/// Puts the decimal point into a row of digits and drops the zeros behind it.
+QByteArray withPoint(QByteArray digits, int scale, bool negative)
+{
+    if (scale > 0) {
+        if (digits.size() <= scale)
+            digits.prepend(QByteArray(scale - digits.size() + 1, '0'));
+        digits.insert(digits.size() - scale, '.');
+        while (digits.endsWith('0'))
+            digits.chop(1);
+        if (digits.endsWith('.'))
+            digits.chop(1);
+    }
+    if (negative && digits != "0")
+        digits.prepend('-');
+    return digits;
+}
+
+} // namespace
+
+std::optional<qint64> instantOfDays(double days)
+{
+    if (!(days > firstDay - 1 && days < endOfDays))
+        return std::nullopt;
+    if (days < 0) {
+        const double whole = std::trunc(days);
+        days = whole + (whole - days);
+    }
+    return std::llround(days * millisecondsPerDay) - epochDays * 86'400'000;
+}
+
+std::optional<qint64> instantOfExtendedDate(QByteArrayView bytes)
+{
+    // Days and ticks as texts of 19 digits each, then the precision: "days:ticks:7".
+    if (bytes.size() < 39 || bytes[19] != ':')
+        return std::nullopt;
+    const std::optional<qint64> days = wholeNumber(bytes.first(19));
+    const std::optional<qint64> ticks = wholeNumber(bytes.sliced(20, 19));
+    if (!days || !ticks || *days > 3'652'058 || *ticks >= 864'000'000'000)
+        return std::nullopt;
+    return (*days - epochDaysOfYearOne) * 86'400'000 + (*ticks + 5'000) / 10'000;
+}
+
+QString unicodeText(QByteArrayView bytes)
+{
+    QString text(bytes.size() / 2, Qt::Uninitialized);
+    for (qsizetype i = 0; i < text.size(); ++i)
+        text[i] = QChar(load<quint16>(bytes.data() + 2 * i));
+    return text;
+}
+
+std::optional<QString> jet4Text(QByteArrayView bytes)
+{
+    if (!bytes.startsWith("\xFF\xFE")) {
+        if (bytes.size() % 2 != 0)
+            return std::nullopt;
+        return unicodeText(bytes);
+    }
+    QString text;
+    text.reserve(bytes.size());
+    bool compressed = true;
+    for (qsizetype i = 2; i < bytes.size();) {
+        if (bytes[i] == 0) {
+            compressed = !compressed;
+            ++i;
+        } else if (compressed) {
+            text += QChar(static_cast<char16_t>(static_cast<quint8>(bytes[i++])));
+        } else {
+            if (i + 1 == bytes.size())
+                return std::nullopt;
+            text += QChar(load<quint16>(bytes.data() + i));
+            i += 2;
+        }
+    }
+    return text;
+}
+
+QByteArray decimalText(qint64 mantissa, int scale)
+{
+    const bool negative = mantissa < 0;
+    const quint64 size =
+        negative ? 0 - static_cast<quint64>(mantissa) : static_cast<quint64>(mantissa);
+    return withPoint(QByteArray::number(size), scale, negative);
+}
+
+QByteArray numericText(QByteArrayView bytes, int scale)
+{
+    std::array<quint32, 4> words;
+    for (qsizetype i = 0; i < 4; ++i)
+        words[static_cast<size_t>(i)] = load<quint32>(bytes.data() + 1 + 4 * i);
+
+    constexpr quint64 groupSize = 1'000'000'000; // nine digits at a time
+    QByteArray digits;
+    while (words != std::array<quint32, 4>{}) {
+        quint64 rest = 0;
+        for (quint32 &word : words) {
+            const quint64 value = rest << 32 | word;
+            word = static_cast<quint32>(value / groupSize);
+            rest = value % groupSize;
+        }
+        digits.prepend(QByteArray::number(rest).rightJustified(9, '0'));
+    }
+    qsizetype zeros = 0;
+    while (zeros < digits.size() && digits[zeros] == '0')
+        ++zeros;
+    digits.remove(0, zeros);
+    if (digits.isEmpty())
+        digits = "0";
+    return withPoint(digits, scale, bytes[0] != 0);
+}
+
+QByteArray guidText(QByteArrayView bytes)
+{
+    // The first three groups are numbers and stand low byte first.
+    constexpr std::array<int, 16> order = {3, 2, 1, 0, 5, 4, 7, 6, 8, 9, 10, 11, 12, 13, 14, 15};
+    QByteArray text = "{";
+    for (size_t i = 0; i < order.size(); ++i) {
+        if (i == 4 || i == 6 || i == 8 || i == 10)
+            text += '-';
+        text += bytes.sliced(order[i], 1).toByteArray().toHex().toUpper();
+    }
+    return text + '}';
+}
+
+QByteArray instantText(qint64 instant)
+{
+    const QDateTime time = QDateTime::fromMSecsSinceEpoch(instant, Qt::UTC);
+    QString text = time.toString(u"yyyy-MM-ddTHH:mm:ss");
+    if (time.time().msec() != 0)
+        text += time.toString(u".zzz");
+    return text.toLatin1();
+}
+
+QByteArray numberText(double value)
+{
+    return shortest(value);
+}
+
+QByteArray numberText(float value)
+{
+    return shortest(value);
+}
+
+} // namespace mdb

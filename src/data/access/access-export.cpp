@@ -1,0 +1,114 @@
+/// access-export FILE [TABLE]: lists the user tables of an Access file, or prints one as CSV.
+///
+/// UTF-8, one record a line ("\n"), the first one with the column names. A field that holds a
+/// comma, a quote or a line break is quoted. NULL is an empty field, an empty text is "". Booleans
+/// are 0 and 1, dates "yyyy-MM-ddTHH:mm:ss" (".zzz" behind it when not zero), floating-point
+/// numbers the shortest text that reads back as the same number of their type, Currency and Numeric
+/// plain decimals without trailing zeros, bytes hexadecimal, GUIDs "{...}" in upper case.
+
+#include "core/Error.h"
+#include "data/access/AccessFile.h"
+
+#include <QCoreApplication>
+
+#include <cstdio>
+
+namespace {
+
+constexpr qsizetype bufferSize = 1 << 20;
+
+/// Standard output, written in large pieces.
+class Output
+{
+public:
+    QByteArray buffer;
+
+    void flushWhenLarge()
+    {
+        if (buffer.size() > bufferSize)
+            flush();
+    }
+
+    void flush()
+    {
+        const auto size = static_cast<size_t>(buffer.size());
+        if (std::fwrite(buffer.constData(), 1, size, stdout) != size || std::fflush(stdout) != 0)
+            throw Error(DeviceIO, QStringLiteral("standard output cannot be written"));
+        buffer.clear();
+    }
+};
+
+void appendField(QByteArray &out, const QString &text)
+{
+    const QByteArray utf8 = text.toUtf8();
+    const bool quoted = utf8.isEmpty() || utf8.contains(',') || utf8.contains('"') ||
+                        utf8.contains('\n') || utf8.contains('\r');
+    if (!quoted) {
+        out += utf8;
+        return;
+    }
+    out += '"';
+    for (const char c : utf8) {
+        if (c == '"')
+            out += '"';
+        out += c;
+    }
+    out += '"';
+}
+
+void listTables(const mdb::AccessFile &file, Output &output)
+{
+    for (const QString &name : file.tableNames())
+        output.buffer += name.toUtf8() + '\n';
+}
+
+void printTable(mdb::AccessFile &file, const QString &name, Output &output)
+{
+    const mdb::Table &table = file.table(name);
+    const auto columns = static_cast<int>(table.columns.size());
+    QByteArray &out = output.buffer;
+    for (int i = 0; i < columns; ++i) {
+        if (i > 0)
+            out += ',';
+        appendField(out, table.columns[static_cast<size_t>(i)].name);
+    }
+    out += '\n';
+
+    mdb::RowCursor row(file, table);
+    while (row.next()) {
+        for (int i = 0; i < columns; ++i) {
+            if (i > 0)
+                out += ',';
+            if (!row.isNull(i))
+                appendField(out, row.text(i));
+        }
+        out += '\n';
+        output.flushWhenLarge();
+    }
+}
+
+} // namespace
+
+int main(int argc, char *argv[])
+{
+    const QCoreApplication application(argc, argv);
+    const QStringList arguments = QCoreApplication::arguments();
+    if (arguments.size() < 2 || arguments.size() > 3) {
+        std::fputs("usage: access-export FILE [TABLE]\n", stderr);
+        return 2;
+    }
+    try {
+        Output output;
+        mdb::AccessFile file(arguments.at(1));
+        if (arguments.size() == 2)
+            listTables(file, output);
+        else
+            printTable(file, arguments.at(2), output);
+        output.flush();
+    } catch (const Error &error) {
+        std::fprintf(stderr, "access-export: [%d] %s\n", error.number,
+                     error.description.toUtf8().constData());
+        return 1;
+    }
+    return 0;
+}
