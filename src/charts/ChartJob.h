@@ -12,26 +12,29 @@
 /// and gives the same picture every time.
 
 /// What stands around every chart.
-struct ChartFrame {
-    QString title;      ///< the chart definition's title
-    QString subtitle;   ///< what is shown: device and item, or "Basis: ..."
-    QString period;     ///< "yyyy-MM-dd HH:mm to yyyy-MM-dd HH:mm" as readers see it
-    QString zone;       ///< time zone of all times shown
-    QString credit;     ///< product line at the foot, with the year
+struct ChartFrame
+{
+    QString title;        ///< the chart definition's title
+    QString subtitle;     ///< what is shown: device and item, or "Basis: ..."
+    QString period;       ///< "yyyy-MM-dd HH:mm to yyyy-MM-dd HH:mm" as readers see it
+    QString zone;         ///< time zone of all times shown
+    QString credit;       ///< product line at the foot, with the year
     QSize size{640, 390}; ///< logical pixels
-    int quality = 2;    ///< ChartQuality: 0 plain and smallest, 1 plain, 2 antialiased,
-                        ///< 3 antialiased at twice the pixels
-    int labelStep = 1;  ///< label every n-th bucket at most
+    int quality = 2;      ///< ChartQuality: 0 plain and smallest, 1 plain, 2 antialiased,
+                          ///< 3 antialiased at twice the pixels
+    int labelStep = 1;    ///< label every n-th bucket at most
 };
 
 /// Success rate per bucket of a state item.
-struct StateChart {
+struct StateChart
+{
     ChartFrame frame;
     DataSeries series;
 };
 
 /// Mean per bucket of a counter item, with its lines.
-struct CounterChart {
+struct CounterChart
+{
     ChartFrame frame;
     QString valueLabel; ///< sample label and unit of the value axis
     QString unit;       ///< abbreviation of the scale, "ms", "%", "B/s"; may be empty
@@ -39,8 +42,10 @@ struct CounterChart {
 };
 
 /// Success rate by device, in the order given.
-struct DeviceRateChart {
-    struct Device {
+struct DeviceRateChart
+{
+    struct Device
+    {
         QString name;
         qint64 successes = 0;
         qint64 failures = 0;

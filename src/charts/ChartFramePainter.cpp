@@ -1,0 +1,330 @@
+#include "charts/ChartFramePainter.h"
+
+#include <algorithm>
+#include <cmath>
+
+namespace {
+
+/// One line of free text: control characters and line breaks have no place on a chart.
+QString oneLine(const QString &text)
+{
+    return text.simplified();
+}
+
+/// Breaks a text between words into lines no wider than `width`; a word that is wider stands alone,
+/// shortened.
+QStringList wrapped(const QString &text, const TypeFace &face, double width)
+{
+    if (face.width(text) <= width)
+        return {text};
+    QStringList lines;
+    QString line;
+    const QStringList words = text.split(u' ', Qt::SkipEmptyParts);
+    for (const QString &word : words) {
+        const QString longer = line.isEmpty() ? word : QString(line + u' ' + word);
+        if (!line.isEmpty() && face.width(longer) > width) {
+            lines.append(line);
+            line = word;
+        } else {
+            line = longer;
+        }
+    }
+    lines.append(line);
+    for (QString &done : lines)
+        done = face.elided(done, width);
+    return lines;
+}
+
+/// The chart's foot, laid out from the bottom up; returns the top of what it drew.
+double drawFoot(QPainter &painter, const ChartFrame &frame, const QRectF &inside,
+                const ChartStyle &style, const QStringList &footers)
+{
+    QStringList lines;
+    for (const QString &footer : footers)
+        lines += wrapped(footer, style.small, inside.width());
+    const QString credit = style.small.elided(oneLine(frame.credit), inside.width());
+    const double gap = style.px(16);
+    const bool ownLine =
+        !credit.isEmpty() &&
+        (lines.isEmpty() ||
+         style.small.width(lines.last()) + gap + style.small.width(credit) > inside.width());
+    const double lineHeight = std::ceil(style.small.height());
+    double top = inside.bottom() - lineHeight;
+    if (!credit.isEmpty())
+        drawText(painter, style.small, ink::quietText, inside.right(), top, credit, Qt::AlignRight);
+    if (ownLine && !lines.isEmpty())
+        top -= lineHeight;
+    for (auto line = lines.rbegin(); line != lines.rend(); ++line) {
+        drawText(painter, style.small, ink::quietText, inside.left(), top, *line);
+        if (line + 1 != lines.rend())
+            top -= lineHeight;
+    }
+    return lines.isEmpty() && credit.isEmpty() ? inside.bottom() : top;
+}
+
+/// Title and subtitle at the left, period and time zone at the right; below them where the chart is
+/// too narrow. Returns the bottom of what it drew.
+double drawHead(QPainter &painter, const ChartFrame &frame, const QRectF &inside,
+                const ChartStyle &style)
+{
+    const QString period = oneLine(frame.period);
+    const QString zone = oneLine(frame.zone);
+    const QString title = oneLine(frame.title);
+    const QString subtitle = oneLine(frame.subtitle);
+    const double gap = style.px(20);
+    const double sideWidth = std::max(style.label.width(period), style.label.width(zone));
+    const bool beside = sideWidth + gap <= inside.width() * 0.48;
+    const double titleWidth = inside.width() - (beside ? sideWidth + gap : 0);
+
+    double top = inside.top();
+    const double firstBase = top + style.title.ascent();
+    drawText(painter, style.title, ink::text, inside.left(), top,
+             style.title.elided(title, titleWidth));
+    if (beside)
+        drawText(painter, style.label, ink::quietText, inside.right(),
+                 firstBase - style.label.ascent(), period, Qt::AlignRight);
+    top += std::ceil(style.title.height()) + style.px(1);
+    if (!subtitle.isEmpty() || beside) {
+        drawText(painter, style.subtitle, ink::quietText, inside.left(), top,
+                 style.subtitle.elided(subtitle, titleWidth));
+        if (beside)
+            drawText(painter, style.label, ink::quietText, inside.right(),
+                     top + style.subtitle.ascent() - style.label.ascent(), zone, Qt::AlignRight);
+        top += std::ceil(style.subtitle.height());
+    }
+    if (beside)
+        return top;
+    const QString separator = QStringLiteral("  \u00B7  ");
+    const QString both =
+        period.isEmpty() || zone.isEmpty() ? period + zone : QString(period + separator + zone);
+    const bool oneRow = style.label.width(both) <= inside.width();
+    for (const QString &row : oneRow ? QStringList{both} : QStringList{period, zone}) {
+        if (row.isEmpty())
+            continue;
+        drawText(painter, style.label, ink::quietText, inside.left(), top,
+                 style.label.elided(row, inside.width()));
+        top += std::ceil(style.label.height());
+    }
+    return top;
+}
+
+void drawMark(QPainter &painter, const LegendEntry &entry, const QRectF &box,
+              const ChartStyle &style)
+{
+    const double edge = style.px(2);
+    switch (entry.mark) {
+    case Mark::Success:
+        painter.fillRect(box, QColor::fromRgba(ink::successFill));
+        painter.fillRect(QRectF(box.left(), box.top(), box.width(), edge),
+                         QColor::fromRgba(ink::success));
+        return;
+    case Mark::Partial:
+        painter.fillRect(box, QColor::fromRgba(ink::partialFill));
+        painter.fillRect(QRectF(box.left(), box.top(), box.width(), std::ceil(box.height() / 2.5)),
+                         QColor::fromRgba(ink::failure));
+        return;
+    case Mark::Failure:
+        painter.fillRect(box, QColor::fromRgba(ink::failure));
+        return;
+    case Mark::NoData:
+        drawNoData(painter, box, style);
+        return;
+    case Mark::Area:
+        painter.fillRect(box, QColor::fromRgba(ink::valueFill));
+        painter.fillRect(QRectF(box.left(), box.top(), box.width(), edge),
+                         QColor::fromRgba(ink::value));
+        return;
+    case Mark::Band:
+        painter.fillRect(box, QColor::fromRgba(ink::bandFill));
+        return;
+    case Mark::Line:
+        break;
+    }
+    painter.setPen(entry.pen);
+    const double y = std::floor(box.center().y()) + 0.5;
+    painter.drawLine(QPointF(box.left(), y), QPointF(box.right(), y));
+}
+
+struct LegendLayout
+{
+    struct Place
+    {
+        double x = 0;
+        int row = 0;
+        double width = 0;
+    };
+    std::vector<Place> places;
+    int rows = 0;
+};
+
+double markWidth(const LegendEntry &entry, const ChartStyle &style)
+{
+    return entry.mark == Mark::Line ? style.px(18) : style.px(11);
+}
+
+double entryWidth(const LegendEntry &entry, const ChartStyle &style)
+{
+    const double value = entry.value.isEmpty() ? 0 : style.px(4) + style.strong.width(entry.value);
+    return markWidth(entry, style) + style.px(5) + style.label.width(entry.name) + value;
+}
+
+/// Places entries row by row; an entry wider than a row is shortened when drawn.
+LegendLayout layOutLegend(const std::vector<LegendEntry> &legend, const ChartStyle &style,
+                          double width)
+{
+    LegendLayout layout;
+    double x = 0;
+    for (const LegendEntry &entry : legend) {
+        const double wide = std::min(entryWidth(entry, style), width);
+        if (layout.rows == 0 || x + wide > width) {
+            ++layout.rows;
+            x = 0;
+        }
+        layout.places.push_back({x, layout.rows - 1, wide});
+        x += wide + style.px(16);
+    }
+    return layout;
+}
+
+void drawLegendEntry(QPainter &painter, const LegendEntry &entry, double x, double top,
+                     double width, const ChartStyle &style)
+{
+    const double mark = markWidth(entry, style);
+    const double side = style.px(11);
+    const double markTop = std::round(top + style.label.ascent() - side + style.px(1));
+    drawMark(painter, entry, QRectF(std::round(x), markTop, mark, side), style);
+    const double nameLeft = x + mark + style.px(5);
+    const double valueWidth = entry.value.isEmpty() ? 0 : style.strong.width(entry.value);
+    const double nameRoom =
+        x + width - nameLeft - (valueWidth > 0 ? valueWidth + style.px(4) : 0) + 0.01;
+    const QString name = style.label.elided(entry.name, nameRoom);
+    drawText(painter, style.label, ink::quietText, nameLeft, top, name);
+    if (valueWidth > 0)
+        drawText(painter, style.strong, ink::text, nameLeft + style.label.width(name) + style.px(4),
+                 top, entry.value);
+}
+
+/// Axis title at the left and legend at the right of one row, or below each other. Returns the
+/// bottom of what it drew.
+double drawLegend(QPainter &painter, const QRectF &inside, double top, const ChartStyle &style,
+                  const ChartSurroundings &surroundings)
+{
+    const double rowHeight = std::ceil(style.label.height()) + style.px(2);
+    const LegendLayout layout = layOutLegend(surroundings.legend, style, inside.width());
+    const QString axisTitle = style.label.elided(oneLine(surroundings.axisTitle), inside.width());
+    const double titleWidth = style.label.width(axisTitle);
+    const double legendWidth =
+        layout.rows != 1 ? inside.width() : layout.places.back().x + layout.places.back().width;
+    const bool beside =
+        layout.rows == 1 && titleWidth + style.px(24) + legendWidth <= inside.width();
+
+    const double left = beside ? inside.right() - legendWidth : inside.left();
+    for (size_t i = 0; i < layout.places.size(); ++i) {
+        const LegendLayout::Place &place = layout.places[i];
+        drawLegendEntry(painter, surroundings.legend[i], left + place.x,
+                        top + place.row * rowHeight, place.width, style);
+    }
+    const int titleRow = beside ? 0 : layout.rows;
+    drawText(painter, style.label, ink::quietText, inside.left(), top + titleRow * rowHeight,
+             axisTitle);
+    const int rows = axisTitle.isEmpty() ? layout.rows : std::max(layout.rows, titleRow + 1);
+    return top + rows * rowHeight;
+}
+
+} // namespace
+
+void drawText(QPainter &painter, const TypeFace &face, QRgb color, double x, double top,
+              const QString &text, Qt::Alignment alignment)
+{
+    if (text.isEmpty())
+        return;
+    double left = x;
+    if (alignment & Qt::AlignRight)
+        left -= face.width(text);
+    else if (alignment & Qt::AlignHCenter)
+        left -= face.width(text) / 2;
+    painter.setFont(face.font());
+    painter.setPen(QColor::fromRgba(color));
+    // Letters stand on whole pixels: crisper, and a glyph is drawn once for all of its places.
+    painter.drawText(QPointF(std::round(left), std::round(top + face.ascent())), text);
+}
+
+QPen linePen(QRgb color, double width, const QList<qreal> &dashes)
+{
+    QPen pen(QColor::fromRgba(color), width, dashes.isEmpty() ? Qt::SolidLine : Qt::CustomDashLine,
+             Qt::FlatCap, Qt::BevelJoin);
+    if (!dashes.isEmpty())
+        pen.setDashPattern(dashes);
+    return pen;
+}
+
+void drawNoData(QPainter &painter, const QRectF &area, const ChartStyle &style)
+{
+    painter.fillRect(area, QColor::fromRgba(ink::noDataFill));
+    painter.save();
+    painter.setClipRect(area, Qt::IntersectClip);
+    painter.setPen(linePen(ink::noDataHatch, 1));
+    // The lines run through fixed places of the chart, so that areas side by side fit together.
+    const double pitch = style.px(7);
+    const double height = area.height();
+    QList<QLineF> lines;
+    const double first = std::floor((area.left() + area.top()) / pitch) * pitch;
+    for (double sum = first; sum <= area.right() + area.bottom(); sum += pitch)
+        lines.append(
+            QLineF(sum - area.bottom(), area.bottom(), sum - area.bottom() + height, area.top()));
+    painter.drawLines(lines);
+    painter.restore();
+}
+
+void drawNoDataMessage(QPainter &painter, const QRectF &plot, const ChartStyle &style)
+{
+    const QString text = style.title.elided(QStringLiteral("No data in this period"), plot.width());
+    const double width = style.title.width(text) + style.px(24);
+    const double height = style.title.height() + style.px(12);
+    painter.fillRect(QRectF(std::round(plot.center().x() - width / 2),
+                            std::round(plot.center().y() - height / 2), std::round(width),
+                            std::round(height))
+                         .intersected(plot),
+                     QColor::fromRgba(ink::ground));
+    drawText(painter, style.title, ink::quietText, plot.center().x(),
+             plot.center().y() - style.title.height() / 2, text, Qt::AlignHCenter);
+}
+
+QString bucketText(const DataSeries &series)
+{
+    switch (series.frequency) {
+    case 0:
+        return series.minuteInterval > 1
+                   ? QStringLiteral("by %1 minutes").arg(series.minuteInterval)
+                   : QStringLiteral("by minute");
+    case 1:
+        return QStringLiteral("by hour");
+    case 2:
+        return QStringLiteral("by day");
+    case 3:
+        return QStringLiteral("by month");
+    default:
+        return QStringLiteral("by year");
+    }
+}
+
+QRectF drawSurroundings(QPainter &painter, const ChartFrame &frame, const QSizeF &size,
+                        const ChartStyle &style, const ChartSurroundings &surroundings)
+{
+    painter.setRenderHint(QPainter::Antialiasing, style.smooth);
+    painter.setRenderHint(QPainter::TextAntialiasing, frame.quality >= 1);
+    const QRectF all(QPointF(0, 0), size);
+    painter.fillRect(all, QColor::fromRgba(ink::border));
+    painter.fillRect(all.adjusted(1, 1, -1, -1), QColor::fromRgba(ink::ground));
+
+    const double side = style.px(16);
+    const QRectF inside =
+        all.adjusted(side, style.px(12), -side, -style.px(size.height() < 300 ? 6 : 10));
+    const double foot = drawFoot(painter, frame, inside, style, surroundings.footers);
+    double top = drawHead(painter, frame, inside, style);
+    top += style.px(size.height() < 300 ? 3 : 10);
+    top = drawLegend(painter, inside, top, style, surroundings);
+    const double gap = style.px(size.height() < 300 ? 3 : 6);
+    return QRectF(QPointF(inside.left(), top + gap),
+                  QPointF(inside.right(), std::max(top + gap + 1, foot - gap)));
+}

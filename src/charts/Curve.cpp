@@ -1,0 +1,176 @@
+#include "charts/Curve.h"
+
+#include <QPolygonF>
+
+#include <algorithm>
+#include <cmath>
+
+namespace {
+
+using Run = std::vector<CurvePoint>;
+
+CurvePoint pointOf(const SeriesBucket &bucket, double x, const TimePlot &plot)
+{
+    const double mean = plot.y(bucket.mean);
+    CurvePoint point;
+    point.x = x;
+    point.high = point.low = point.first = point.last = mean;
+    point.top = std::min(mean, plot.y(bucket.greatest));
+    point.bottom = std::max(mean, plot.y(bucket.least));
+    return point;
+}
+
+/// Takes a bucket's point into a pixel column.
+void join(CurvePoint &column, const CurvePoint &point)
+{
+    column.high = std::min(column.high, point.high);
+    column.low = std::max(column.low, point.low);
+    column.last = point.last;
+    column.top = std::min(column.top, point.top);
+    column.bottom = std::max(column.bottom, point.bottom);
+}
+
+/// Closes a run: it begins and ends where its buckets do.
+void finishRun(Curve &curve, Run &run, double left, double right)
+{
+    if (run.empty())
+        return;
+    CurvePoint begin = run.front();
+    CurvePoint end = run.back();
+    begin.x = left;
+    end.x = std::max(right, left + 1);
+    run.insert(run.begin(), begin);
+    run.push_back(end);
+    curve.runs.push_back(std::move(run));
+    run.clear();
+}
+
+/// Neighbouring columns overlap, as the line between them would.
+void connectColumns(Run &run)
+{
+    for (size_t i = 1; i < run.size(); ++i) {
+        run[i].high = std::min(run[i].high, run[i - 1].last);
+        run[i].low = std::max(run[i].low, run[i - 1].last);
+    }
+}
+
+QPolygonF outline(const Run &run, double CurvePoint::*upper, double CurvePoint::*lower)
+{
+    QPolygonF polygon;
+    polygon.reserve(static_cast<qsizetype>(run.size()) * 2);
+    for (const CurvePoint &point : run)
+        polygon.append(QPointF(point.x, point.*upper));
+    for (auto point = run.rbegin(); point != run.rend(); ++point)
+        polygon.append(QPointF(point->x, (*point).*lower));
+    return polygon;
+}
+
+void fill(QPainter &painter, const QPolygonF &polygon, const QColor &color)
+{
+    painter.setPen(Qt::NoPen);
+    painter.setBrush(color);
+    painter.drawPolygon(polygon, Qt::WindingFill);
+    painter.setBrush(Qt::NoBrush);
+}
+
+} // namespace
+
+Curve curveOf(const DataSeries &series, const TimePlot &plot)
+{
+    Curve curve;
+    const double pitch = plot.area().width() / static_cast<double>(series.buckets.size());
+    curve.dense = pitch < 1.5;
+    Run run;
+    double runLeft = 0;
+    double runRight = 0;
+    for (const SeriesBucket &bucket : series.buckets) {
+        if (bucket.isEmpty()) {
+            finishRun(curve, run, runLeft, runRight);
+            continue;
+        }
+        const double left = plot.x(bucket.start);
+        const double right = plot.x(bucket.end);
+        if (run.empty())
+            runLeft = left;
+        runRight = right;
+        const double middle = (left + right) / 2;
+        const CurvePoint point =
+            pointOf(bucket, curve.dense ? std::floor(middle) + 0.5 : middle, plot);
+        if (!run.empty() && point.x == run.back().x)
+            join(run.back(), point);
+        else
+            run.push_back(point);
+    }
+    finishRun(curve, run, runLeft, runRight);
+    if (curve.dense)
+        std::for_each(curve.runs.begin(), curve.runs.end(), connectColumns);
+    return curve;
+}
+
+void drawArea(QPainter &painter, const Curve &curve, double base, const QColor &color)
+{
+    for (const Run &run : curve.runs) {
+        QPolygonF polygon;
+        polygon.reserve(static_cast<qsizetype>(run.size()) + 2);
+        polygon.append(QPointF(run.front().x, base));
+        for (const CurvePoint &point : run)
+            polygon.append(QPointF(point.x, point.high));
+        polygon.append(QPointF(run.back().x, base));
+        fill(painter, polygon, color);
+    }
+}
+
+void drawBand(QPainter &painter, const Curve &curve, const QColor &color)
+{
+    for (const Run &run : curve.runs)
+        fill(painter, outline(run, &CurvePoint::top, &CurvePoint::bottom), color);
+}
+
+void drawValues(QPainter &painter, const Curve &curve, const QPen &pen)
+{
+    if (!curve.dense) {
+        painter.setPen(pen);
+        for (const Run &run : curve.runs) {
+            QPolygonF line;
+            line.reserve(static_cast<qsizetype>(run.size()));
+            for (const CurvePoint &point : run)
+                line.append(QPointF(point.x, point.first));
+            painter.drawPolyline(line);
+        }
+        return;
+    }
+    // So many values form a ribbon; a stroke of every to and fro would cost a hundred times more.
+    const double half = pen.widthF() / 2;
+    for (Run run : curve.runs) {
+        for (CurvePoint &point : run) {
+            point.high -= half;
+            point.low += half;
+        }
+        fill(painter, outline(run, &CurvePoint::high, &CurvePoint::low), pen.color());
+    }
+}
+
+void drawPoints(QPainter &painter, const DataSeries &series,
+                const std::vector<std::optional<double>> &values, const TimePlot &plot,
+                const QPen &pen)
+{
+    painter.setPen(pen);
+    QPolygonF line;
+    const auto flush = [&] {
+        if (line.size() > 1)
+            painter.drawPolyline(line);
+        line.clear();
+    };
+    for (size_t i = 0; i < values.size(); ++i) {
+        if (!values[i]) {
+            flush();
+            continue;
+        }
+        const SeriesBucket &bucket = series.buckets[i];
+        const double x = (plot.x(bucket.start) + plot.x(bucket.end)) / 2;
+        // A smooth line needs no more than a point a pixel.
+        if (line.isEmpty() || x - line.last().x() >= 1)
+            line.append(QPointF(x, plot.y(*values[i])));
+    }
+    flush();
+}

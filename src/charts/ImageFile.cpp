@@ -1,0 +1,154 @@
+#include "charts/ImageFile.h"
+
+#include "charts/Palette.h"
+#include "core/Error.h"
+
+#include <QBuffer>
+#include <QImageWriter>
+#include <QtEndian>
+
+#include <libdeflate.h>
+#include <memory>
+
+namespace {
+
+/// Charts are flat areas: this level finds their repetitions, higher ones take many times as long
+/// for a few per cent.
+constexpr int deflateLevel = 6;
+
+struct FreeCompressor
+{
+    void operator()(libdeflate_compressor *compressor) const
+    {
+        libdeflate_free_compressor(compressor);
+    }
+};
+using Compressor = std::unique_ptr<libdeflate_compressor, FreeCompressor>;
+
+/// A compressor is large and slow to set up: one for each thread.
+libdeflate_compressor *compressor()
+{
+    thread_local const Compressor instance(libdeflate_alloc_compressor(deflateLevel));
+    if (!instance)
+        throw Error(Overflow, QStringLiteral("No memory to compress an image"));
+    return instance.get();
+}
+
+void appendNumber(QByteArray &bytes, quint32 number)
+{
+    const quint32 bigEndian = qToBigEndian(number);
+    bytes.append(reinterpret_cast<const char *>(&bigEndian), sizeof bigEndian);
+}
+
+void appendChunk(QByteArray &file, QByteArrayView type, QByteArrayView content)
+{
+    appendNumber(file, static_cast<quint32>(content.size()));
+    const qsizetype start = file.size();
+    file.append(type).append(content);
+    const auto length = static_cast<size_t>(file.size() - start);
+    appendNumber(file, libdeflate_crc32(0, file.constData() + start, length));
+}
+
+QByteArray compressed(const QByteArray &rows)
+{
+    const auto length = static_cast<size_t>(rows.size());
+    QByteArray result(static_cast<qsizetype>(libdeflate_zlib_compress_bound(compressor(), length)),
+                      Qt::Uninitialized);
+    const size_t written = libdeflate_zlib_compress(
+        compressor(), rows.constData(), length, result.data(), static_cast<size_t>(result.size()));
+    result.truncate(static_cast<qsizetype>(written));
+    return result;
+}
+
+/// Bits of a pixel that can number the colours.
+int depthFor(size_t colors)
+{
+    return colors <= 2 ? 1 : colors <= 4 ? 2 : colors <= 16 ? 4 : 8;
+}
+
+/// The rows as PNG wants them: a filter byte (none), then the pixels, first ones in high bits.
+QByteArray palettedRows(const PalettedImage &image, int depth)
+{
+    const int perByte = 8 / depth;
+    const qsizetype stride = 1 + (image.width + perByte - 1) / perByte;
+    QByteArray rows(stride * image.height, 0);
+    for (int y = 0; y < image.height; ++y) {
+        const uchar *from = image.pixels.data() + static_cast<qsizetype>(y) * image.width;
+        auto *to = reinterpret_cast<uchar *>(rows.data()) + y * stride + 1;
+        if (depth == 8) {
+            std::copy_n(from, image.width, to);
+            continue;
+        }
+        for (int x = 0; x < image.width; ++x)
+            to[x / perByte] |= static_cast<uchar>(from[x] << (8 - depth * (x % perByte + 1)));
+    }
+    return rows;
+}
+
+QByteArray colorRows(const QImage &image)
+{
+    const qsizetype stride = 1 + qsizetype(3) * image.width();
+    QByteArray rows(stride * image.height(), 0);
+    for (int y = 0; y < image.height(); ++y) {
+        const auto *from = reinterpret_cast<const QRgb *>(image.constScanLine(y));
+        char *to = rows.data() + y * stride + 1;
+        for (int x = 0; x < image.width(); ++x) {
+            *to++ = static_cast<char>(qRed(from[x]));
+            *to++ = static_cast<char>(qGreen(from[x]));
+            *to++ = static_cast<char>(qBlue(from[x]));
+        }
+    }
+    return rows;
+}
+
+} // namespace
+
+QByteArray encodePng(const QImage &source)
+{
+    constexpr char palettedType = 3;
+    constexpr char colorType = 2;
+    const QImage image = source.convertToFormat(QImage::Format_RGB32);
+    if (image.isNull())
+        throw Error(InvalidFileFormat, QStringLiteral("An empty image cannot be written"));
+    const std::optional<PalettedImage> indexed = paletted(image);
+    const int depth = indexed ? depthFor(indexed->colors.size()) : 8;
+
+    QByteArray file("\x89PNG\r\n\x1A\n", 8);
+    QByteArray header;
+    appendNumber(header, static_cast<quint32>(image.width()));
+    appendNumber(header, static_cast<quint32>(image.height()));
+    header.append(static_cast<char>(depth)).append(indexed ? palettedType : colorType);
+    header.append(3, '\0'); // deflate, the usual filters, not interlaced
+    appendChunk(file, "IHDR", header);
+    if (indexed) {
+        QByteArray palette;
+        for (const QRgb color : indexed->colors)
+            palette.append(static_cast<char>(qRed(color)))
+                .append(static_cast<char>(qGreen(color)))
+                .append(static_cast<char>(qBlue(color)));
+        appendChunk(file, "PLTE", palette);
+    }
+    appendChunk(file, "IDAT",
+                compressed(indexed ? palettedRows(*indexed, depth) : colorRows(image)));
+    appendChunk(file, "IEND", {});
+    return file;
+}
+
+QByteArray encodeImage(const QImage &image, const QString &format)
+{
+    const QString name = format.trimmed();
+    if (name.isEmpty() || name.compare(u"PNG", Qt::CaseInsensitive) == 0)
+        return encodePng(image);
+    const QByteArray wanted = name.toLower().toUtf8();
+    if (!QImageWriter::supportedImageFormats().contains(wanted))
+        throw Error(InvalidFileFormat, QStringLiteral("Unknown image format '%1'").arg(name));
+    QByteArray bytes;
+    QBuffer buffer(&bytes);
+    buffer.open(QIODevice::WriteOnly);
+    QImageWriter writer(&buffer, wanted);
+    writer.setQuality(90);
+    if (!writer.write(image))
+        throw Error(DeviceIO,
+                    QStringLiteral("Cannot write a %1 image: %2").arg(name, writer.errorString()));
+    return bytes;
+}

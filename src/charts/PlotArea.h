@@ -1,0 +1,39 @@
+#pragma once
+
+#include "charts/ChartFramePainter.h"
+#include "charts/TimeAxis.h"
+#include "charts/ValueAxis.h"
+
+#include <functional>
+
+/// A plot over time: the rectangle of the data between a value axis at its left and the time axis
+/// at its foot.
+class TimePlot
+{
+public:
+    using AxisMaker = std::function<ValueAxis(int mostSteps)>;
+
+    /// Lays the axes out in `room`; `series` has at least one bucket.
+    TimePlot(const QRectF &room, const DataSeries &series, int labelStep, const ChartStyle &style,
+             const AxisMaker &makeValueAxis);
+
+    const QRectF &area() const { return m_area; } ///< on whole logical pixels
+    const ValueAxis &values() const { return m_values; }
+    double x(qint64 instant) const { return m_area.left() + m_times.x(instant); }
+    double y(double value) const
+    {
+        return m_area.bottom() - m_values.position(value) * m_area.height();
+    }
+
+    /// Grid lines; they shine through what lies below them.
+    void drawGrid(QPainter &painter) const;
+    /// Base line, tick marks and labels.
+    void drawAxes(QPainter &painter) const;
+
+private:
+    const ChartStyle &m_style;
+    QRectF m_room;
+    QRectF m_area;
+    ValueAxis m_values;
+    TimeAxis m_times;
+};

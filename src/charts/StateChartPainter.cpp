@@ -1,0 +1,160 @@
+#include "charts/ChartPainter.h"
+#include "charts/ChartStatistics.h"
+#include "charts/PlotArea.h"
+
+#include <algorithm>
+#include <cmath>
+
+namespace {
+
+/// What one column of the plot shows: a bucket, or all buckets that share a pixel.
+struct Column
+{
+    double left = 0;
+    double right = 0;
+    qint64 successes = 0;
+    qint64 failures = 0;
+
+    bool hasData() const { return successes + failures > 0; }
+    bool sameLook(const Column &other) const
+    {
+        return hasData() == other.hasData() && failures == 0 && other.failures == 0;
+    }
+};
+
+/// Columns on whole pixels, one per bucket where they are wide enough to be told apart, else one
+/// per pixel. A pixel that a bucket touches with a failure shows it.
+std::vector<Column> columnsOf(const DataSeries &series, const TimePlot &plot)
+{
+    std::vector<Column> columns;
+    for (const SeriesBucket &bucket : series.buckets) {
+        const double left = std::floor(plot.x(bucket.start) + 1e-6);
+        const double right = std::max(left + 1, std::floor(plot.x(bucket.end) + 1e-6));
+        if (columns.empty() || columns.back().left < left)
+            columns.push_back({left, right, 0, 0});
+        Column &column = columns.back();
+        column.right = std::max(column.right, right);
+        column.successes += bucket.successes;
+        column.failures += bucket.failures();
+    }
+    return columns;
+}
+
+/// Neighbours of the same look become one, so that a quiet period is one rectangle.
+std::vector<Column> joined(const std::vector<Column> &columns)
+{
+    std::vector<Column> runs;
+    for (const Column &column : columns) {
+        if (!runs.empty() && runs.back().sameLook(column)) {
+            runs.back().right = column.right;
+            runs.back().successes += column.successes;
+        } else {
+            runs.push_back(column);
+        }
+    }
+    return runs;
+}
+
+void drawColumn(QPainter &painter, const Column &column, double gap, const TimePlot &plot,
+                const ChartStyle &style)
+{
+    const double top = plot.y(100);
+    const double bottom = plot.area().bottom();
+    const double left = column.left;
+    const double width = std::max(1.0, column.right - gap - left);
+    if (!column.hasData()) {
+        drawNoData(painter, QRectF(left, top, width, bottom - top), style);
+        return;
+    }
+    if (column.failures == 0) {
+        painter.fillRect(QRectF(left, top, width, bottom - top),
+                         QColor::fromRgba(ink::successFill));
+        painter.fillRect(QRectF(left, top, width, style.px(2)), QColor::fromRgba(ink::success));
+        return;
+    }
+    // Failures hang from the top and are never thinner than can be seen.
+    const double rate = successRate(column.successes, column.failures);
+    double edge = std::max(std::round(plot.y(rate)), top + style.px(4));
+    if (column.successes > 0)
+        edge = std::min(edge, bottom - style.px(2));
+    painter.fillRect(QRectF(left, top, width, edge - top), QColor::fromRgba(ink::failure));
+    painter.fillRect(QRectF(left, edge, width, bottom - edge), QColor::fromRgba(ink::partialFill));
+}
+
+/// Rates over the columns, where every one of them has the room for it.
+void drawRates(QPainter &painter, const DataSeries &series, const TimePlot &plot,
+               const ChartStyle &style)
+{
+    const double widest = style.small.width(rateLabel(100)) + style.px(4);
+    for (const SeriesBucket &bucket : series.buckets) {
+        if (plot.x(bucket.end) - plot.x(bucket.start) < widest)
+            return;
+    }
+    for (const SeriesBucket &bucket : series.buckets) {
+        if (bucket.isEmpty())
+            continue;
+        const double rate = successRate(bucket.successes, bucket.failures());
+        const double height = style.small.height();
+        const double edge = bucket.failures() == 0 ? plot.y(100) : plot.y(std::min(rate, 98.0));
+        const bool below = edge + height + style.px(8) < plot.area().bottom();
+        const double top = below ? edge + style.px(6) : plot.y(100) + style.px(6);
+        drawText(painter, style.small, below ? ink::text : ink::ground,
+                 (plot.x(bucket.start) + plot.x(bucket.end)) / 2, top, rateLabel(rate),
+                 Qt::AlignHCenter);
+    }
+}
+
+std::vector<LegendEntry> legendOf(const DataSeries &series, const StateStatistics &statistics,
+                                  const QPen &overallPen)
+{
+    std::vector<LegendEntry> legend;
+    if (statistics.bucketsWithData > 0) {
+        legend.push_back({Mark::Success, QStringLiteral("Success%"), {}});
+        if (statistics.failures > 0)
+            legend.push_back({Mark::Partial, QStringLiteral("With failures"), {}});
+    }
+    if (statistics.bucketsWithData < static_cast<qint64>(series.buckets.size()))
+        legend.push_back({Mark::NoData, QStringLiteral("No data"), {}});
+    if (statistics.bucketsWithData > 0)
+        legend.push_back({Mark::Line, QStringLiteral("Overall%"),
+                          rateLabel(successRate(statistics.successes, statistics.failures)),
+                          overallPen});
+    return legend;
+}
+
+} // namespace
+
+void paintStateChart(QPainter &painter, const StateChart &chart, const QSizeF &size)
+{
+    const ChartStyle style(size, chart.frame.quality);
+    const StateStatistics statistics = stateStatistics(chart.series);
+    const QPen overallPen = linePen(ink::text, style.px(1.4), {5, 3});
+    const QRectF room =
+        drawSurroundings(painter, chart.frame, size, style,
+                         {QStringLiteral("Success rate %1").arg(bucketText(chart.series)),
+                          legendOf(chart.series, statistics, overallPen),
+                          {statistics.averageLine(), statistics.totalsLine()}});
+    if (chart.series.buckets.empty()) {
+        drawNoDataMessage(painter, room, style);
+        return;
+    }
+
+    const TimePlot plot(room, chart.series, chart.frame.labelStep, style, percentAxis);
+    std::vector<Column> columns = columnsOf(chart.series, plot);
+    const double pitch = plot.area().width() / static_cast<double>(columns.size());
+    const double gap = pitch >= 12 ? std::round(pitch / 8) : 0;
+    if (gap == 0)
+        columns = joined(columns);
+    for (const Column &column : columns)
+        drawColumn(painter, column, gap, plot, style);
+    plot.drawGrid(painter);
+    if (statistics.bucketsWithData == 0) {
+        drawNoDataMessage(painter, plot.area(), style);
+    } else {
+        drawRates(painter, chart.series, plot, style);
+        const double y = std::round(plot.y(statistics.overallRate)) + 0.5;
+        painter.setPen(overallPen);
+        painter.drawLine(QPointF(plot.area().left(), y), QPointF(plot.area().right(), y));
+    }
+    plot.drawAxes(painter);
+}
