@@ -1,8 +1,8 @@
 # Sourced by the other scripts: installs Debian packages that are missing.
 
 build_packages=(g++ cmake ninja-build qt6-base-dev libgl1-mesa-dev libpugixml-dev libsqlite3-dev
-    zlib1g-dev)
-run_packages=(tzdata fonts-dejavu-core)
+    zlib1g-dev libdeflate-dev)
+run_packages=(tzdata fonts-inter fonts-dejavu-core)
 test_packages=(mdbtools chromium)
 bench_packages=(rrdtool mdbtools)
 
