@@ -10,10 +10,12 @@ const make = (name, attributes = {}, text = '') => {
 };
 
 // Search box: shows the entries of the list named by data-filter that hold every word typed.
-// Enter opens the first of them.
+// Enter opens the first of them. A list that is taken in at a glance needs none.
+const glance = 8;
 for (const box of document.querySelectorAll('input[data-filter]')) {
   const entries = [...document.getElementById(box.dataset.filter).children]
     .map((element) => ({ element, text: element.textContent.toLowerCase() }));
+  if (entries.length <= glance) continue;
   const answer = box.parentElement.querySelector('output');
   const filter = () => {
     const words = box.value.toLowerCase().split(/\s+/).filter(Boolean);
@@ -36,27 +38,23 @@ for (const box of document.querySelectorAll('input[data-filter]')) {
 // The links to the neighbours: the first and the last device lack one.
 for (const link of document.querySelectorAll('.steps a[href="..//DEVREP.HTM"]')) link.remove();
 
-// Jump list, where a page has several sections.
+// A page with several sections: a jump list, and all tables at once for reading through and for paper.
 const items = document.querySelectorAll('.item[id]');
 if (items.length > 1) {
   const jump = make('nav', { class: 'jump', 'aria-label': 'On this page' });
   for (const item of items)
     jump.append(make('a', { href: `#${item.id}` }, item.querySelector('h2').textContent));
-  document.querySelector('.items').before(jump);
-}
 
-// All tables of a page at once, for reading through and for paper.
-const folds = document.querySelectorAll('.items details');
-if (folds.length > 1) {
-  const tools = make('p', { class: 'tools' });
   const button = make('button', { type: 'button', 'aria-pressed': 'false' }, 'Open all tables');
   button.addEventListener('click', () => {
     const open = button.getAttribute('aria-pressed') !== 'true';
     button.setAttribute('aria-pressed', open);
-    for (const fold of folds) fold.open = open;
+    for (const fold of document.querySelectorAll('.item details')) fold.open = open;
   });
-  tools.append(button);
-  document.querySelector('.items').before(tools);
+
+  const over = make('div', { class: 'over' });
+  over.append(jump, button);
+  document.querySelector('.items').before(over);
 }
 
 // Sortable tables: a click on a column's title sorts, another one turns the order round. The total
@@ -122,8 +120,11 @@ function showChart() {
     : { line: values[0], low: values[1], high: values[2], name: 'mean', unit: '' });
 }
 
+// Two decimals, or three digits of what is below one; grouped by commas like the other tables.
 function pretty(text) {
-  return String(Math.round(Number.parseFloat(text) * 1000) / 1000);
+  const value = Number.parseFloat(text);
+  return value.toLocaleString('en', Math.abs(value) < 1
+    ? { maximumSignificantDigits: 3 } : { maximumFractionDigits: 2 });
 }
 
 // Draws one line with gaps and, for counters, the band from the least to the greatest value.
@@ -134,11 +135,15 @@ function draw(labels, { line, low = line, high = line, name, unit, floor, ceilin
     plot.hidden = false;
     return;
   }
-  const least = floor ?? Math.min(0, ...known);
-  const greatest = ceiling ?? (Math.max(0, ...known) || 1);
-  const [width, height, left, right, top, bottom] = [960, 320, 64, 12, 12, 26];
+  const step = roundStep((ceiling ?? Math.max(0, ...known)) - (floor ?? Math.min(0, ...known)));
+  const least = Math.floor((floor ?? Math.min(0, ...known)) / step) * step;
+  const greatest = Math.ceil((ceiling ?? Math.max(step, ...known)) / step) * step;
+  plot.hidden = false;
+  const width = Math.max(320, plot.clientWidth - 20);
+  const height = width < 600 ? 220 : 320;
+  const [left, right, top, bottom] = [64, 12, 12, 26];
   const x = (i) => left + ((i + .5) / labels.length) * (width - left - right);
-  const y = (value) => top + ((greatest - value) / (greatest - least || 1)) * (height - top - bottom);
+  const y = (value) => top + ((greatest - value) / (greatest - least)) * (height - top - bottom);
   const shape = (kind, attributes, text = '') => {
     const element = document.createElementNS('http://www.w3.org/2000/svg', kind);
     for (const [key, value] of Object.entries(attributes)) element.setAttribute(key, value);
@@ -147,13 +152,14 @@ function draw(labels, { line, low = line, high = line, name, unit, floor, ceilin
   };
 
   const svg = shape('svg', { viewBox: `0 0 ${width} ${height}`, 'aria-hidden': 'true' });
-  for (const share of [0, .25, .5, .75, 1]) {
-    const value = least + share * (greatest - least);
+  const lines = Math.round((greatest - least) / step);
+  for (let k = 0; k <= lines; ++k) {
+    const value = least + k * step;
     svg.append(
       shape('line', { class: 'grid', x1: left, x2: width - right, y1: y(value), y2: y(value) }),
       shape('text', { x: left - 6, y: y(value) + 4, 'text-anchor': 'end' }, pretty(value) + unit));
   }
-  const ticks = Math.min(5, labels.length);
+  const ticks = Math.min(Math.floor(width / 150), labels.length);
   for (let t = 0; t < ticks; ++t) {
     const i = ticks === 1 ? 0 : Math.round((t * (labels.length - 1)) / (ticks - 1));
     const anchor = t === 0 ? 'start' : t === ticks - 1 ? 'end' : 'middle';
@@ -188,7 +194,13 @@ function draw(labels, { line, low = line, high = line, name, unit, floor, ceilin
     caption.textContent = hint;
   });
   plot.append(svg, caption);
-  plot.hidden = false;
+}
+
+// A round step (1, 2 or 5 times a power of ten) that cuts a span into at most five parts.
+function roundStep(span) {
+  const rough = (span || 1) / 5;
+  const power = 10 ** Math.floor(Math.log10(rough));
+  return power * [1, 2, 5, 10].find((factor) => factor * power >= rough * .999999);
 }
 
 // The stretches of a series without a gap, as lists of indices.
