@@ -4,6 +4,9 @@
 #include "core/Files.h"
 #include "core/platform/FileSystem.h"
 
+#include <QDir>
+#include <QFileInfo>
+
 namespace demo {
 
 PageFile::PageFile(const QString &path)
@@ -11,8 +14,11 @@ PageFile::PageFile(const QString &path)
     , m_file(QStringLiteral("%1.%2.tmp").arg(m_path).arg(platform::processId()))
 {
     // Pages are large enough; a second buffer would only cost a copy.
-    if (!m_file.open(QIODevice::ReadWrite | QIODevice::Truncate | QIODevice::Unbuffered))
-        fail(QStringLiteral("Cannot write"));
+    if (m_file.open(QIODevice::ReadWrite | QIODevice::Truncate | QIODevice::Unbuffered))
+        return;
+    if (!QFileInfo(m_path).dir().exists())
+        throw Error(PathNotFound, QStringLiteral("Path not found: '%1'").arg(m_path));
+    fail(QStringLiteral("Cannot write"));
 }
 
 PageFile::~PageFile()
