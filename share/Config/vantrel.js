@@ -35,8 +35,19 @@ for (const box of document.querySelectorAll('input[data-filter]')) {
   filter();
 }
 
-// The links to the neighbours: the first and the last device lack one.
-for (const link of document.querySelectorAll('.steps a[href="..//DEVREP.HTM"]')) link.remove();
+// The links to the devices before and after this one; the first and the last lack one.
+const steps = document.querySelector('.steps');
+if (steps) {
+  const step = (rel, folder, before, word, after) => {
+    if (!folder) return;
+    const link = make('a', { rel, href: `../${folder}/DEVREP.HTM`, 'aria-label': `${word} device` }, before);
+    link.append(make('span', { class: 'wide-word' }, word), after);
+    steps.append(link);
+  };
+  step('prev', steps.dataset.prev, '\u2190 ', 'Previous', '');
+  step('next', steps.dataset.next, '', 'Next', ' \u2192');
+  steps.hidden = !steps.childElementCount;
+}
 
 // A page with several sections: a jump list, and all tables at once for reading through and for paper.
 const items = document.querySelectorAll('.item[id]');
@@ -103,11 +114,12 @@ function showChart() {
   const list = (id) => document.getElementById(id).textContent.split(',').map((entry) => entry.trim());
   const labels = list('labels');
   const texts = [list('series1'), list('series2'), list('series3')];
+  const decimals = texts.map((text) => (text.every((entry) => Number.isInteger(Number(entry))) ? 0 : 2));
   const table = document.getElementById('values');
   labels.forEach((label, i) => {
     const row = table.tBodies[0].insertRow();
     row.append(make('th', { scope: 'row' }, label));
-    for (const text of texts) row.append(make('td', {}, text[i] ? pretty(text[i]) : 'n/a'));
+    texts.forEach((text, k) => row.append(make('td', {}, text[i] ? pretty(text[i], decimals[k]) : 'n/a')));
     if (plot.dataset.chart === 'state') row.dataset.failed = texts[1][i] || '0';
   });
   table.parentElement.hidden = false;
@@ -120,11 +132,12 @@ function showChart() {
     : { line: values[0], low: values[1], high: values[2], name: 'mean', unit: '' });
 }
 
-// Two decimals, or three digits of what is below one; grouped by commas like the other tables.
-function pretty(text) {
+// Two decimals, or three digits of what is below one; grouped by commas like the other tables. A
+// column of numbers of which some are broken shows both decimals throughout.
+function pretty(text, decimals = 0) {
   const value = Number.parseFloat(text);
   return value.toLocaleString('en', Math.abs(value) < 1
-    ? { maximumSignificantDigits: 3 } : { maximumFractionDigits: 2 });
+    ? { maximumSignificantDigits: 3 } : { minimumFractionDigits: decimals, maximumFractionDigits: 2 });
 }
 
 // Draws one line with gaps and, for counters, the band from the least to the greatest value.
