@@ -30,6 +30,16 @@ qint64 offsetAt(const QTimeZone &zone, qint64 instant)
     return zone.offsetFromUtc(utcDateTime(instant)) * second;
 }
 
+/// "UTC+02:00"
+QString offsetText(qint64 offset)
+{
+    const qint64 minutes = std::abs(offset) / (60 * second);
+    return QStringLiteral("UTC%1%2:%3")
+        .arg(QLatin1Char(offset < 0 ? '-' : '+'))
+        .arg(minutes / 60, 2, 10, QLatin1Char('0'))
+        .arg(minutes % 60, 2, 10, QLatin1Char('0'));
+}
+
 } // namespace
 
 OffsetSpan offsetSpanAt(qint64 instant)
@@ -101,19 +111,18 @@ qint64 instantOf(const QDateTime &wall)
     return instantOfWall(wall.toMSecsSinceEpoch());
 }
 
-QString zoneText(qint64 instant)
+QString zoneText(qint64 from, qint64 to)
 {
-    const qint64 offset = offsetSpanAt(instant).offset / second;
+    const qint64 first = offsetSpanAt(from).offset;
+    const qint64 last = offsetSpanAt(to).offset;
     const QString id = QString::fromLatin1(local().zone.id());
-    const bool plainUtc = offset == 0
+    const bool plainUtc = first == 0 && last == 0
         && (id.isEmpty() || id == u"UTC" || id == u"Etc/UTC" || id == u"Etc/UCT" || id == u"Z");
     if (plainUtc)
         return QStringLiteral("UTC");
-    const qint64 minutes = std::abs(offset) / 60;
-    const QString shift = QStringLiteral("UTC%1%2:%3")
-                              .arg(offset < 0 ? u'-' : u'+')
-                              .arg(minutes / 60, 2, 10, QLatin1Char('0'))
-                              .arg(minutes % 60, 2, 10, QLatin1Char('0'));
+    QString shift = offsetText(first);
+    if (last != first)
+        shift += QLatin1String(" to ") + offsetText(last);
     return id.isEmpty() ? shift : id + QLatin1String(", ") + shift;
 }
 

@@ -36,8 +36,9 @@ QDateTime UTCToLocal(const QDateTime &utc);
 QDateTime wallTime(qint64 instant);
 qint64 instantOf(const QDateTime &wall);
 
-/// How the zone is named to readers, at an instant: "Europe/Berlin, UTC+02:00"; "UTC".
-QString zoneText(qint64 instant);
+/// How the zone is named to readers of a period: "Europe/Berlin, UTC+02:00"; both offsets where they
+/// differ, "Europe/Berlin, UTC+01:00 to UTC+02:00"; "UTC".
+QString zoneText(qint64 from, qint64 to);
 
 /// Reads the zone afresh from the environment; for tests that change TZ.
 void reloadTimeZone();
