@@ -140,6 +140,12 @@ function pretty(text, decimals = 0) {
     ? { maximumSignificantDigits: 3 } : { minimumFractionDigits: decimals, maximumFractionDigits: 2 });
 }
 
+// A number for the axis: thousands and more by their prefix.
+function short(value) {
+  const power = Math.min(4, Math.floor(Math.log10(Math.abs(value) || 1) / 3 + 1e-9));
+  return power < 1 ? pretty(value) : `${pretty(value / 1000 ** power)} ${' kMGT'[power]}`;
+}
+
 // Draws one line with gaps and, for counters, the band from the least to the greatest value.
 function draw(labels, { line, low = line, high = line, name, unit, floor, ceiling }) {
   const known = [...low, ...high].filter((value) => !Number.isNaN(value));
@@ -148,9 +154,10 @@ function draw(labels, { line, low = line, high = line, name, unit, floor, ceilin
     plot.hidden = false;
     return;
   }
-  const step = roundStep((ceiling ?? Math.max(0, ...known)) - (floor ?? Math.min(0, ...known)));
-  const least = Math.floor((floor ?? Math.min(0, ...known)) / step) * step;
-  const greatest = Math.ceil((ceiling ?? Math.max(step, ...known)) / step) * step;
+  const [from, to] = [floor ?? Math.min(0, ...known), ceiling ?? Math.max(0, ...known)];
+  const step = roundStep(to - from);
+  const least = Math.floor(from / step) * step;
+  const greatest = from === to ? step : Math.ceil(to / step) * step;
   plot.hidden = false;
   const width = Math.max(320, plot.clientWidth - 20);
   const height = width < 600 ? 220 : 320;
@@ -170,7 +177,7 @@ function draw(labels, { line, low = line, high = line, name, unit, floor, ceilin
     const value = least + k * step;
     svg.append(
       shape('line', { class: 'grid', x1: left, x2: width - right, y1: y(value), y2: y(value) }),
-      shape('text', { x: left - 6, y: y(value) + 4, 'text-anchor': 'end' }, pretty(value) + unit));
+      shape('text', { x: left - 6, y: y(value) + 4, 'text-anchor': 'end' }, short(value) + unit));
   }
   const ticks = Math.min(Math.floor(width / 150), labels.length);
   for (let t = 0; t < ticks; ++t) {
