@@ -29,9 +29,11 @@ void load(pugi::xml_document &document, const QByteArray &bytes, pugi::xml_encod
         bytes.constData(), static_cast<size_t>(bytes.size()),
         pugi::parse_default | pugi::parse_comments | pugi::parse_pi | pugi::parse_declaration,
         encoding);
-    if (!result)
+    if (!result) {
+        document.reset(); // nothing of what stands before the mistake counts
         throw Error(InvalidFileFormat, placeOf(bytes, result.offset) + QLatin1String(": ") +
                                            QString::fromUtf8(result.description()));
+    }
     if (!document.document_element())
         throw Error(InvalidFileFormat, QStringLiteral("1:1: no root element"));
 }
