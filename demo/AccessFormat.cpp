@@ -199,6 +199,11 @@ int RowPages::room() const
     return m_end - dataPageHeader - 2 * m_rows;
 }
 
+bool RowPages::isLast(int page) const
+{
+    return !m_pages.empty() && page == m_pages.back();
+}
+
 bool RowPages::hasRoom(int rows, int rowSize) const
 {
     return !m_pages.empty() && m_rows + rows <= m_mostRows && room() >= rows * (rowSize + 2);
@@ -237,7 +242,7 @@ void RowPages::flush()
 
 void RowPages::change(RowPlace place, const auto &edit)
 {
-    if (!m_pages.empty() && place.page == m_pages.back()) {
+    if (isLast(place.page)) {
         edit(m_page);
         return;
     }
@@ -249,14 +254,14 @@ void RowPages::change(RowPlace place, const auto &edit)
 
 QByteArray RowPages::row(RowPlace place)
 {
-    QByteArray bytes;
-    change(place, [&](const Page &page) {
-        const std::uint8_t *entry = page.data() + dataPageHeader + 2 * place.row;
-        const int begin = get<quint16>(entry) & rowOffsetMask;
-        const int end = place.row == 0 ? pageSize : get<quint16>(entry - 2) & rowOffsetMask;
-        bytes = QByteArray(reinterpret_cast<const char *>(page.data()) + begin, end - begin);
-    });
-    return bytes;
+    Page read;
+    if (!isLast(place.page))
+        m_file.read(place.page, read);
+    const Page &page = isLast(place.page) ? m_page : read;
+    const std::uint8_t *entry = page.data() + dataPageHeader + 2 * place.row;
+    const int begin = get<quint16>(entry) & rowOffsetMask;
+    const int end = place.row == 0 ? pageSize : get<quint16>(entry - 2) & rowOffsetMask;
+    return QByteArray(reinterpret_cast<const char *>(page.data()) + begin, end - begin);
 }
 
 void RowPages::addFlags(RowPlace place, quint16 flags)

@@ -75,8 +75,8 @@ public:
     void startPage();
     void flush();
 
-    /// A row's bytes, and its flags in the row table.
-    QByteArray row(RowPlace place);
+    QByteArray row(RowPlace place); ///< its bytes
+    /// Sets flags in the page's row table.
     void addFlags(RowPlace place, quint16 flags);
     /// Puts a pointer where the row stood. Throws Error(Overflow) when the row is too short for it.
     void replaceByPointer(RowPlace place, RowPlace target);
@@ -87,6 +87,7 @@ public:
 
 private:
     int room() const;
+    bool isLast(int page) const;
     void change(RowPlace place, const auto &edit);
 
     PageFile &m_file;

@@ -7,14 +7,29 @@
 #include <QDir>
 #include <QFileInfo>
 
+#include <atomic>
+
 namespace demo {
+
+namespace {
+
+QString temporaryName(const QString &path)
+{
+    static std::atomic<unsigned> count = 0;
+    return QStringLiteral("%1.%2-%3.tmp")
+        .arg(path)
+        .arg(platform::processId())
+        .arg(count.fetch_add(1));
+}
+
+} // namespace
 
 PageFile::PageFile(const QString &path)
     : m_path(nativePath(path))
-    , m_file(QStringLiteral("%1.%2.tmp").arg(m_path).arg(platform::processId()))
+    , m_file(temporaryName(m_path))
 {
     // Pages are large enough; a second buffer would only cost a copy.
-    if (m_file.open(QIODevice::ReadWrite | QIODevice::Truncate | QIODevice::Unbuffered))
+    if (m_file.open(QIODevice::ReadWrite | QIODevice::NewOnly | QIODevice::Unbuffered))
         return;
     if (!QFileInfo(m_path).dir().exists())
         throw Error(PathNotFound, QStringLiteral("Path not found: '%1'").arg(m_path));
