@@ -2,6 +2,7 @@
 
 #include <QString>
 #include <QVariant>
+#include <QtEndian>
 
 #include <cstdint>
 #include <memory>
@@ -88,7 +89,7 @@ public:
     const Table &table(const QString &name);
 
     /// Looks whether all the file's pages are there; throws Error(InvalidFileFormat) when the file
-    /// is shorter than when it was opened or ends within a page that is in use.
+    /// is shorter than when it was opened or no whole number of pages long.
     void checkSize() const;
 
 private:
@@ -114,7 +115,7 @@ public:
 
     // Values of the present row by column number. NULL reads as 0 or empty.
     bool isNull(int column) const;    ///< a Boolean is never NULL
-    qint64 integer(int column) const; ///< Boolean (0, 1) and the integer types
+    qint64 integer(int column) const; ///< Boolean (0, 1) and the integer types; others rounded
     double number(int column) const;  ///< any numeric type; DateTime as days since 1899-12-30
     qint64 instant(int column) const; ///< DateTime as milliseconds since 1970-01-01, rounded
     QString text(int column) const;   ///< Text and Memo; other types in the form of `access-export`
@@ -122,10 +123,53 @@ public:
     /// bool, int, qint64, double, QString, QByteArray, or QDateTime (UTC spec, as stored);
     /// Currency and Numeric as QString with all their digits.
     QVariant value(int column) const;
+    /// Appends `text` as UTF-8, for exports: without a QString where the type needs none.
+    void appendText(int column, QByteArray &out) const;
 
 private:
     class Private;
+
+    const Column &at(int column) const { return m_columns[column]; }
+    /// The null mask's bit: for a Boolean its value, for other types whether there is a value.
+    bool hasBit(int number) const
+    {
+        return number < m_rowColumns &&
+               (static_cast<unsigned char>(m_nullMask[number >> 3]) >> (number & 7) & 1);
+    }
+    qint64 otherInteger(const Column &column) const;
+    double otherNumber(const Column &column) const;
+
+    // The present row, for the values that loops ask for.
+    const Column *m_columns = nullptr;
+    const char *m_fixed = nullptr; ///< the fixed values
+    const char *m_nullMask = nullptr;
+    int m_rowColumns = 0;
     std::unique_ptr<Private> d;
 };
+
+inline bool RowCursor::isNull(int column) const
+{
+    return at(column).type != ColumnType::Boolean && !hasBit(at(column).number);
+}
+
+inline qint64 RowCursor::integer(int column) const
+{
+    const Column &c = at(column);
+    if (!c.isFixed || !hasBit(c.number))
+        return otherInteger(c);
+    if (c.type == ColumnType::Long)
+        return qFromLittleEndian<qint32>(m_fixed + c.fixedOffset);
+    if (c.type == ColumnType::Integer)
+        return qFromLittleEndian<qint16>(m_fixed + c.fixedOffset);
+    return otherInteger(c);
+}
+
+inline double RowCursor::number(int column) const
+{
+    const Column &c = at(column);
+    if (!c.isFixed || c.type != ColumnType::Double || !hasBit(c.number))
+        return otherNumber(c);
+    return qFromLittleEndian<double>(m_fixed + c.fixedOffset);
+}
 
 } // namespace mdb

@@ -2,7 +2,6 @@
 
 #include "core/Error.h"
 #include "core/Files.h"
-#include "data/access/UsageMap.h"
 
 #include <numeric>
 #include <utility>
@@ -158,8 +157,7 @@ void PageReader::checkSize()
     if (pages < m_pages)
         end.fail(QStringLiteral("the file has become shorter, it had %1 pages").arg(m_pages));
     m_pages = pages;
-    // Some programs leave a few bytes behind the last page; a page that is in use is no such thing.
-    if (m_file.size() % m_format->pageSize != 0 && isPageInUse(*this, static_cast<quint32>(pages)))
+    if (m_file.size() % m_format->pageSize != 0)
         end.fail(QStringLiteral("the file ends within this page"));
 }
 

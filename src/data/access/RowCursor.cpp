@@ -46,7 +46,6 @@ public:
     void followPointer(const RowSlot &slot);
     void checkRowCount();
 
-    const Column &column(int number) const { return table.columns[static_cast<size_t>(number)]; }
     const char *fixedValue(const Column &column) const
     {
         return row.begin + layout.fixedStart() + column.fixedOffset;
@@ -59,6 +58,7 @@ public:
     }
     QString textOf(const Column &column, QByteArrayView bytes) const;
     qint64 instantOf(const Column &column) const;
+    [[noreturn]] void failDate(const Column &column) const;
 
     PageReader &reader;
     const Table &table;
@@ -81,7 +81,8 @@ public:
 };
 
 RowCursor::RowCursor(AccessFile &file, const Table &table)
-    : d(std::make_unique<Private>(file.d->reader, table))
+    : m_columns(table.columns.data())
+    , d(std::make_unique<Private>(file.d->reader, table))
 {}
 
 RowCursor::~RowCursor() = default;
@@ -99,6 +100,9 @@ bool RowCursor::next()
                 d->followPointer(slot);
             else
                 d->row = d->layout.view(d->page + slot.start, d->page + slot.end, d->place);
+            m_fixed = d->row.begin + d->layout.fixedStart();
+            m_nullMask = d->row.nullMask;
+            m_rowColumns = d->row.columns;
             return true;
         }
         if (!d->nextPage())
@@ -239,22 +243,32 @@ qint64 RowCursor::Private::instantOf(const Column &column) const
         instant = instantOfDays(load<double>(sized(column, 8).data()));
     if (instant)
         return *instant;
+    failDate(column);
+}
+
+void RowCursor::Private::failDate(const Column &column) const
+{
     place.fail(QStringLiteral("a value of column '") + column.name +
                QStringLiteral("' is no date"));
 }
 
-bool RowCursor::isNull(int column) const
+qint64 RowCursor::instant(int column) const
 {
-    const Column &c = d->column(column);
-    return c.type != ColumnType::Boolean && !d->row.hasBit(c.number);
+    const Column &c = at(column);
+    if (!hasBit(c.number))
+        return 0;
+    if (c.type != ColumnType::DateTime || !c.isFixed)
+        return d->instantOf(c);
+    if (const auto instant = instantOfDays(load<double>(m_fixed + c.fixedOffset)))
+        return *instant;
+    d->failDate(c);
 }
 
-qint64 RowCursor::integer(int column) const
+qint64 RowCursor::otherInteger(const Column &c) const
 {
-    const Column &c = d->column(column);
     if (c.type == ColumnType::Boolean && !c.isCalculated)
-        return d->row.hasBit(c.number);
-    if (!d->row.hasBit(c.number))
+        return hasBit(c.number);
+    if (!hasBit(c.number))
         return 0;
     switch (c.type) {
     case ColumnType::Boolean:
@@ -269,44 +283,43 @@ qint64 RowCursor::integer(int column) const
     case ColumnType::BigInt:
         return load<qint64>(d->sized(c, 8).data());
     default:
-        return qRound64(number(column));
+        return qRound64(otherNumber(c));
     }
 }
 
-double RowCursor::number(int column) const
+double RowCursor::otherNumber(const Column &c) const
 {
-    const Column &c = d->column(column);
+    if (c.type != ColumnType::Boolean && !hasBit(c.number))
+        return 0;
     switch (c.type) {
     case ColumnType::Single:
-        return isNull(column) ? 0 : static_cast<double>(load<float>(d->sized(c, 4).data()));
+        return static_cast<double>(load<float>(d->sized(c, 4).data()));
     case ColumnType::Double:
     case ColumnType::DateTime:
-        return isNull(column) ? 0 : load<double>(d->sized(c, 8).data());
+        return load<double>(d->sized(c, 8).data());
     case ColumnType::Currency:
-        return isNull(column) ? 0
-                              : static_cast<double>(load<qint64>(d->sized(c, 8).data())) / 10'000;
+        return static_cast<double>(load<qint64>(d->sized(c, 8).data())) / 10'000;
+    case ColumnType::Numeric:
+        return numericText(d->sized(c, 17), c.scale).toDouble();
+    case ColumnType::Text:
+        return d->textOf(c, d->stored(c)).toDouble();
     case ColumnType::Boolean:
     case ColumnType::Byte:
     case ColumnType::Integer:
     case ColumnType::Long:
     case ColumnType::Complex:
     case ColumnType::BigInt:
-        return static_cast<double>(integer(column));
+        return static_cast<double>(otherInteger(c));
     default:
-        return text(column).toDouble();
+        return 0;
     }
-}
-
-qint64 RowCursor::instant(int column) const
-{
-    return isNull(column) ? 0 : d->instantOf(d->column(column));
 }
 
 QByteArray RowCursor::bytes(int column) const
 {
     if (isNull(column))
         return {};
-    const Column &c = d->column(column);
+    const Column &c = at(column);
     if (c.type == ColumnType::Ole || c.type == ColumnType::Memo)
         return d->longValue(c);
     return d->stored(c).toByteArray();
@@ -316,30 +329,48 @@ QString RowCursor::text(int column) const
 {
     if (isNull(column))
         return {};
-    const Column &c = d->column(column);
+    const Column &c = at(column);
+    if (c.type == ColumnType::Text)
+        return d->textOf(c, d->stored(c));
+    if (c.type == ColumnType::Memo)
+        return d->textOf(c, d->longValue(c));
+    QByteArray text;
+    appendText(column, text);
+    return QString::fromLatin1(text);
+}
+
+void RowCursor::appendText(int column, QByteArray &out) const
+{
+    if (isNull(column))
+        return;
+    const Column &c = at(column);
     switch (c.type) {
     case ColumnType::Text:
-        return d->textOf(c, d->stored(c));
     case ColumnType::Memo:
-        return d->textOf(c, d->longValue(c));
+        out += text(column).toUtf8();
+        return;
     case ColumnType::Single:
-        return QString::fromLatin1(numberText(load<float>(d->sized(c, 4).data())));
+        return appendNumber(out, load<float>(d->sized(c, 4).data()));
     case ColumnType::Double:
-        return QString::fromLatin1(numberText(load<double>(d->sized(c, 8).data())));
+        return appendNumber(out, load<double>(d->sized(c, 8).data()));
     case ColumnType::Currency:
-        return QString::fromLatin1(decimalText(load<qint64>(d->sized(c, 8).data()), 4));
+        out += decimalText(load<qint64>(d->sized(c, 8).data()), 4);
+        return;
     case ColumnType::Numeric:
-        return QString::fromLatin1(numericText(d->sized(c, 17), c.scale));
+        out += numericText(d->sized(c, 17), c.scale);
+        return;
     case ColumnType::Guid:
-        return QString::fromLatin1(guidText(d->sized(c, 16)));
+        out += guidText(d->sized(c, 16));
+        return;
     case ColumnType::DateTime:
     case ColumnType::DateTimeExtended:
-        return QString::fromLatin1(instantText(d->instantOf(c)));
+        return appendInstant(out, d->instantOf(c));
     case ColumnType::Binary:
     case ColumnType::Ole:
-        return QString::fromLatin1(bytes(column).toHex());
+        out += bytes(column).toHex();
+        return;
     default:
-        return QString::number(integer(column));
+        return appendNumber(out, integer(column));
     }
 }
 
@@ -347,7 +378,7 @@ QVariant RowCursor::value(int column) const
 {
     if (isNull(column))
         return {};
-    const Column &c = d->column(column);
+    const Column &c = at(column);
     switch (c.type) {
     case ColumnType::Boolean:
         return integer(column) != 0;

@@ -9,7 +9,6 @@ namespace mdb {
 namespace {
 
 constexpr int bitmapPageHeader = 4;
-constexpr RowPointer freePagesMap = {0, 1};
 
 /// Calls `visit(bitmap, first page)` for each stretch of pages that a map covers.
 template <typename Visit>
@@ -59,18 +58,6 @@ std::vector<quint32> ownedPages(PageReader &reader, RowPointer map, const Place 
     if (!pages.empty())
         reader.requirePage(pages.back(), {place.file, place.table, pages.back()});
     return pages;
-}
-
-bool isPageInUse(PageReader &reader, quint32 page)
-{
-    bool inUse = false;
-    const Place place{reader.path(), {}, freePagesMap.page};
-    forEachBitmap(reader, freePagesMap, place, [&](QByteArrayView bitmap, quint32 first) {
-        const quint32 bit = page - first;
-        if (bit / 8 < static_cast<size_t>(bitmap.size()))
-            inUse = !(static_cast<quint8>(bitmap[bit / 8]) >> (bit % 8) & 1);
-    });
-    return inUse;
 }
 
 } // namespace mdb

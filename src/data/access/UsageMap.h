@@ -11,7 +11,4 @@ namespace mdb {
 /// broken or names a page that the file does not hold.
 std::vector<quint32> ownedPages(PageReader &reader, RowPointer map, const Place &place);
 
-/// Whether the file's own map, which names the free pages, leaves out a page.
-bool isPageInUse(PageReader &reader, quint32 page);
-
 } // namespace mdb

@@ -2,29 +2,30 @@
 
 #include "data/access/Bytes.h"
 
-#include <QDateTime>
-
 #include <array>
 #include <charconv>
-#include <cmath>
-#include <limits>
+#include <chrono>
 
 namespace mdb {
 
 namespace {
 
-constexpr double millisecondsPerDay = 86'400'000.0;
-constexpr qint64 epochDays = 25'569;           ///< 1899-12-30 to 1970-01-01
-constexpr double firstDay = -657'434;          ///< 0100-01-01
-constexpr double endOfDays = 2'958'466;        ///< the day after 9999-12-31
 constexpr qint64 epochDaysOfYearOne = 719'162; ///< 0001-01-01 to 1970-01-01
 
 template <typename Number>
-QByteArray shortest(Number value)
+void appendShortest(QByteArray &out, Number value)
 {
     std::array<char, 32> buffer;
     const auto result = std::to_chars(buffer.data(), buffer.data() + buffer.size(), value);
-    return QByteArray(buffer.data(), result.ptr - buffer.data());
+    out.append(buffer.data(), result.ptr - buffer.data());
+}
+
+void appendDigits(QByteArray &out, int value, int digits)
+{
+    std::array<char, 4> buffer;
+    for (int i = digits; i-- > 0; value /= 10)
+        buffer[static_cast<size_t>(i)] = static_cast<char>('0' + value % 10);
+    out.append(buffer.data(), digits);
 }
 
 /// The whole number that a run of digits and nothing else forms.
@@ -56,17 +57,6 @@ QByteArray withPoint(QByteArray digits, int scale, bool negative)
 
 } // namespace
 
-std::optional<qint64> instantOfDays(double days)
-{
-    if (!(days > firstDay - 1 && days < endOfDays))
-        return std::nullopt;
-    if (days < 0) {
-        const double whole = std::trunc(days);
-        days = whole + (whole - days);
-    }
-    return std::llround(days * millisecondsPerDay) - epochDays * 86'400'000;
-}
-
 std::optional<qint64> instantOfExtendedDate(QByteArrayView bytes)
 {
     // Days and ticks as texts of 19 digits each, then the precision: "days:ticks:7".
@@ -76,7 +66,7 @@ std::optional<qint64> instantOfExtendedDate(QByteArrayView bytes)
     const std::optional<qint64> ticks = wholeNumber(bytes.sliced(20, 19));
     if (!days || !ticks || *days > 3'652'058 || *ticks >= 864'000'000'000)
         return std::nullopt;
-    return (*days - epochDaysOfYearOne) * 86'400'000 + (*ticks + 5'000) / 10'000;
+    return (*days - epochDaysOfYearOne) * millisecondsPerDay + (*ticks + 5'000) / 10'000;
 }
 
 QString unicodeText(QByteArrayView bytes)
@@ -160,23 +150,44 @@ QByteArray guidText(QByteArrayView bytes)
     return text + '}';
 }
 
-QByteArray instantText(qint64 instant)
+void appendInstant(QByteArray &out, qint64 instant)
 {
-    const QDateTime time = QDateTime::fromMSecsSinceEpoch(instant, Qt::UTC);
-    QString text = time.toString(u"yyyy-MM-ddTHH:mm:ss");
-    if (time.time().msec() != 0)
-        text += time.toString(u".zzz");
-    return text.toLatin1();
+    using namespace std::chrono;
+    const sys_time<milliseconds> time{milliseconds(instant)};
+    const auto day = floor<days>(time);
+    const year_month_day date(day);
+    const hh_mm_ss clock(time - day);
+    appendDigits(out, static_cast<int>(date.year()), 4);
+    out += '-';
+    appendDigits(out, static_cast<int>(static_cast<unsigned>(date.month())), 2);
+    out += '-';
+    appendDigits(out, static_cast<int>(static_cast<unsigned>(date.day())), 2);
+    out += 'T';
+    appendDigits(out, static_cast<int>(clock.hours().count()), 2);
+    out += ':';
+    appendDigits(out, static_cast<int>(clock.minutes().count()), 2);
+    out += ':';
+    appendDigits(out, static_cast<int>(clock.seconds().count()), 2);
+    const auto milli = static_cast<int>(clock.subseconds().count());
+    if (milli != 0) {
+        out += '.';
+        appendDigits(out, milli, 3);
+    }
 }
 
-QByteArray numberText(double value)
+void appendNumber(QByteArray &out, double value)
 {
-    return shortest(value);
+    appendShortest(out, value);
 }
 
-QByteArray numberText(float value)
+void appendNumber(QByteArray &out, float value)
 {
-    return shortest(value);
+    appendShortest(out, value);
+}
+
+void appendNumber(QByteArray &out, qint64 value)
+{
+    appendShortest(out, value);
 }
 
 } // namespace mdb

@@ -4,6 +4,7 @@
 
 #include <QByteArrayView>
 
+#include <cmath>
 #include <optional>
 
 namespace mdb {
@@ -11,9 +12,24 @@ namespace mdb {
 /// Stored bytes to values and values to text. Pure functions. The numbers are little-endian; the
 /// lengths of the bytes have been checked by the caller where a comment says so.
 
+inline constexpr qint64 millisecondsPerDay = 86'400'000;
+inline constexpr qint64 epochDays = 25'569;    ///< 1899-12-30 to 1970-01-01
+inline constexpr double firstDay = -657'434;   ///< 0100-01-01
+inline constexpr double endOfDays = 2'958'466; ///< the day after 9999-12-31
+
 /// Milliseconds since 1970-01-01 of a stored date: days since 1899-12-30 whose fraction counts
 /// forward in negative numbers too. Rounded; nothing outside of the years 100 to 9999.
-std::optional<qint64> instantOfDays(double days);
+inline std::optional<qint64> instantOfDays(double days)
+{
+    if (!(days > firstDay - 1 && days < endOfDays))
+        return std::nullopt;
+    if (days < 0)
+        days = 2 * std::trunc(days) - days;
+    // Counted from a day before all others, so that cutting off the fraction rounds.
+    constexpr qint64 before = 700'000 * millisecondsPerDay;
+    return static_cast<qint64>(days * millisecondsPerDay + (before + 0.5)) - before -
+           epochDays * millisecondsPerDay;
+}
 
 /// The instant of a DateTimeExtended value; `ticks` of 100 ns below the millisecond are rounded.
 std::optional<qint64> instantOfExtendedDate(QByteArrayView bytes);
@@ -37,11 +53,13 @@ QByteArray numericText(QByteArrayView bytes, int scale);
 /// "{00112233-4455-6677-8899-AABBCCDDEEFF}" (16 bytes).
 QByteArray guidText(QByteArrayView bytes);
 
-/// "2024-03-01T07:05:09", with ".zzz" when the milliseconds are not zero.
-QByteArray instantText(qint64 instant);
+/// Appends "2024-03-01T07:05:09", with ".zzz" when the milliseconds are not zero. The year has four
+/// digits.
+void appendInstant(QByteArray &out, qint64 instant);
 
-/// The shortest text that reads back as the same number.
-QByteArray numberText(double value);
-QByteArray numberText(float value);
+/// Appends the shortest text that reads back as the same number of the same type.
+void appendNumber(QByteArray &out, double value);
+void appendNumber(QByteArray &out, float value);
+void appendNumber(QByteArray &out, qint64 value);
 
 } // namespace mdb

@@ -11,6 +11,7 @@
 
 #include <QCoreApplication>
 
+#include <algorithm>
 #include <cstdio>
 
 namespace {
@@ -34,26 +35,21 @@ public:
         const auto size = static_cast<size_t>(buffer.size());
         if (std::fwrite(buffer.constData(), 1, size, stdout) != size || std::fflush(stdout) != 0)
             throw Error(DeviceIO, QStringLiteral("standard output cannot be written"));
-        buffer.clear();
+        buffer.resize(0); // keeps the memory
     }
 };
 
-void appendField(QByteArray &out, const QString &text)
+/// Quotes what was appended behind `start`, where that has to be. Empty texts are quoted too.
+void quoteFrom(QByteArray &out, qsizetype start)
 {
-    const QByteArray utf8 = text.toUtf8();
-    const bool quoted = utf8.isEmpty() || utf8.contains(',') || utf8.contains('"') ||
-                        utf8.contains('\n') || utf8.contains('\r');
-    if (!quoted) {
-        out += utf8;
+    const QByteArrayView field = QByteArrayView(out).sliced(start);
+    const auto isSpecial = [](char c) { return c == ',' || c == '"' || c == '\n' || c == '\r'; };
+    if (!field.isEmpty() && std::none_of(field.begin(), field.end(), isSpecial))
         return;
-    }
-    out += '"';
-    for (const char c : utf8) {
-        if (c == '"')
-            out += '"';
-        out += c;
-    }
-    out += '"';
+    QByteArray text = field.toByteArray();
+    text.replace('"', "\"\"");
+    out.truncate(start);
+    out += '"' + text + '"';
 }
 
 void listTables(const mdb::AccessFile &file, Output &output)
@@ -70,7 +66,9 @@ void printTable(mdb::AccessFile &file, const QString &name, Output &output)
     for (int i = 0; i < columns; ++i) {
         if (i > 0)
             out += ',';
-        appendField(out, table.columns[static_cast<size_t>(i)].name);
+        const qsizetype start = out.size();
+        out += table.columns[static_cast<size_t>(i)].name.toUtf8();
+        quoteFrom(out, start);
     }
     out += '\n';
 
@@ -79,8 +77,11 @@ void printTable(mdb::AccessFile &file, const QString &name, Output &output)
         for (int i = 0; i < columns; ++i) {
             if (i > 0)
                 out += ',';
-            if (!row.isNull(i))
-                appendField(out, row.text(i));
+            if (row.isNull(i))
+                continue;
+            const qsizetype start = out.size();
+            row.appendText(i, out);
+            quoteFrom(out, start);
         }
         out += '\n';
         output.flushWhenLarge();
