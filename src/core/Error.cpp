@@ -4,8 +4,7 @@ Error::Error(int errorNumber, QString errorDescription)
     : number(errorNumber)
     , description(std::move(errorDescription))
     , m_what(errorTail(*this).toUtf8())
-{
-}
+{}
 
 const char *Error::what() const noexcept
 {
@@ -14,6 +13,6 @@ const char *Error::what() const noexcept
 
 QString errorTail(const Error &error)
 {
-    return QLatin1Char('[') + QString::number(error.number) + QLatin1String("] ")
-        + error.description;
+    return QLatin1Char('[') + QString::number(error.number) + QLatin1String("] ") +
+           error.description;
 }

@@ -11,7 +11,8 @@
 
 namespace {
 
-struct HostSettings {
+struct HostSettings
+{
     QString ProductKey = QStringLiteral("VantrelV6");
     QString AppPath;
     bool AppPathRead = false;
@@ -85,7 +86,10 @@ void ensureFolder(const QString &path)
     QString message;
     if (const int status = EnsureFolder(path, message))
         LogEvent(runEvent, EventWarning,
-                 QStringLiteral("Error creating folder '%1' [%2] %3").arg(path).arg(status).arg(message));
+                 QStringLiteral("Error creating folder '%1' [%2] %3")
+                     .arg(path)
+                     .arg(status)
+                     .arg(message));
 }
 
 } // namespace

@@ -47,8 +47,8 @@ qint32 leadingInteger(QStringView text)
 qint32 roundToInteger(double value)
 {
     const double rounded = std::nearbyint(value);
-    if (!(rounded >= std::numeric_limits<qint32>::min()
-          && rounded <= std::numeric_limits<qint32>::max()))
+    if (!(rounded >= std::numeric_limits<qint32>::min() &&
+          rounded <= std::numeric_limits<qint32>::max()))
         throw Error(Overflow, QStringLiteral("Overflow: %1 is no 32-bit integer").arg(value));
     return static_cast<qint32>(rounded);
 }

@@ -35,7 +35,8 @@ QString WithBackslash(const QString &text);
 int EnsureFolder(const QString &path, QString &message);
 
 /// The root that EnsureFolder never creates and the parts below it, in order.
-struct FolderParts {
+struct FolderParts
+{
     QString root;
     QStringList parts;
 };

@@ -15,7 +15,8 @@ void setStatusSink(StatusSink sink);
 void ShowStatus(const QString &text);
 
 /// How far a run is; `done` of `all` charts.
-struct Progress {
+struct Progress
+{
     QString report;
     QString device;
     QString item;

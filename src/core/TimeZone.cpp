@@ -9,7 +9,8 @@ namespace {
 constexpr qint64 second = 1000;
 constexpr qint64 day = 86'400 * second;
 
-struct Zone {
+struct Zone
+{
     QTimeZone zone = QTimeZone::systemTimeZone();
     OffsetSpan last{0, 0, 0}; // empty: contains nothing
 };
@@ -116,8 +117,9 @@ QString zoneText(qint64 from, qint64 to)
     const qint64 first = offsetSpanAt(from).offset;
     const qint64 last = offsetSpanAt(to).offset;
     const QString id = QString::fromLatin1(local().zone.id());
-    const bool plainUtc = first == 0 && last == 0
-        && (id.isEmpty() || id == u"UTC" || id == u"Etc/UTC" || id == u"Etc/UCT" || id == u"Z");
+    const bool plainUtc =
+        first == 0 && last == 0 &&
+        (id.isEmpty() || id == u"UTC" || id == u"Etc/UTC" || id == u"Etc/UCT" || id == u"Z");
     if (plainUtc)
         return QStringLiteral("UTC");
     QString shift = offsetText(first);

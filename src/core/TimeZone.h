@@ -10,7 +10,8 @@
 /// are for the main thread; workers get finished numbers.
 
 /// A stretch of time in which one offset from UTC holds: instants from <= t < to.
-struct OffsetSpan {
+struct OffsetSpan
+{
     qint64 from = std::numeric_limits<qint64>::min();
     qint64 to = std::numeric_limits<qint64>::max();
     qint64 offset = 0; ///< milliseconds to add to an instant to get the wall time
@@ -36,8 +37,8 @@ QDateTime UTCToLocal(const QDateTime &utc);
 QDateTime wallTime(qint64 instant);
 qint64 instantOf(const QDateTime &wall);
 
-/// How the zone is named to readers of a period: "Europe/Berlin, UTC+02:00"; both offsets where they
-/// differ, "Europe/Berlin, UTC+01:00 to UTC+02:00"; "UTC".
+/// How the zone is named to readers of a period: "Europe/Berlin, UTC+02:00"; both offsets where
+/// they differ, "Europe/Berlin, UTC+01:00 to UTC+02:00"; "UTC".
 QString zoneText(qint64 from, qint64 to);
 
 /// Reads the zone afresh from the environment; for tests that change TZ.
