@@ -64,7 +64,6 @@ struct Table
     // What rows are checked by.
     int mostColumns = 0;     ///< columns that a row can have, deleted ones included
     int variableColumns = 0; ///< those of them that are variable
-    quint32 ownedPages = 0;  ///< pointer to the map of the table's pages
 
     /// Number of a column, without regard to case; -1 when there is none.
     int column(const QString &columnName) const;

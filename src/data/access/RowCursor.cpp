@@ -35,8 +35,9 @@ public:
     {
         place = {reader.path(), table.name, table.definitionPage};
         reader.forget();
-        statedRows = readStatedRows(reader, table);
-        pages = ownedPages(reader, RowPointer::from(table.ownedPages), place);
+        const TableState state = readState(reader, table);
+        statedRows = state.statedRows;
+        pages = ownedPages(reader, state.ownedPages, place);
         block.resize(static_cast<qsizetype>(pagesPerBlock) * reader.format().pageSize);
     }
 
@@ -192,7 +193,7 @@ void RowCursor::Private::checkRowCount()
     if (foundRows >= statedRows)
         return;
     reader.forget();
-    const qint64 stated = std::min(statedRows, readStatedRows(reader, table));
+    const qint64 stated = std::min(statedRows, readState(reader, table).statedRows);
     if (foundRows < stated) {
         place.fail(QStringLiteral("the table states %1 rows, but only %2 can be found")
                        .arg(stated)

@@ -24,6 +24,8 @@ RowLayout::RowLayout(const Format &format, const Table &table)
         for (auto i = static_cast<size_t>(column.number) + 1; i < m_fixedEnd.size(); ++i)
             m_fixedEnd[i] = std::max(m_fixedEnd[i], end);
     }
+    if (table.variableColumns == 0 && table.columns.size() + 1 == m_fixedEnd.size())
+        m_wholeRow = m_fixedEnd.back() + (table.mostColumns + 7) / 8;
 }
 
 RowView RowLayout::view(const char *begin, const char *end, const Place &place) const
@@ -37,6 +39,8 @@ RowView RowLayout::view(const char *begin, const char *end, const Place &place) 
     const int maskSize = (columns + 7) / 8;
     if (size < m_fixedEnd[static_cast<size_t>(columns)] + maskSize)
         place.fail(QStringLiteral("a row is shorter than its columns need"));
+    if (m_wholeRow > 0 && size > m_wholeRow)
+        place.fail(QStringLiteral("a row is longer than its columns can be"));
     return {begin, end, end - maskSize, columns};
 }
 

@@ -49,6 +49,7 @@ private:
 
     const Format *m_format;
     std::vector<int> m_fixedEnd; ///< by count of columns: where the last fixed value ends
+    int m_wholeRow = 0;          ///< most bytes of a row; 0 when that depends on its values
 };
 
 } // namespace mdb

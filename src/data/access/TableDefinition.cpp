@@ -153,7 +153,6 @@ Table readDefinition(PageReader &reader, const QString &name, quint32 page)
     table.statedRows = bytes.number(format.statedRows);
     table.mostColumns = bytes.word(format.mostColumns);
     table.variableColumns = bytes.word(format.variableColumns);
-    table.ownedPages = bytes.number(format.ownedPages);
     const int columns = bytes.word(format.columns);
     const quint32 indexes = bytes.number(format.indexes);
     if (columns == 0 || columns > table.mostColumns || table.mostColumns > mostColumnsOfAnyTable ||
@@ -171,12 +170,13 @@ Table readDefinition(PageReader &reader, const QString &name, quint32 page)
     return table;
 }
 
-qint64 readStatedRows(PageReader &reader, const Table &table)
+TableState readState(PageReader &reader, const Table &table)
 {
     const auto page = static_cast<quint32>(table.definitionPage);
     const Place place{reader.path(), table.name, page};
-    return load<quint32>(reader.page(page, DefinitionPage, place).data() +
-                         reader.format().statedRows);
+    const Bytes bytes(reader.page(page, DefinitionPage, place), place);
+    return {bytes.number(reader.format().statedRows),
+            RowPointer::from(bytes.number(reader.format().ownedPages))};
 }
 
 } // namespace mdb

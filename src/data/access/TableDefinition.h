@@ -9,7 +9,13 @@ namespace mdb {
 /// by is checked: page types, cycles, counts, column numbers and places that collide.
 Table readDefinition(PageReader &reader, const QString &name, quint32 page);
 
-/// The row count as the definition states it now.
-qint64 readStatedRows(PageReader &reader, const Table &table);
+/// What changes in a definition as rows come and go.
+struct TableState {
+    qint64 statedRows = 0;
+    RowPointer ownedPages; ///< the map of the table's pages
+};
+
+/// Reads it from the definition as it stands now.
+TableState readState(PageReader &reader, const Table &table);
 
 } // namespace mdb
