@@ -25,16 +25,40 @@ public:
     /// another one is an error. Throws Error with the database's number and description.
     virtual std::unique_ptr<Recordset> open(const QString &sql, const QStringList &wanted = {}) = 0;
 
-    /// Announces the samples that the queries to come can need. A query outside the scope is still
-    /// answered right, at the cost of another pass over the file. A server needs no such hint and
-    /// ignores it.
+    /// Announces samples that the queries to come can need; may be called for several reports in
+    /// turn, best for all of them before the first query. A query outside of what was announced is
+    /// still answered right, at the cost of another pass over the file. A server needs no such hint
+    /// and ignores it.
     virtual void expectSamples(const SampleScope &scope);
+
+    /// Looks whether the database file has changed since it was opened; if so, forgets what was
+    /// kept of it. Throws Error, and then stays as it was.
+    virtual void refresh();
+
+    /// False when a failure has ended it; OpenDatabase then opens another one.
+    virtual bool isOpen();
+
+    /// Gives back the memory of the samples and forgets which ones were announced.
+    virtual void releaseSamples();
 };
 
 /// The process's one connection; null until OpenDatabase.
 extern std::unique_ptr<Connection> gConnection;
 
-/// Makes sure that gConnection is open, and shows how it goes as status lines. On failure false;
+/// Marks a run. While one lives, OpenDatabase leaves what the open connection has read as it is, so
+/// that all reports of the run see one state of the data and read the samples once; at its end the
+/// samples are released.
+class DatabaseRun
+{
+public:
+    DatabaseRun();
+    ~DatabaseRun();
+    DatabaseRun(const DatabaseRun &) = delete;
+    DatabaseRun &operator=(const DatabaseRun &) = delete;
+};
+
+/// Makes sure that gConnection is open, and shows how it goes as status lines. Outside of a run an
+/// open connection is refreshed. On failure false;
 /// `message` then holds "Error opening database '<connection text>' [number] description", which
 /// also goes to the status line and to the event log.
 bool OpenDatabase(QString &message);

@@ -9,6 +9,9 @@
 /// The day number of an instant (milliseconds since 1970-01-01 UTC).
 double dayNumber(qint64 instant);
 
-/// The instant of a day number, rounded to the millisecond. Throws Error(Overflow) outside of the
-/// years 100 to 9999.
+/// True within the years 100 to 9999.
+bool isDayNumber(double day);
+
+/// The instant of a day number, rounded to the millisecond. Throws Error(Overflow) where
+/// isDayNumber is false.
 qint64 instantOfDay(double day);

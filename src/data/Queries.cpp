@@ -111,9 +111,14 @@ QString GetDataValuesSQL(const QString &dataIdent, const QDateTime &start, const
                QLatin1String("' as  DateTime)") + crlf +
                QLatin1String("  AND [DataValues].[iDate] <= CAST('") + isoText(end) +
                QLatin1String("' as DateTime)") + crlf + crlf + QLatin1String(" ORDER BY IDate ");
+    return accessSampleQuery(dataIdent, dayText(start), dayText(end));
+}
+
+QString accessSampleQuery(const QString &dataIdent, const QString &from, const QString &to)
+{
     return QLatin1String(" SELECT * from DataValues Where "
                          " [DataValues].[DataIDent] = ") +
-           dataIdent + QLatin1String("     AND [DataValues].[iDate] >= CDATE(") + dayText(start) +
+           dataIdent + QLatin1String("     AND [DataValues].[iDate] >= CDATE(") + from +
            QLatin1String(" )") + crlf + QLatin1String("     AND [DataValues].[iDate] <= CDATE(") +
-           dayText(end) + QLatin1String(" )") + crlf + QLatin1String(" ORDER BY iDate;");
+           to + QLatin1String(" )") + crlf + QLatin1String(" ORDER BY iDate;");
 }

@@ -12,3 +12,7 @@ QString GetDataSelectionSQL();
 QString GetStateSummarySQL(const QDateTime &start, const QDateTime &end, QString muidList);
 
 QString GetDataValuesSQL(const QString &dataIdent, const QDateTime &start, const QDateTime &end);
+
+/// The text of GetDataValuesSQL in the Access dialect around its three numbers: the item's key and
+/// the bounds as day numbers. The Access connection recognises the query by it.
+QString accessSampleQuery(const QString &dataIdent, const QString &from, const QString &to);

@@ -1,0 +1,102 @@
+#include "data/Connection.h"
+
+#include "core/Error.h"
+#include "core/Files.h"
+#include "core/State.h"
+#include "core/Status.h"
+#include "core/platform/EventLog.h"
+#include "data/odbc/ConnectionText.h"
+#include "data/odbc/OdbcConnection.h"
+#include "data/sqlite/AccessConnection.h"
+
+std::unique_ptr<Connection> gConnection;
+
+namespace {
+
+int openRuns = 0;
+
+QString accessPath()
+{
+    return gDataPath + QLatin1String("VTRGData.MDB");
+}
+
+bool usesConnectionText()
+{
+    return gGraphDataSQL || gGraphDataDSN;
+}
+
+/// How the connection is named to readers.
+QString connectionText()
+{
+    if (usesConnectionText())
+        return maskPasswords(gSQLConnect);
+    return QLatin1String("Provider='Microsoft.Jet.OLEDB.4.0';Data Source='") + accessPath() +
+           QLatin1Char('\'');
+}
+
+/// The place where kinds of connection are told apart.
+std::unique_ptr<Connection> makeConnection()
+{
+    if (usesConnectionText())
+        return std::make_unique<OdbcConnection>(gSQLConnect, gConnectionTimeout, gCommandTimeout,
+                                                gUseClientCursor);
+    return std::make_unique<AccessConnection>(nativePath(accessPath()));
+}
+
+} // namespace
+
+void Connection::expectSamples(const SampleScope &) {}
+
+void Connection::refresh() {}
+
+bool Connection::isOpen()
+{
+    return true;
+}
+
+void Connection::releaseSamples() {}
+
+DatabaseRun::DatabaseRun()
+{
+    ++openRuns;
+}
+
+DatabaseRun::~DatabaseRun()
+{
+    if (--openRuns == 0 && gConnection)
+        gConnection->releaseSamples();
+}
+
+bool OpenDatabase(QString &message)
+{
+    ShowStatus(QStringLiteral("Opening database connection."));
+    try {
+        if (!gConnection || !gConnection->isOpen()) {
+            CloseDatabase();
+            gConnection = makeConnection();
+        } else if (openRuns == 0) {
+            gConnection->refresh();
+        }
+    } catch (const Error &error) {
+        message = QLatin1String("Error opening database '") + connectionText() +
+                  QLatin1String("' ") + errorTail(error);
+        LogEvent(runEvent, EventError, message);
+        ShowStatus(message);
+        return false;
+    }
+    ShowStatus(QStringLiteral("Database Opened."));
+    return true;
+}
+
+void CloseDatabase()
+{
+    gConnection.reset();
+}
+
+StaticRecordset openStatic(const QString &sql, const QStringList &wanted)
+{
+    if (!gConnection)
+        throw Error(DatabaseError, QStringLiteral("The database connection is not open"));
+    const std::unique_ptr<Recordset> rows = gConnection->open(sql, wanted);
+    return StaticRecordset(*rows);
+}
