@@ -1,9 +1,9 @@
 # Sourced by the other scripts: installs Debian packages that are missing.
 
 build_packages=(g++ cmake ninja-build qt6-base-dev libgl1-mesa-dev libpugixml-dev libsqlite3-dev
-    zlib1g-dev libdeflate-dev)
+    zlib1g-dev libdeflate-dev unixodbc-dev)
 run_packages=(tzdata fonts-inter fonts-dejavu-core)
-test_packages=(mdbtools chromium)
+test_packages=(mdbtools chromium mariadb-server odbc-mariadb tdsodbc)
 bench_packages=(rrdtool mdbtools)
 
 # ensure_packages PACKAGE... : does nothing when all are installed.

@@ -16,6 +16,7 @@ enum ErrorNumber : int {
     PathNotFound = 76,        ///< a folder does not exist or cannot be made
     InvalidFileFormat = 321,  ///< a file's content breaks its format
     DuplicateKey = 457,       ///< a collection holds an entry with this key already
+    DatabaseTimeout = 3146,   ///< a database server does not answer, or its connection is broken
     ItemNotFound = 3265,      ///< no column, table or entry of this name
     DatabaseError = 3001,     ///< an SQL statement cannot be run
     NoCurrentRecord = 3021,   ///< a value is asked for behind the last row

@@ -1,0 +1,82 @@
+#include "data/odbc/Session.h"
+
+#include "data/odbc/ConnectionText.h"
+#include "data/odbc/Diagnostics.h"
+
+#include <array>
+
+namespace {
+
+SQLHANDLE withoutPooling()
+{
+    SQLSetEnvAttr(SQL_NULL_HANDLE, SQL_ATTR_CONNECTION_POOLING, odbcValue(SQL_CP_OFF), 0);
+    return SQL_NULL_HANDLE;
+}
+
+/// The environment behaves as ODBC 3 from here on, which connection handles need.
+SQLHANDLE asOdbc3(const OdbcHandle &environment)
+{
+    if (!environment.get())
+        throw Error(DatabaseError, QStringLiteral("The ODBC driver manager cannot be started"));
+    check(SQLSetEnvAttr(environment.get(), SQL_ATTR_ODBC_VERSION, odbcValue(SQL_OV_ODBC3), 0),
+          environment);
+    return environment.get();
+}
+
+QStringList installedDrivers(SQLHANDLE environment)
+{
+    QStringList drivers;
+    std::array<SQLWCHAR, 256> name{};
+    std::array<SQLWCHAR, 2048> attributes{};
+    SQLSMALLINT length = 0;
+    SQLSMALLINT attributesLength = 0;
+    SQLUSMALLINT direction = SQL_FETCH_FIRST;
+    while (SQL_SUCCEEDED(SQLDriversW(
+        environment, direction, name.data(), static_cast<SQLSMALLINT>(name.size()), &length,
+        attributes.data(), static_cast<SQLSMALLINT>(attributes.size()), &attributesLength))) {
+        drivers.append(QString::fromUtf16(reinterpret_cast<const char16_t *>(name.data())));
+        direction = SQL_FETCH_NEXT;
+    }
+    return drivers;
+}
+
+} // namespace
+
+OdbcSession::OdbcSession(const Settings &settings)
+    : m_environment(SQL_HANDLE_ENV, withoutPooling())
+    , m_connection(SQL_HANDLE_DBC, asOdbc3(m_environment))
+{
+    if (!m_connection.get())
+        throw odbcError(SQL_HANDLE_ENV, m_environment.get());
+    const SQLHANDLE connection = m_connection.get();
+    // Not every driver knows every attribute: what it refuses, the DriverThread's limit covers.
+    const auto set = [connection](SQLINTEGER attribute, SQLULEN value) {
+        SQLSetConnectAttrW(connection, attribute, odbcValue(value), SQL_IS_UINTEGER);
+    };
+    set(SQL_ATTR_TRACE, SQL_OPT_TRACE_OFF); // it would write passwords to a file
+    set(SQL_ATTR_ACCESS_MODE, SQL_MODE_READ_ONLY);
+    if (settings.connectionTime.count() > 0)
+        set(SQL_ATTR_LOGIN_TIMEOUT, static_cast<SQLULEN>(settings.connectionTime.count()));
+    if (settings.commandTime.count() > 0)
+        set(SQL_ATTR_CONNECTION_TIMEOUT, static_cast<SQLULEN>(settings.commandTime.count()));
+
+    const QString text = odbcText(settings.connectionText, installedDrivers(m_environment.get()));
+    check(SQLDriverConnectW(connection, nullptr, odbcString(text), SQL_NTS, nullptr, 0, nullptr,
+                            SQL_DRIVER_NOPROMPT),
+          m_connection);
+    m_isConnected = true;
+}
+
+OdbcSession::~OdbcSession()
+{
+    if (m_isConnected)
+        SQLDisconnect(m_connection.get());
+}
+
+bool OdbcSession::isAlive() const
+{
+    SQLUINTEGER isDead = SQL_CD_FALSE;
+    const SQLRETURN result = SQLGetConnectAttrW(m_connection.get(), SQL_ATTR_CONNECTION_DEAD,
+                                                &isDead, SQL_IS_UINTEGER, nullptr);
+    return !SQL_SUCCEEDED(result) || isDead == SQL_CD_FALSE;
+}
