@@ -1,5 +1,7 @@
 #include "charts/ChartFramePainter.h"
 
+#include "charts/TextCache.h"
+
 #include <algorithm>
 #include <cmath>
 
@@ -78,15 +80,25 @@ double drawHead(QPainter &painter, const ChartFrame &frame, const QRectF &inside
 
     double top = inside.top();
     const double firstBase = top + style.title.ascent();
-    drawText(painter, style.title, ink::text, inside.left(), top,
-             style.title.elided(title, titleWidth));
+    const double titleRoom =
+        style.compact && !subtitle.isEmpty()
+            ? std::max(titleWidth * 0.45, titleWidth - style.px(8) - style.subtitle.width(subtitle))
+            : titleWidth;
+    const QString shownTitle = style.title.elided(title, titleRoom);
+    drawText(painter, style.title, ink::text, inside.left(), top, shownTitle);
     if (beside)
         drawText(painter, style.label, ink::quietText, inside.right(),
                  firstBase - style.label.ascent(), period, Qt::AlignRight);
+    if (style.compact) {
+        const double left = inside.left() + style.title.width(shownTitle) + style.px(8);
+        drawText(painter, style.subtitle, ink::quietText, left, firstBase - style.subtitle.ascent(),
+                 style.subtitle.elided(subtitle, inside.left() + titleWidth - left));
+    }
     top += std::ceil(style.title.height()) + style.px(1);
-    if (!subtitle.isEmpty() || beside) {
-        drawText(painter, style.subtitle, ink::quietText, inside.left(), top,
-                 style.subtitle.elided(subtitle, titleWidth));
+    if (beside || (!subtitle.isEmpty() && !style.compact)) {
+        if (!style.compact)
+            drawText(painter, style.subtitle, ink::quietText, inside.left(), top,
+                     style.subtitle.elided(subtitle, titleWidth));
         if (beside)
             drawText(painter, style.label, ink::quietText, inside.right(),
                      top + style.subtitle.ascent() - style.label.ascent(), zone, Qt::AlignRight);
@@ -114,28 +126,23 @@ void drawMark(QPainter &painter, const LegendEntry &entry, const QRectF &box,
     const double edge = style.px(2);
     switch (entry.mark) {
     case Mark::Success:
-        painter.fillRect(box, QColor::fromRgba(ink::successFill));
-        painter.fillRect(QRectF(box.left(), box.top(), box.width(), edge),
-                         QColor::fromRgba(ink::success));
+        fillBox(painter, box, ink::successFill);
+        fillBox(painter, QRectF(box.left(), box.top(), box.width(), edge), ink::success);
         return;
     case Mark::Partial:
-        painter.fillRect(box, QColor::fromRgba(ink::partialFill));
-        painter.fillRect(QRectF(box.left(), box.top(), box.width(), std::ceil(box.height() / 2.5)),
-                         QColor::fromRgba(ink::failure));
-        return;
-    case Mark::Failure:
-        painter.fillRect(box, QColor::fromRgba(ink::failure));
+        fillBox(painter, box, ink::partialFill);
+        fillBox(painter, QRectF(box.left(), box.top(), box.width(), std::ceil(box.height() / 2.5)),
+                ink::failure);
         return;
     case Mark::NoData:
         drawNoData(painter, box, style);
         return;
     case Mark::Area:
-        painter.fillRect(box, QColor::fromRgba(ink::valueFill));
-        painter.fillRect(QRectF(box.left(), box.top(), box.width(), edge),
-                         QColor::fromRgba(ink::value));
+        fillBox(painter, box, ink::valueFill);
+        fillBox(painter, QRectF(box.left(), box.top(), box.width(), edge), ink::value);
         return;
-    case Mark::Band:
-        painter.fillRect(box, QColor::fromRgba(ink::bandFill));
+    case Mark::Solid:
+        painter.fillRect(box, entry.pen.color());
         return;
     case Mark::Line:
         break;
@@ -168,20 +175,28 @@ double entryWidth(const LegendEntry &entry, const ChartStyle &style)
     return markWidth(entry, style) + style.px(5) + style.label.width(entry.name) + value;
 }
 
-/// Places entries row by row; an entry wider than a row is shortened when drawn.
+double legendGap(const ChartStyle &style)
+{
+    return style.px(style.compact ? 8 : 14);
+}
+
+/// Places entries row by row, in the first one from `firstLeft`; an entry wider than a row is
+/// shortened when drawn.
 LegendLayout layOutLegend(const std::vector<LegendEntry> &legend, const ChartStyle &style,
-                          double width)
+                          double width, double firstLeft)
 {
     LegendLayout layout;
-    double x = 0;
+    double x = firstLeft;
     for (const LegendEntry &entry : legend) {
         const double wide = std::min(entryWidth(entry, style), width);
-        if (layout.rows == 0 || x + wide > width) {
+        if (layout.rows == 0)
+            layout.rows = 1;
+        if (x > 0 && x + wide > width) {
             ++layout.rows;
             x = 0;
         }
         layout.places.push_back({x, layout.rows - 1, wide});
-        x += wide + style.px(16);
+        x += wide + legendGap(style);
     }
     return layout;
 }
@@ -210,15 +225,18 @@ double drawLegend(QPainter &painter, const QRectF &inside, double top, const Cha
                   const ChartSurroundings &surroundings)
 {
     const double rowHeight = std::ceil(style.label.height()) + style.px(2);
-    const LegendLayout layout = layOutLegend(surroundings.legend, style, inside.width());
     const QString axisTitle = style.label.elided(oneLine(surroundings.axisTitle), inside.width());
     const double titleWidth = style.label.width(axisTitle);
-    const double legendWidth =
-        layout.rows != 1 ? inside.width() : layout.places.back().x + layout.places.back().width;
-    const bool beside =
-        layout.rows == 1 && titleWidth + style.px(24) + legendWidth <= inside.width();
+    const double besideTitle = axisTitle.isEmpty() ? 0 : titleWidth + style.px(16);
+    LegendLayout layout = layOutLegend(surroundings.legend, style, inside.width(), besideTitle);
+    const bool beside = layout.rows <= 1 || style.compact;
+    if (!beside)
+        layout = layOutLegend(surroundings.legend, style, inside.width(), 0);
 
-    const double left = beside ? inside.right() - legendWidth : inside.left();
+    const bool flushRight = beside && layout.rows == 1;
+    const double left = flushRight
+                            ? inside.right() - layout.places.back().x - layout.places.back().width
+                            : inside.left();
     for (size_t i = 0; i < layout.places.size(); ++i) {
         const LegendLayout::Place &place = layout.places[i];
         drawLegendEntry(painter, surroundings.legend[i], left + place.x,
@@ -243,10 +261,20 @@ void drawText(QPainter &painter, const TypeFace &face, QRgb color, double x, dou
         left -= face.width(text);
     else if (alignment & Qt::AlignHCenter)
         left -= face.width(text) / 2;
-    painter.setFont(face.font());
+    // Texts stand on whole pixels, which keeps them crisp.
+    const QPointF baseline(std::round(left), std::round(top + face.ascent()));
     painter.setPen(QColor::fromRgba(color));
-    // Letters stand on whole pixels: crisper, and a glyph is drawn once for all of its places.
-    painter.drawText(QPointF(std::round(left), std::round(top + face.ascent())), text);
+    if (TextCache *cache = TextCache::current()) {
+        cache->draw(painter, face.font(), baseline, text);
+        return;
+    }
+    painter.setFont(face.font());
+    painter.drawText(baseline, text);
+}
+
+void fillBox(QPainter &painter, const QRectF &box, QRgb color)
+{
+    painter.fillRect(box.toRect(), QColor::fromRgba(color));
 }
 
 QPen linePen(QRgb color, double width, const QList<qreal> &dashes)
@@ -260,7 +288,7 @@ QPen linePen(QRgb color, double width, const QList<qreal> &dashes)
 
 void drawNoData(QPainter &painter, const QRectF &area, const ChartStyle &style)
 {
-    painter.fillRect(area, QColor::fromRgba(ink::noDataFill));
+    fillBox(painter, area, ink::noDataFill);
     painter.save();
     painter.setClipRect(area, Qt::IntersectClip);
     painter.setPen(linePen(ink::noDataHatch, 1));
@@ -281,11 +309,12 @@ void drawNoDataMessage(QPainter &painter, const QRectF &plot, const ChartStyle &
     const QString text = style.title.elided(QStringLiteral("No data in this period"), plot.width());
     const double width = style.title.width(text) + style.px(24);
     const double height = style.title.height() + style.px(12);
-    painter.fillRect(QRectF(std::round(plot.center().x() - width / 2),
-                            std::round(plot.center().y() - height / 2), std::round(width),
-                            std::round(height))
-                         .intersected(plot),
-                     QColor::fromRgba(ink::ground));
+    fillBox(painter,
+            QRectF(std::round(plot.center().x() - width / 2),
+                   std::round(plot.center().y() - height / 2), std::round(width),
+                   std::round(height))
+                .intersected(plot),
+            ink::ground);
     drawText(painter, style.title, ink::quietText, plot.center().x(),
              plot.center().y() - style.title.height() / 2, text, Qt::AlignHCenter);
 }
@@ -314,17 +343,17 @@ QRectF drawSurroundings(QPainter &painter, const ChartFrame &frame, const QSizeF
     painter.setRenderHint(QPainter::Antialiasing, style.smooth);
     painter.setRenderHint(QPainter::TextAntialiasing, frame.quality >= 1);
     const QRectF all(QPointF(0, 0), size);
-    painter.fillRect(all, QColor::fromRgba(ink::border));
-    painter.fillRect(all.adjusted(1, 1, -1, -1), QColor::fromRgba(ink::ground));
+    fillBox(painter, all, ink::border);
+    fillBox(painter, all.adjusted(1, 1, -1, -1), ink::ground);
 
-    const double side = style.px(16);
-    const QRectF inside =
-        all.adjusted(side, style.px(12), -side, -style.px(size.height() < 300 ? 6 : 10));
+    const double side = style.px(style.compact ? 10 : 16);
+    const QRectF inside = all.adjusted(side, style.px(style.compact ? 6 : 12), -side,
+                                       -style.px(style.compact ? 5 : 10));
     const double foot = drawFoot(painter, frame, inside, style, surroundings.footers);
     double top = drawHead(painter, frame, inside, style);
-    top += style.px(size.height() < 300 ? 3 : 10);
+    top += style.px(style.compact ? 3 : 10);
     top = drawLegend(painter, inside, top, style, surroundings);
-    const double gap = style.px(size.height() < 300 ? 3 : 6);
+    const double gap = style.px(style.compact ? 2 : 6);
     return QRectF(QPointF(inside.left(), top + gap),
                   QPointF(inside.right(), std::max(top + gap + 1, foot - gap)));
 }

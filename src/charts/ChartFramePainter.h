@@ -12,14 +12,14 @@
 /// What all charts share: ground, header, legend, footer, and the texts of the axes.
 
 /// How a legend entry is marked; the same marks as in the plot.
-enum class Mark { Success, Partial, Failure, NoData, Area, Band, Line };
+enum class Mark { Success, Partial, NoData, Area, Solid, Line };
 
 struct LegendEntry
 {
     Mark mark = Mark::Line;
     QString name;
     QString value; ///< set apart by its weight; may be empty
-    QPen pen = {}; ///< of a line
+    QPen pen = {}; ///< of a line; its colour is that of a solid mark
 };
 
 /// What stands around a plot.
@@ -38,6 +38,9 @@ QRectF drawSurroundings(QPainter &painter, const ChartFrame &frame, const QSizeF
 /// Draws a text whose ascent begins at `top`; `x` is its left end, middle or right end.
 void drawText(QPainter &painter, const TypeFace &face, QRgb color, double x, double top,
               const QString &text, Qt::Alignment alignment = Qt::AlignLeft);
+
+/// Fills a rectangle that lies on whole logical pixels (else it is rounded to them).
+void fillBox(QPainter &painter, const QRectF &box, QRgb color);
 
 /// A pen in whole or fractional logical pixels with flat ends; `dashes` in pen widths.
 QPen linePen(QRgb color, double width, const QList<qreal> &dashes = {});

@@ -2,6 +2,7 @@
 
 #include "charts/ChartPainter.h"
 #include "charts/ImageFile.h"
+#include "charts/TextCache.h"
 #include "core/Files.h"
 
 #include <algorithm>
@@ -12,6 +13,12 @@ namespace {
 
 /// Enough waiting jobs for each worker that it never runs dry while the main thread reads data.
 constexpr size_t waitingPerThread = 8;
+
+Compression compressionOf(const Chart &chart)
+{
+    const int quality = std::visit([](const auto &kind) { return kind.frame.quality; }, chart);
+    return quality <= 0 ? Compression::Small : Compression::Fast;
+}
 
 Outcome outcomeOf(const std::function<void()> &work)
 {
@@ -52,7 +59,7 @@ ChartPool::~ChartPool()
 PendingOutcome ChartPool::submit(Chart chart, QString path, QString format)
 {
     return enqueue(path, [chart = std::move(chart), path, format = std::move(format)] {
-        saveFile(path, encodeImage(drawChart(chart), format));
+        saveFile(path, encodeImage(drawChart(chart), format, compressionOf(chart)));
     });
 }
 
@@ -77,6 +84,7 @@ PendingOutcome ChartPool::enqueue(QString path, std::function<void()> work)
 
 void ChartPool::run()
 {
+    TextCache texts;
     std::unique_lock lock(m_mutex);
     while (true) {
         m_changed.wait(lock, [this] { return m_stopping || !m_queue.empty(); });

@@ -1,5 +1,7 @@
 #include "charts/ChartStyle.h"
 
+#include "charts/TextCache.h"
+
 #include <QFontDatabase>
 #include <QRawFont>
 
@@ -38,6 +40,13 @@ TypeFace::TypeFace(double pixels, QFont::Weight weight, bool isSmooth)
     , m_metrics(m_font)
 {}
 
+double TypeFace::width(const QString &text) const
+{
+    if (TextCache *cache = TextCache::current())
+        return cache->width(m_font, text);
+    return m_metrics.horizontalAdvance(text);
+}
+
 QString TypeFace::elided(const QString &text, double available) const
 {
     if (width(text) <= available)
@@ -49,6 +58,7 @@ QString TypeFace::elided(const QString &text, double available) const
 ChartStyle::ChartStyle(const QSizeF &logicalSize, int quality)
     : scale(scaleFor(logicalSize))
     , smooth(quality >= 2)
+    , compact(logicalSize.height() < 280)
     , title(15 * scale, QFont::DemiBold, quality >= 1)
     , subtitle(12 * scale, QFont::Normal, quality >= 1)
     , label(11 * scale, QFont::Normal, quality >= 1)

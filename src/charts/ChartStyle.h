@@ -15,16 +15,16 @@ inline constexpr QRgb border = 0xFFD8DEE6;
 inline constexpr QRgb text = 0xFF1B2733;
 inline constexpr QRgb quietText = 0xFF5A6675;
 inline constexpr QRgb grid = 0x18142C48; ///< laid over areas, so that it shows through them
+inline constexpr QRgb fineGrid = 0x10142C48;
 inline constexpr QRgb axis = 0xFF8A95A3;
 
 inline constexpr QRgb success = 0xFF0B6BAF; ///< edge of what is wholly well
 inline constexpr QRgb successFill = 0xFFC9E1F4;
-inline constexpr QRgb partialFill = 0xFFFBE3BC; ///< the part that succeeded beside failures
+inline constexpr QRgb partialFill = 0xFFF7CD8C; ///< the part that succeeded beside failures
 inline constexpr QRgb failure = 0xFFD4500C;
 inline constexpr QRgb successBar = 0xFF6FB1DD;
-inline constexpr QRgb partialBar = 0xFFF2C583;
-inline constexpr QRgb noDataFill = 0xFFF3F5F7;
-inline constexpr QRgb noDataHatch = 0xFFC3CAD3;
+inline constexpr QRgb noDataFill = 0xFFECEFF3;
+inline constexpr QRgb noDataHatch = 0xFFBFC7D1;
 
 inline constexpr QRgb value = 0xFF008000;
 inline constexpr QRgb valueFill = 0xFFDFF0DF;
@@ -40,7 +40,7 @@ class TypeFace
 public:
     TypeFace(double pixels, QFont::Weight weight, bool smooth);
 
-    double width(const QString &text) const { return m_metrics.horizontalAdvance(text); }
+    double width(const QString &text) const;
     double ascent() const { return m_metrics.ascent(); }
     double height() const { return m_metrics.ascent() + m_metrics.descent(); }
     QString elided(const QString &text, double width) const;
@@ -61,6 +61,7 @@ struct ChartStyle
 
     double scale; ///< 1 at 640 by 390
     bool smooth;  ///< antialiased
+    bool compact; ///< so low that the plot needs the room of everything that can do with less
     TypeFace title;
     TypeFace subtitle;
     TypeFace label;

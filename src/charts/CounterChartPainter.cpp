@@ -47,11 +47,11 @@ std::vector<LegendEntry> legendOf(const CounterChart &chart, const CounterStatis
     if (statistics.count() == 0)
         return {};
     const int period = movingPeriod(static_cast<qsizetype>(chart.series.buckets.size()));
-    std::vector<LegendEntry> legend = {{Mark::Area, QStringLiteral("Mean"), {}},
-                                       {Mark::Band, QStringLiteral("Least to greatest"), {}},
-                                       {Mark::Line, QStringLiteral("95th Percentile"),
-                                        readableValue(statistics.percentile95, chart.unit),
-                                        lines.percentile}};
+    std::vector<LegendEntry> legend = {
+        {Mark::Area, QStringLiteral("Mean"), {}},
+        {Mark::Solid, QStringLiteral("Min to max"), {}, linePen(ink::bandFill, 1)},
+        {Mark::Line, QStringLiteral("95th Percentile"),
+         readableValue(statistics.percentile95, chart.unit), lines.percentile}};
     if (hasMoving)
         legend.push_back({Mark::Line, QStringLiteral("Moving x%1").arg(period), {}, lines.moving});
     legend.push_back({Mark::Line, QStringLiteral("Sample Avg."),
@@ -111,7 +111,7 @@ void paintCounterChart(QPainter &painter, const CounterChart &chart, const QSize
                         });
     if (statistics.count() == 0) {
         plot.drawGrid(painter);
-        plot.drawAxes(painter);
+        plot.drawTimes(painter);
         drawNoDataMessage(painter, plot.area(), style);
         return;
     }
@@ -120,10 +120,12 @@ void paintCounterChart(QPainter &painter, const CounterChart &chart, const QSize
     drawArea(painter, curve, base, QColor::fromRgba(ink::valueFill));
     drawBand(painter, curve, QColor::fromRgba(ink::bandFill));
     plot.drawGrid(painter);
-    drawValues(painter, curve, linePen(ink::value, std::max(1.0, 1.5 * style.scale)));
+    plot.drawTimeGrid(painter);
     drawLevel(painter, plot, statistics.mean, lines.average);
     drawLevel(painter, plot, statistics.percentile95, lines.percentile);
+    drawValues(painter, curve, linePen(ink::value, std::max(1.0, 1.5 * style.scale)));
     if (hasMoving)
         drawPoints(painter, chart.series, moving, plot, lines.moving);
-    plot.drawAxes(painter);
+    plot.drawValues(painter);
+    plot.drawTimes(painter);
 }

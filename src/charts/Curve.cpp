@@ -1,5 +1,7 @@
 #include "charts/Curve.h"
 
+#include "charts/Coverage.h"
+
 #include <QPolygonF>
 
 #include <algorithm>
@@ -65,11 +67,16 @@ QPolygonF outline(const Run &run, double CurvePoint::*upper, double CurvePoint::
     return polygon;
 }
 
-void fill(QPainter &painter, const QPolygonF &polygon, const QColor &color)
+/// A bucket between gaps gets a dot, so that it is seen where buckets are narrow.
+void drawLoneValue(QPainter &painter, const QPolygonF &line, const QPen &pen)
 {
+    const double radius = pen.widthF() * 1.8;
+    const bool isLone = line.size() == 3 && line.last().x() - line.first().x() < radius * 4;
+    if (!isLone)
+        return;
     painter.setPen(Qt::NoPen);
-    painter.setBrush(color);
-    painter.drawPolygon(polygon, Qt::WindingFill);
+    painter.setBrush(pen.color());
+    painter.drawEllipse(line[1], radius, radius);
     painter.setBrush(Qt::NoBrush);
 }
 
@@ -109,6 +116,7 @@ Curve curveOf(const DataSeries &series, const TimePlot &plot)
 
 void drawArea(QPainter &painter, const Curve &curve, double base, const QColor &color)
 {
+    QList<QPolygonF> shapes;
     for (const Run &run : curve.runs) {
         QPolygonF polygon;
         polygon.reserve(static_cast<qsizetype>(run.size()) + 2);
@@ -116,37 +124,42 @@ void drawArea(QPainter &painter, const Curve &curve, double base, const QColor &
         for (const CurvePoint &point : run)
             polygon.append(QPointF(point.x, point.high));
         polygon.append(QPointF(run.back().x, base));
-        fill(painter, polygon, color);
+        shapes.append(polygon);
     }
+    fillShapes(painter, shapes, color);
 }
 
 void drawBand(QPainter &painter, const Curve &curve, const QColor &color)
 {
+    QList<QPolygonF> shapes;
     for (const Run &run : curve.runs)
-        fill(painter, outline(run, &CurvePoint::top, &CurvePoint::bottom), color);
+        shapes.append(outline(run, &CurvePoint::top, &CurvePoint::bottom));
+    fillShapes(painter, shapes, color);
 }
 
 void drawValues(QPainter &painter, const Curve &curve, const QPen &pen)
 {
-    if (!curve.dense) {
-        painter.setPen(pen);
-        for (const Run &run : curve.runs) {
-            QPolygonF line;
-            line.reserve(static_cast<qsizetype>(run.size()));
-            for (const CurvePoint &point : run)
-                line.append(QPointF(point.x, point.first));
-            painter.drawPolyline(line);
+    if (curve.dense) {
+        // So many values form a ribbon; a stroke of every to and fro would only smear it.
+        const double half = pen.widthF() / 2;
+        QList<QPolygonF> shapes;
+        for (Run run : curve.runs) {
+            for (CurvePoint &point : run) {
+                point.high -= half;
+                point.low += half;
+            }
+            shapes.append(outline(run, &CurvePoint::high, &CurvePoint::low));
         }
+        fillShapes(painter, shapes, pen.color());
         return;
     }
-    // So many values form a ribbon; a stroke of every to and fro would cost a hundred times more.
-    const double half = pen.widthF() / 2;
-    for (Run run : curve.runs) {
-        for (CurvePoint &point : run) {
-            point.high -= half;
-            point.low += half;
-        }
-        fill(painter, outline(run, &CurvePoint::high, &CurvePoint::low), pen.color());
+    for (const Run &run : curve.runs) {
+        QPolygonF line;
+        line.reserve(static_cast<qsizetype>(run.size()));
+        for (const CurvePoint &point : run)
+            line.append(QPointF(point.x, point.first));
+        strokeCurve(painter, line, pen);
+        drawLoneValue(painter, line, pen);
     }
 }
 
@@ -154,11 +167,10 @@ void drawPoints(QPainter &painter, const DataSeries &series,
                 const std::vector<std::optional<double>> &values, const TimePlot &plot,
                 const QPen &pen)
 {
-    painter.setPen(pen);
     QPolygonF line;
     const auto flush = [&] {
         if (line.size() > 1)
-            painter.drawPolyline(line);
+            strokeCurve(painter, line, pen);
         line.clear();
     };
     for (size_t i = 0; i < values.size(); ++i) {

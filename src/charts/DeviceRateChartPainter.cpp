@@ -2,6 +2,7 @@
 #include "charts/ChartPainter.h"
 #include "charts/ChartStatistics.h"
 #include "charts/ValueAxis.h"
+#include "core/Numbers.h"
 
 #include <algorithm>
 #include <cmath>
@@ -95,8 +96,8 @@ void drawGrid(QPainter &painter, const Layout &layout, const ChartStyle &style,
     double end = layout.nameLeft;
     for (size_t i = 0; i < layout.axis.ticks.size(); ++i) {
         const double x = layout.x(layout.axis.ticks[i]);
-        painter.fillRect(QRectF(std::round(x), layout.bars.top(), thickness, layout.bars.height()),
-                         QColor::fromRgba(i == 0 ? ink::axis : ink::grid));
+        fillBox(painter, QRectF(std::round(x), layout.bars.top(), thickness, layout.bars.height()),
+                i == 0 ? ink::axis : ink::grid);
         const QString &label = layout.axis.labels[i];
         const double half = style.label.width(label) / 2;
         if (x - half < end)
@@ -139,9 +140,9 @@ void drawRow(QPainter &painter, const Layout &layout, size_t row, const Device &
     if (device.failures > 0)
         split = std::min(end, std::max(left + style.px(3),
                                        std::round(layout.x(static_cast<double>(device.failures)))));
-    painter.fillRect(QRectF(left, barTop, split - left, thickness), QColor::fromRgba(ink::failure));
-    painter.fillRect(QRectF(split, barTop, end - split, thickness),
-                     QColor::fromRgba(flawless ? ink::successBar : ink::partialBar));
+    fillBox(painter, QRectF(left, barTop, split - left, thickness), ink::failure);
+    fillBox(painter, QRectF(split, barTop, end - split, thickness),
+            flawless ? ink::successBar : ink::partialFill);
 }
 
 } // namespace
@@ -167,9 +168,17 @@ void paintDeviceRateChart(QPainter &painter, const DeviceRateChart &chart, const
         hasGaps = hasGaps || !device.hasData;
     }
     std::vector<LegendEntry> legend;
-    if (successes + failures > 0)
-        legend = {{Mark::Failure, QStringLiteral("Critical"), QString::number(failures)},
-                  {Mark::Success, QStringLiteral("Success"), QString::number(successes)}};
+    if (successes + failures > 0) {
+        legend.push_back({Mark::Solid, QStringLiteral("Critical"),
+                          groupedNumber(static_cast<double>(failures), 0),
+                          linePen(ink::failure, 1)});
+        legend.push_back({Mark::Solid, QStringLiteral("Success"),
+                          groupedNumber(static_cast<double>(successes), 0),
+                          linePen(ink::successBar, 1)});
+    }
+    if (failures > 0)
+        legend.push_back(
+            {Mark::Solid, QStringLiteral("With failures"), {}, linePen(ink::partialFill, 1)});
     if (hasGaps)
         legend.push_back({Mark::NoData, QStringLiteral("No data"), {}});
     const QRectF room =

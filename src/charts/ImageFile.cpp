@@ -12,9 +12,10 @@
 
 namespace {
 
-/// Charts are flat areas: this level finds their repetitions, higher ones take many times as long
-/// for a few per cent.
-constexpr int deflateLevel = 6;
+/// Charts are flat areas, whose repetitions the fastest level finds as well; the next ones take
+/// half as long again for a few per cent.
+constexpr int fastLevel = 1;
+constexpr int smallLevel = 9;
 
 struct FreeCompressor
 {
@@ -25,13 +26,17 @@ struct FreeCompressor
 };
 using Compressor = std::unique_ptr<libdeflate_compressor, FreeCompressor>;
 
-/// A compressor is large and slow to set up: one for each thread.
-libdeflate_compressor *compressor()
+/// A compressor is large and slow to set up: one for each thread and level.
+libdeflate_compressor *compressorFor(Compression compression)
 {
-    thread_local const Compressor instance(libdeflate_alloc_compressor(deflateLevel));
-    if (!instance)
+    thread_local const Compressor fast(libdeflate_alloc_compressor(fastLevel));
+    thread_local Compressor small;
+    if (compression == Compression::Small && !small)
+        small.reset(libdeflate_alloc_compressor(smallLevel));
+    libdeflate_compressor *wanted = (compression == Compression::Small ? small : fast).get();
+    if (!wanted)
         throw Error(Overflow, QStringLiteral("No memory to compress an image"));
-    return instance.get();
+    return wanted;
 }
 
 void appendNumber(QByteArray &bytes, quint32 number)
@@ -49,13 +54,14 @@ void appendChunk(QByteArray &file, QByteArrayView type, QByteArrayView content)
     appendNumber(file, libdeflate_crc32(0, file.constData() + start, length));
 }
 
-QByteArray compressed(const QByteArray &rows)
+QByteArray compressed(const QByteArray &rows, Compression compression)
 {
+    libdeflate_compressor *compressor = compressorFor(compression);
     const auto length = static_cast<size_t>(rows.size());
-    QByteArray result(static_cast<qsizetype>(libdeflate_zlib_compress_bound(compressor(), length)),
+    QByteArray result(static_cast<qsizetype>(libdeflate_zlib_compress_bound(compressor, length)),
                       Qt::Uninitialized);
     const size_t written = libdeflate_zlib_compress(
-        compressor(), rows.constData(), length, result.data(), static_cast<size_t>(result.size()));
+        compressor, rows.constData(), length, result.data(), static_cast<size_t>(result.size()));
     result.truncate(static_cast<qsizetype>(written));
     return result;
 }
@@ -103,7 +109,7 @@ QByteArray colorRows(const QImage &image)
 
 } // namespace
 
-QByteArray encodePng(const QImage &source)
+QByteArray encodePng(const QImage &source, Compression compression)
 {
     constexpr char palettedType = 3;
     constexpr char colorType = 2;
@@ -128,17 +134,18 @@ QByteArray encodePng(const QImage &source)
                 .append(static_cast<char>(qBlue(color)));
         appendChunk(file, "PLTE", palette);
     }
-    appendChunk(file, "IDAT",
-                compressed(indexed ? palettedRows(*indexed, depth) : colorRows(image)));
+    appendChunk(
+        file, "IDAT",
+        compressed(indexed ? palettedRows(*indexed, depth) : colorRows(image), compression));
     appendChunk(file, "IEND", {});
     return file;
 }
 
-QByteArray encodeImage(const QImage &image, const QString &format)
+QByteArray encodeImage(const QImage &image, const QString &format, Compression compression)
 {
     const QString name = format.trimmed();
     if (name.isEmpty() || name.compare(u"PNG", Qt::CaseInsensitive) == 0)
-        return encodePng(image);
+        return encodePng(image, compression);
     const QByteArray wanted = name.toLower().toUtf8();
     if (!QImageWriter::supportedImageFormats().contains(wanted))
         throw Error(InvalidFileFormat, QStringLiteral("Unknown image format '%1'").arg(name));

@@ -1,15 +1,17 @@
 #include "charts/Palette.h"
 
 #include <algorithm>
-#include <array>
 #include <cstdlib>
+#include <cstring>
 
 namespace {
 
 constexpr size_t mostColors = 256;
+constexpr size_t keptColors = 64; ///< inks, and what else fills areas
 constexpr QRgb opaque = 0xFF000000;
 
-/// The colours of an image with their frequencies: a hash table without deletion.
+/// The colours of an image with their frequencies (in rows unlike the one above): a hash table
+/// without deletion.
 class ColorTable
 {
 public:
@@ -36,6 +38,12 @@ public:
         }
         return &m_entries[at];
     }
+
+    quint16 placeOf(const Entry *entry) const
+    {
+        return static_cast<quint16>(entry - m_entries.data());
+    }
+    const Entry &at(quint16 place) const { return m_entries[place]; }
 
     /// By frequency, most frequent first; equal ones by colour, so that the order is always the
     /// same.
@@ -65,27 +73,82 @@ int distance(QRgb a, QRgb b)
                      std::abs(qBlue(a) - qBlue(b))});
 }
 
-/// Gives every colour its number; the most frequent ones are kept, and of the rest those that no
-/// kept one is near enough to. False when that makes too many.
-bool chooseColors(const std::vector<ColorTable::Entry *> &entries, std::vector<QRgb> &colors)
+/// The palette in the making. Colours that share the upper bits of their channels are mostly near
+/// each other, so that few need the search through the whole palette.
+class Palette
 {
-    const size_t kept = entries.size() <= mostColors ? entries.size() : mostColors / 2;
-    for (size_t i = 0; i < entries.size(); ++i) {
-        ColorTable::Entry &entry = *entries[i];
-        size_t nearest = colors.size();
+public:
+    /// The number of a colour that is near enough, the nearest one first; none: -1.
+    int find(QRgb color)
+    {
+        const size_t cell = cellOf(color);
+        if (m_cells[cell] >= 0 && distance(color, colors[numberIn(cell)]) <= paletteTolerance)
+            return m_cells[cell];
+        int number = -1;
         int least = paletteTolerance + 1;
-        for (size_t k = 0; i >= kept && k < colors.size() && least > 0; ++k) {
-            if (const int away = distance(entry.color, colors[k]); away < least) {
+        for (size_t i = 0; i < colors.size(); ++i) {
+            if (const int away = distance(color, colors[i]); away < least) {
                 least = away;
-                nearest = k;
+                number = static_cast<int>(i);
             }
         }
-        if (nearest == colors.size()) {
-            if (colors.size() == mostColors)
-                return false;
-            colors.push_back(entry.color);
-        }
-        entry.number = static_cast<uchar>(nearest);
+        m_cells[cell] = static_cast<qint16>(number);
+        return number;
+    }
+
+    /// The new colour's number; -1 when there are too many.
+    int add(QRgb color)
+    {
+        if (colors.size() == mostColors)
+            return -1;
+        colors.push_back(color);
+        const int number = static_cast<int>(colors.size()) - 1;
+        m_cells[cellOf(color)] = static_cast<qint16>(number);
+        return number;
+    }
+
+    std::vector<QRgb> colors;
+
+private:
+    static size_t cellOf(QRgb color)
+    {
+        return static_cast<size_t>((qRed(color) >> 4) << 8 | (qGreen(color) >> 4) << 4 |
+                                   qBlue(color) >> 4);
+    }
+    size_t numberIn(size_t cell) const { return static_cast<size_t>(m_cells[cell]); }
+
+    std::vector<qint16> m_cells = std::vector<qint16>(16 * 16 * 16, -1);
+};
+
+/// Gives every colour its number; the most frequent ones are kept, and of the rest those that no
+/// kept one is near enough to. False when that makes too many.
+bool chooseColors(const std::vector<ColorTable::Entry *> &entries, Palette &palette)
+{
+    const bool all = entries.size() <= mostColors;
+    for (size_t i = 0; i < entries.size(); ++i) {
+        ColorTable::Entry &entry = *entries[i];
+        int number = all || i < keptColors ? -1 : palette.find(entry.color);
+        if (number < 0)
+            number = palette.add(entry.color);
+        if (number < 0)
+            return false;
+        entry.number = static_cast<uchar>(number);
+    }
+    return true;
+}
+
+/// Calls `use(color, length)` for each stretch of one colour until it returns false; whether it
+/// never did.
+template <typename Use>
+bool forEachRun(const QRgb *line, int width, Use use)
+{
+    for (int x = 0; x < width;) {
+        const int from = x;
+        const QRgb color = line[x];
+        while (x < width && line[x] == color)
+            ++x;
+        if (!use(color, x - from))
+            return false;
     }
     return true;
 }
@@ -94,38 +157,45 @@ bool chooseColors(const std::vector<ColorTable::Entry *> &entries, std::vector<Q
 
 std::optional<PalettedImage> paletted(const QImage &image)
 {
-    ColorTable table;
+    const int width = image.width();
+    const int height = image.height();
     const auto row = [&](int y) { return reinterpret_cast<const QRgb *>(image.constScanLine(y)); };
-    for (int y = 0; y < image.height(); ++y) {
-        const QRgb *line = row(y);
-        for (int x = 0; x < image.width();) {
-            const int from = x;
-            const QRgb color = line[x];
-            while (x < image.width() && line[x] == color)
-                ++x;
+    const auto sameAsAbove = [&](int y) {
+        return y > 0 &&
+               std::memcmp(row(y), row(y - 1), static_cast<size_t>(width) * sizeof(QRgb)) == 0;
+    };
+
+    // First every pixel gets the place of its colour in the table, then the number in the palette.
+    ColorTable table;
+    thread_local std::vector<quint16> places; // half a megabyte, used again by the next image
+    places.resize(static_cast<size_t>(width) * static_cast<size_t>(height));
+    quint16 *place = places.data();
+    for (int y = 0; y < height; ++y) {
+        if (sameAsAbove(y)) {
+            place = std::copy_n(place - width, width, place);
+            continue;
+        }
+        const bool complete = forEachRun(row(y), width, [&](QRgb color, int length) {
             ColorTable::Entry *entry = table.find(color | opaque);
             if (!entry)
-                return {};
-            entry->count += static_cast<uint>(x - from);
-        }
+                return false;
+            entry->count += static_cast<uint>(length);
+            place = std::fill_n(place, length, table.placeOf(entry));
+            return true;
+        });
+        if (!complete)
+            return {};
     }
 
     PalettedImage result;
-    if (!chooseColors(table.byFrequency(), result.colors))
+    Palette palette;
+    if (!chooseColors(table.byFrequency(), palette))
         return {};
-    result.width = image.width();
-    result.height = image.height();
-    result.pixels.resize(static_cast<size_t>(image.width()) * static_cast<size_t>(image.height()));
-    uchar *pixel = result.pixels.data();
-    for (int y = 0; y < image.height(); ++y) {
-        const QRgb *line = row(y);
-        for (int x = 0; x < image.width();) {
-            const int from = x;
-            const QRgb color = line[x];
-            while (x < image.width() && line[x] == color)
-                ++x;
-            pixel = std::fill_n(pixel, x - from, table.find(color | opaque)->number);
-        }
-    }
+    result.colors = std::move(palette.colors);
+    result.width = width;
+    result.height = height;
+    result.pixels.resize(places.size());
+    std::transform(places.begin(), places.end(), result.pixels.begin(),
+                   [&](quint16 at) { return table.at(at).number; });
     return result;
 }

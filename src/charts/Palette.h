@@ -23,4 +23,5 @@ struct PalettedImage
 /// not possible. `image` has 32 bits a pixel; its alpha channel is ignored.
 std::optional<PalettedImage> paletted(const QImage &image);
 
-inline constexpr int paletteTolerance = 10; ///< of 255
+/// Of 255. Inks lie further apart, so that no thin line merges with what lies behind it.
+inline constexpr int paletteTolerance = 16;

@@ -36,40 +36,52 @@ void TimePlot::drawGrid(QPainter &painter) const
     const double thickness = std::max(1.0, std::floor(m_style.scale));
     for (size_t i = 1; i < m_values.ticks.size(); ++i) {
         const double line = std::round(y(m_values.ticks[i]));
-        painter.fillRect(QRectF(m_area.left(), line, m_area.width(), thickness),
-                         QColor::fromRgba(ink::grid));
+        fillBox(painter, QRectF(m_area.left(), line, m_area.width(), thickness), ink::grid);
     }
 }
 
-void TimePlot::drawAxes(QPainter &painter) const
+void TimePlot::drawTimeGrid(QPainter &painter) const
 {
     const double thickness = std::max(1.0, std::floor(m_style.scale));
-    const QColor axisColor = QColor::fromRgba(ink::axis);
-    const double zero = m_values.least < 0 && m_values.greatest > 0 ? y(0) : m_area.bottom();
-    painter.fillRect(QRectF(m_area.left(), std::round(zero), m_area.width(), thickness), axisColor);
+    for (const TimeTick &tick : m_times.ticks) {
+        if (tick.onEdge && tick.x >= 1)
+            fillBox(painter,
+                    QRectF(std::round(m_area.left() + tick.x), m_area.top(), thickness,
+                           m_area.height()),
+                    ink::fineGrid);
+    }
+}
 
-    const double textHeight = m_style.label.height();
+void TimePlot::drawValues(QPainter &painter) const
+{
+    const double right = m_area.left() - m_style.px(7);
     for (size_t i = 0; i < m_values.ticks.size(); ++i)
-        drawText(painter, m_style.label, ink::quietText, m_area.left() - m_style.px(7),
-                 y(m_values.ticks[i]) - textHeight / 2,
-                 m_style.label.elided(m_values.labels[i],
-                                      m_area.left() - m_style.px(7) - m_room.left() + 0.01),
+        drawText(painter, m_style.label, ink::quietText, right,
+                 y(m_values.ticks[i]) - m_style.label.height() / 2,
+                 m_style.label.elided(m_values.labels[i], right - m_room.left() + 0.01),
                  Qt::AlignRight);
+}
+
+void TimePlot::drawTimes(QPainter &painter) const
+{
+    const double thickness = std::max(1.0, std::floor(m_style.scale));
+    const double zero = m_values.least < 0 && m_values.greatest > 0 ? y(0) : m_area.bottom();
+    fillBox(painter, QRectF(m_area.left(), std::round(zero), m_area.width(), thickness), ink::axis);
 
     const double labelTop = m_area.bottom() + m_style.px(5);
     for (const TimeTick &tick : m_times.ticks) {
         const double x = m_area.left() + tick.x;
         if (tick.onEdge)
-            painter.fillRect(QRectF(std::round(x), m_area.bottom(), thickness, m_style.px(4)),
-                             axisColor);
+            fillBox(painter, QRectF(std::round(x), m_area.bottom(), thickness, m_style.px(4)),
+                    ink::axis);
         const auto place = [&](const QString &text) {
             const double half = m_style.label.width(text) / 2;
-            return std::clamp(x, m_room.left() + half,
-                              std::max(m_room.left() + half, m_room.right() - half));
+            const double least = m_room.left() + half;
+            return std::clamp(x, least, std::max(least, m_room.right() - half));
         };
         drawText(painter, m_style.label, ink::quietText, place(tick.label), labelTop, tick.label,
                  Qt::AlignHCenter);
         drawText(painter, m_style.label, ink::text, place(tick.context),
-                 labelTop + std::ceil(textHeight), tick.context, Qt::AlignHCenter);
+                 labelTop + std::ceil(m_style.label.height()), tick.context, Qt::AlignHCenter);
     }
 }

@@ -27,8 +27,11 @@ public:
 
     /// Grid lines; they shine through what lies below them.
     void drawGrid(QPainter &painter) const;
-    /// Base line, tick marks and labels.
-    void drawAxes(QPainter &painter) const;
+    void drawTimeGrid(QPainter &painter) const;
+    /// Labels of the value axis.
+    void drawValues(QPainter &painter) const;
+    /// Base line, tick marks and labels of the time axis.
+    void drawTimes(QPainter &painter) const;
 
 private:
     const ChartStyle &m_style;

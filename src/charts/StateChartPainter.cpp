@@ -67,9 +67,8 @@ void drawColumn(QPainter &painter, const Column &column, double gap, const TimeP
         return;
     }
     if (column.failures == 0) {
-        painter.fillRect(QRectF(left, top, width, bottom - top),
-                         QColor::fromRgba(ink::successFill));
-        painter.fillRect(QRectF(left, top, width, style.px(2)), QColor::fromRgba(ink::success));
+        fillBox(painter, QRectF(left, top, width, bottom - top), ink::successFill);
+        fillBox(painter, QRectF(left, top, width, style.px(2)), ink::success);
         return;
     }
     // Failures hang from the top and are never thinner than can be seen.
@@ -77,8 +76,8 @@ void drawColumn(QPainter &painter, const Column &column, double gap, const TimeP
     double edge = std::max(std::round(plot.y(rate)), top + style.px(4));
     if (column.successes > 0)
         edge = std::min(edge, bottom - style.px(2));
-    painter.fillRect(QRectF(left, top, width, edge - top), QColor::fromRgba(ink::failure));
-    painter.fillRect(QRectF(left, edge, width, bottom - edge), QColor::fromRgba(ink::partialFill));
+    fillBox(painter, QRectF(left, top, width, edge - top), ink::failure);
+    fillBox(painter, QRectF(left, edge, width, bottom - edge), ink::partialFill);
 }
 
 /// Rates over the columns, where every one of them has the room for it.
@@ -156,5 +155,6 @@ void paintStateChart(QPainter &painter, const StateChart &chart, const QSizeF &s
         painter.setPen(overallPen);
         painter.drawLine(QPointF(plot.area().left(), y), QPointF(plot.area().right(), y));
     }
-    plot.drawAxes(painter);
+    plot.drawValues(painter);
+    plot.drawTimes(painter);
 }

@@ -105,11 +105,11 @@ bool isRound(const Wall &wall, const Step &step)
 }
 
 /// Numbers of the buckets that begin a step's interval. A day counts as begun by its first bucket
-/// even where the clock skipped midnight; a skipped hour has no tick.
-std::vector<size_t> tickBuckets(const std::vector<Wall> &walls, const Step &step)
+/// even where the clock skipped midnight; a skipped hour has no tick. Stops behind `most` of them.
+std::vector<size_t> tickBuckets(const std::vector<Wall> &walls, const Step &step, size_t most)
 {
     std::vector<size_t> found;
-    for (size_t i = 0; i < walls.size(); ++i) {
+    for (size_t i = 0; i < walls.size() && found.size() <= most; ++i) {
         const bool begins = i > 0 && step.unit >= Unit::Day &&
                             intervalOf(walls[i], step) > intervalOf(walls[i - 1], step);
         if (begins || isRound(walls[i], step))
@@ -203,12 +203,12 @@ TimeAxis timeAxis(const DataSeries &series, int labelStep, double length,
 
     const size_t leastBuckets = static_cast<size_t>(std::max(1, labelStep));
     const double narrowest = width(QStringLiteral("00")) * 2;
-    const auto most = static_cast<size_t>(std::max(1.0, length / narrowest));
+    const auto most = static_cast<size_t>(std::max(1.0, length / narrowest)) + 1;
     for (const Step &step : steps) {
         if (step.unit < unitOf(series.frequency))
             continue;
-        const std::vector<size_t> numbers = tickBuckets(walls, step);
-        if (numbers.empty() || numbers.size() > most + 1)
+        const std::vector<size_t> numbers = tickBuckets(walls, step, most);
+        if (numbers.empty() || numbers.size() > most)
             continue;
         const auto close = [&](size_t a, size_t b) { return b - a < leastBuckets; };
         if (std::adjacent_find(numbers.begin(), numbers.end(), close) != numbers.end())

@@ -79,10 +79,19 @@ int decimalsOf(double step)
     return decimals;
 }
 
+/// 2e-8 instead of 2e-08.
+QString shortExponent(QString text)
+{
+    const qsizetype sign = text.indexOf(u'e') + 1;
+    if (sign > 0 && text.size() > sign + 2 && text[sign + 1] == u'0')
+        text.remove(sign + 1, 1);
+    return text;
+}
+
 QString axisNumber(double value, int decimals)
 {
     if (decimals > 7)
-        return QString::number(value, 'g', 4);
+        return shortExponent(QString::number(value, 'g', 4));
     return groupedNumber(value, decimals);
 }
 
@@ -95,9 +104,13 @@ void widen(double &least, double &greatest)
         return;
     }
     const double spread = greatest - least;
-    const bool farFromZero = spread < 0.2 * reach && spread > 1e-9 * reach;
-    if (farFromZero)
-        return;
+    const bool flat = spread <= 1e-9 * reach;
+    if (!flat && spread < 0.2 * reach)
+        return; // close together, far from zero
+    if (flat && greatest > 0)
+        greatest *= 1.1; // a level line is not to lie on the edge
+    else if (flat)
+        least *= 1.1;
     least = std::min(least, 0.0);
     greatest = std::max(greatest, 0.0);
 }
@@ -157,7 +170,7 @@ QString readableValue(double value, const QString &unit)
     const double size = std::abs(scaled);
     QString text;
     if (size != 0 && (size < 1e-4 || size >= 1e7)) {
-        text = QString::number(scaled, 'g', 4);
+        text = shortExponent(QString::number(scaled, 'g', 4));
     } else {
         const int decimals = size >= 1000 || size == 0 ? 0 : size >= 100 ? 1 : size >= 1 ? 2 : 4;
         text = groupedNumber(scaled, decimals);

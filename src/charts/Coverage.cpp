@@ -1,0 +1,198 @@
+#include "charts/Coverage.h"
+
+#include <QPaintEngine>
+
+#include <algorithm>
+#include <array>
+#include <cmath>
+#include <vector>
+
+namespace {
+
+/// Shares of the pixels of a rectangle that shapes cover. Each edge adds, to the pixels of the rows
+/// that it crosses, how much it changes the share of everything to the right; the sums along the
+/// rows are then the shares themselves. The cost is that of the edges' heights and of one pass.
+class CoverageMask
+{
+public:
+    CoverageMask(const QRect &bounds)
+        : m_bounds(bounds)
+        , m_stride(static_cast<size_t>(bounds.width()) + 2)
+        , m_changes(scratch())
+    {
+        m_changes.assign(m_stride * static_cast<size_t>(bounds.height()), 0.0F);
+    }
+
+    void add(const QPolygonF &polygon)
+    {
+        for (qsizetype i = 0; i < polygon.size(); ++i)
+            addEdge(polygon[i], polygon[i + 1 < polygon.size() ? i + 1 : 0]);
+    }
+
+    QImage image(const QColor &color) const
+    {
+        std::array<QRgb, 256> inks;
+        for (size_t i = 0; i < inks.size(); ++i) {
+            QColor ink = color;
+            ink.setAlphaF(color.alphaF() * static_cast<float>(i) / 255.0F);
+            inks[i] = qPremultiply(ink.rgba());
+        }
+        QImage result(m_bounds.size(), QImage::Format_ARGB32_Premultiplied);
+        for (int y = 0; y < m_bounds.height(); ++y) {
+            const float *change = m_changes.data() + static_cast<size_t>(y) * m_stride;
+            auto *pixel = reinterpret_cast<QRgb *>(result.scanLine(y));
+            float share = 0;
+            QRgb ink = inks[0];
+            for (int x = 0; x < m_bounds.width(); ++x) {
+                if (change[x] != 0) {
+                    share += change[x];
+                    ink = inks[static_cast<size_t>(std::min(std::abs(share), 1.0F) * 255 + 0.5F)];
+                }
+                pixel[x] = ink;
+            }
+        }
+        return result;
+    }
+
+private:
+    /// Reused by all charts of a thread.
+    static std::vector<float> &scratch()
+    {
+        thread_local std::vector<float> buffer;
+        return buffer;
+    }
+
+    void addEdge(QPointF from, QPointF to)
+    {
+        from -= m_bounds.topLeft();
+        to -= m_bounds.topLeft();
+        if (from.y() == to.y())
+            return;
+        const float direction = from.y() < to.y() ? 1.0F : -1.0F;
+        if (direction < 0)
+            std::swap(from, to);
+        const double slope = (to.x() - from.x()) / (to.y() - from.y());
+        const double top = std::max(from.y(), 0.0);
+        const double bottom = std::min(to.y(), static_cast<double>(m_bounds.height()));
+        double x = from.x() + (top - from.y()) * slope;
+        for (int row = static_cast<int>(top); row < bottom; ++row) {
+            const double low = std::max(top, static_cast<double>(row));
+            const double high = std::min(bottom, row + 1.0);
+            const double next = x + (high - low) * slope;
+            addPiece(row, std::min(x, next), std::max(x, next),
+                     direction * static_cast<float>(high - low));
+            x = next;
+        }
+    }
+
+    /// A piece of an edge inside of one row, from `left` to `right`; `height` with the edge's
+    /// direction.
+    void addPiece(int row, double left, double right, float height)
+    {
+        const double most = m_bounds.width();
+        left = std::clamp(left, 0.0, most);
+        right = std::clamp(right, 0.0, most);
+        float *change = m_changes.data() + static_cast<size_t>(row) * m_stride;
+        const int first = static_cast<int>(left);
+        const int last = static_cast<int>(std::ceil(right));
+        if (last <= first + 1) {
+            const auto middle = static_cast<float>((left + right) / 2 - first);
+            change[first] += height * (1 - middle);
+            change[first + 1] += height * middle;
+            return;
+        }
+        // The share grows quadratically in the first and the last pixel, linearly between them.
+        const auto perPixel = static_cast<float>(1 / (right - left));
+        const auto inFirst = static_cast<float>(first + 1 - left);
+        const auto inLast = static_cast<float>(right - (last - 1));
+        float done = 0.5F * perPixel * inFirst * inFirst;
+        change[first] += height * done;
+        float before = done;
+        for (int x = first + 1; x < last - 1; ++x) {
+            const float now = perPixel * (inFirst + static_cast<float>(x - first) - 0.5F);
+            change[x] += height * (now - before);
+            before = now;
+        }
+        const float whole = 1 - 0.5F * perPixel * inLast * inLast;
+        change[last - 1] += height * (whole - before);
+        change[last] += height * (1 - whole);
+    }
+
+    QRect m_bounds;
+    size_t m_stride;
+    std::vector<float> &m_changes;
+};
+
+/// Whether a mask of the device's pixels can stand for the shapes.
+bool takesMasks(const QPainter &painter)
+{
+    return painter.testRenderHint(QPainter::Antialiasing) &&
+           painter.paintEngine()->type() == QPaintEngine::Raster &&
+           painter.deviceTransform().type() <= QTransform::TxScale;
+}
+
+void drawMask(QPainter &painter, const QList<QPolygonF> &shapes, const QColor &color)
+{
+    const QTransform toDevice = painter.deviceTransform();
+    QList<QPolygonF> placed;
+    QRectF bounds;
+    for (const QPolygonF &shape : shapes) {
+        placed.append(toDevice.map(shape));
+        bounds |= placed.last().boundingRect();
+    }
+    const QRect device(0, 0, painter.device()->width(), painter.device()->height());
+    const double ratio = painter.device()->devicePixelRatioF();
+    const QRect all = QTransform::fromScale(ratio, ratio).mapRect(device);
+    const QRect pixels = bounds.toAlignedRect().intersected(all);
+    if (pixels.isEmpty())
+        return;
+    CoverageMask mask(pixels);
+    for (const QPolygonF &shape : placed)
+        mask.add(shape);
+    painter.save();
+    painter.setTransform(painter.transform() * painter.deviceTransform().inverted());
+    painter.drawImage(pixels.topLeft(), mask.image(color));
+    painter.restore();
+}
+
+/// The outlines of a line's segments, all running in the same direction.
+QList<QPolygonF> segments(const QPolygonF &line, double width)
+{
+    QList<QPolygonF> shapes;
+    shapes.reserve(line.size());
+    for (qsizetype i = 1; i < line.size(); ++i) {
+        const QPointF way = line[i] - line[i - 1];
+        const double length = std::hypot(way.x(), way.y());
+        if (length == 0)
+            continue;
+        const QPointF side(-way.y() / length * width / 2, way.x() / length * width / 2);
+        shapes.append(
+            QPolygonF({line[i - 1] + side, line[i] + side, line[i] - side, line[i - 1] - side}));
+    }
+    return shapes;
+}
+
+} // namespace
+
+void fillShapes(QPainter &painter, const QList<QPolygonF> &shapes, const QColor &color)
+{
+    if (takesMasks(painter)) {
+        drawMask(painter, shapes, color);
+        return;
+    }
+    painter.setPen(Qt::NoPen);
+    painter.setBrush(color);
+    for (const QPolygonF &shape : shapes)
+        painter.drawPolygon(shape, Qt::WindingFill);
+    painter.setBrush(Qt::NoBrush);
+}
+
+void strokeCurve(QPainter &painter, const QPolygonF &line, const QPen &pen)
+{
+    if (takesMasks(painter)) {
+        drawMask(painter, segments(line, pen.widthF()), pen.color());
+        return;
+    }
+    painter.setPen(pen);
+    painter.drawPolyline(line);
+}
