@@ -1,9 +1,9 @@
 #pragma once
 
 #include "core/Error.h"
-#include "core/Files.h"
 #include "data/access/AccessFile.h"
 
+#include <QFile>
 #include <QStringList>
 
 #include <array>
@@ -41,6 +41,14 @@ inline Error errorOf(const QString &path, const QString &table)
         return error;
     }
     return Error(0, QString());
+}
+
+/// Writes a file without the care that a result deserves, for tests that write many.
+inline void writeQuickly(const QString &path, const QByteArray &bytes)
+{
+    QFile file(path);
+    if (!file.open(QIODevice::WriteOnly) || file.write(bytes) != bytes.size())
+        qFatal("A test file cannot be written");
 }
 
 /// RC4: encodes and decodes alike.

@@ -1,4 +1,5 @@
 #include "AccessFiles.h"
+#include "core/Files.h"
 #include "demo/AccessWriter.h"
 
 #include <QDateTime>
@@ -410,7 +411,7 @@ void tst_AccessFile::encodedPages()
             pageKey[i] = static_cast<char>(pageKey[i] ^ static_cast<char>(page >> (8 * i)));
         applyRc4(pageKey, bytes.data() + page * pageSize, pageSize);
     }
-    saveFile(m_path, bytes);
+    writeQuickly(m_path, bytes);
     QCOMPARE(readTable(m_path, QStringLiteral("T")), QList<QStringList>{{QString(10'000, u'ż')}});
 }
 
@@ -422,7 +423,7 @@ void tst_AccessFile::newEncryptionIsRefused()
     applyHeaderKey(bytes);
     bytes[0x3E] = 1;
     applyHeaderKey(bytes);
-    saveFile(m_path, bytes);
+    writeQuickly(m_path, bytes);
     const Error error = errorOf(m_path, QStringLiteral("T"));
     QCOMPARE(error.number, PermissionDenied);
     QVERIFY(error.description.contains(QStringLiteral("encrypted")));
@@ -447,7 +448,7 @@ void tst_AccessFile::notOpened()
     const QString path = m_folder.filePath(QStringLiteral("other.mdb"));
     QFile::remove(path);
     if (!content.isEmpty())
-        saveFile(path, content);
+        writeQuickly(path, content);
     const Error error = errorOf(path, QStringLiteral("T"));
     QTEST(error.number, "number");
     QVERIFY(error.description.contains(path));

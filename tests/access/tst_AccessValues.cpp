@@ -164,7 +164,8 @@ void tst_AccessValues::extendedDates_data()
     QTest::addColumn<qint64>("instant");
 
     const QByteArray day = "0000000000000738945"; // 2024-03-01 counted from the year 1
-    QTest::newRow("midnight") << day + ":0000000000000000000:7" << true << qint64(1'709'251'200'000);
+    QTest::newRow("midnight") << day + ":0000000000000000000:7" << true
+                              << qint64(1'709'251'200'000);
     QTest::newRow("ticks") << day + ":0000000000000015000:7" << true << qint64(1'709'251'200'002);
     QTest::newRow("more ticks than a day") << day + ":0000000864000000000:7" << false << qint64(0);
     QTest::newRow("letters") << day + ":000000000000000000x:7" << false << qint64(0);

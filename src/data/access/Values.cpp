@@ -15,14 +15,14 @@ constexpr qint64 epochDaysOfYearOne = 719'162; ///< 0001-01-01 to 1970-01-01
 template <typename Number>
 void appendShortest(QByteArray &out, Number value)
 {
-    std::array<char, 32> buffer;
+    std::array<char, 32> buffer{};
     const auto result = std::to_chars(buffer.data(), buffer.data() + buffer.size(), value);
     out.append(buffer.data(), result.ptr - buffer.data());
 }
 
 void appendDigits(QByteArray &out, int value, int digits)
 {
-    std::array<char, 4> buffer;
+    std::array<char, 4> buffer{};
     for (int i = digits; i-- > 0; value /= 10)
         buffer[static_cast<size_t>(i)] = static_cast<char>('0' + value % 10);
     out.append(buffer.data(), digits);
