@@ -18,7 +18,6 @@ target_compile_definitions(vantrel_common INTERFACE
     QT_NO_FOREACH
     QT_NO_KEYWORDS
     QT_STRICT_ITERATORS
-    QT_USE_QSTRINGBUILDER
     VANTREL_VERSION="${PROJECT_VERSION}")
 target_compile_options(vantrel_common INTERFACE
     -Wall -Wextra -Wpedantic -Wshadow -Wconversion -Wnon-virtual-dtor -Woverloaded-virtual
@@ -50,6 +49,8 @@ function(vantrel_test name)
     cmake_parse_arguments(test "SERIAL" "" "LINK;LABELS" ${ARGN})
     add_executable(tst_${name} tst_${name}.cpp)
     target_link_libraries(tst_${name} PRIVATE vantrel_common Qt6::Test ${test_LINK})
+    target_include_directories(tst_${name} PRIVATE "${CMAKE_SOURCE_DIR}" "${CMAKE_SOURCE_DIR}/tests")
+    target_compile_options(tst_${name} PRIVATE -UQT_NO_CAST_FROM_ASCII) # plain literals in tests
     add_test(NAME ${name} COMMAND tst_${name})
     set_tests_properties(${name} PROPERTIES
         TIMEOUT 300

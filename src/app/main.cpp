@@ -1,0 +1,24 @@
+#include "app/Application.h"
+#include "app/Options.h"
+
+#include <QCoreApplication>
+
+int main(int argc, char *argv[])
+{
+    QStringList arguments;
+    for (int i = 1; i < argc; ++i)
+        arguments.append(QString::fromLocal8Bit(argv[i]));
+    const Options options = parseOptions(arguments);
+
+    QCoreApplication::setApplicationName(QStringLiteral("VantrelGrapher"));
+    QCoreApplication::setApplicationVersion(QStringLiteral(VANTREL_VERSION));
+    if (!options.error.isEmpty())
+        return refuse(options.error);
+    if (options.help)
+        return show(usageText());
+    if (options.version)
+        return show(QStringLiteral("VantrelGrapher " VANTREL_VERSION "\n"));
+
+    const std::unique_ptr<QCoreApplication> application = createApplication(argc, argv, options);
+    return runApplication(options);
+}

@@ -1,0 +1,39 @@
+#include "report/Csv.h"
+
+#include "core/Numbers.h"
+
+#include <cmath>
+
+CsvText &CsvText::text(const QString &value)
+{
+    separate();
+    m_bytes += '"';
+    m_bytes += QString(value).replace(u'"', QLatin1String("\"\"")).toUtf8();
+    m_bytes += '"';
+    return *this;
+}
+
+CsvText &CsvText::number(double value)
+{
+    separate();
+    m_bytes += plainNumber(value).toLatin1();
+    return *this;
+}
+
+CsvText &CsvText::fixed(double value)
+{
+    return number(std::nearbyint(value * 10'000) / 10'000);
+}
+
+void CsvText::endRecord()
+{
+    m_bytes += "\r\n";
+    m_inRecord = false;
+}
+
+void CsvText::separate()
+{
+    if (m_inRecord)
+        m_bytes += ',';
+    m_inRecord = true;
+}

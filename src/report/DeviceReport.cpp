@@ -1,0 +1,334 @@
+#include "report/DeviceReport.h"
+
+#include "charts/ChartStatistics.h"
+#include "core/Error.h"
+#include "core/Files.h"
+#include "core/GrapherConfig.h"
+#include "core/Numbers.h"
+#include "core/State.h"
+#include "data/CalculatedSummary.h"
+#include "data/Connection.h"
+#include "data/Queries.h"
+#include "definitions/Dates.h"
+#include "report/ChartFrames.h"
+#include "report/Csv.h"
+#include "report/GraphEntry.h"
+#include "report/OutputTree.h"
+#include "report/StateRow.h"
+
+#include <QDir>
+#include <QRegularExpression>
+#include <QSet>
+
+#include <algorithm>
+
+namespace {
+
+const QString pageName = QStringLiteral("DEVREP.HTM");
+
+/// Numbers the images of a process in base 36, so that names are unique across all its reports.
+QString nextImageNumber()
+{
+    static qint64 count = 0;
+    return QString::number(++count, 36).toUpper();
+}
+
+QString textOf(const StaticRecordset &rows, const QString &column)
+{
+    return rows.text(rows.column(column));
+}
+
+bool isState(const DataSeries &series)
+{
+    return series.scale == stateScale;
+}
+
+/// Decimals that suit all the means of a series: two at least, more for small values.
+int valueDecimals(const DataSeries &series)
+{
+    return std::max(2, counterStatistics(series).decimals());
+}
+
+void saveLater(const ReportContext &context, const QString &path, const QByteArray &bytes)
+{
+    context.files.push_back(context.pool.submitFile(path, bytes));
+}
+
+} // namespace
+
+DevicePage::DevicePage(const ReportContext &context, const clsReportDeviceDef &device,
+                       const QString &previousFolder, const QString &nextFolder)
+    : m_context(context)
+    , m_device(device)
+    , m_name(textOf(context.devices, QStringLiteral("MachName")))
+    , m_description(textOf(context.devices, QStringLiteral("MachDesc")))
+    , m_ident(textOf(context.devices, QStringLiteral("IDent")))
+    , m_folder(deviceFolder(context.report, device.MUID))
+{
+    const clsReportDef &report = context.report;
+    m_values = {
+        {QLatin1String("mach.name"), m_name},
+        {QLatin1String("mach.desc"), m_description},
+        {QLatin1String("report.date"), reportDateText(report.RunDate)},
+        {QLatin1String("report.time"), reportTimeText(report.RunDate)},
+        {QLatin1String("report.id"), folderSafe(report.ReportID)},
+        {QLatin1String("report.title"), report.ReportTitle},
+        {QLatin1String("report.daterange"),
+         dateRangeText(context.chart.StartTime, context.chart.EndTime)},
+        {QLatin1String("report.zone"), context.zone},
+        {QLatin1String("chart.title"), context.chart.ChartTitle},
+        {QLatin1String("dev.prev"), previousFolder},
+        {QLatin1String("dev.next"), nextFolder},
+        {QLatin1String("page.lang"), pageLanguage()},
+        {QLatin1String("img.width"), QString::number(gConfig->IMG_Width)},
+        {QLatin1String("img.height"), QString::number(gConfig->IMG_Height)},
+    };
+}
+
+bool DevicePage::findItem(const QString &dataIdent) const
+{
+    m_context.fields.setFilter(
+        QStringLiteral("[IDent]='%1' and [DataIDent]='%2'").arg(m_ident, dataIdent));
+    return !m_context.fields.eof();
+}
+
+void DevicePage::chartItems(Progress &progress)
+{
+    ShowStatus(QStringLiteral("Generating Device Report: [%1][%2]")
+                   .arg(m_context.report.ReportTitle, m_name));
+    ShowStatus(QStringLiteral("Creating graph data..."));
+    int number = 0;
+    for (const auto &dataItem : m_device.DataItems) {
+        ++number;
+        if (findItem(dataItem->DataIDent)) {
+            Item item;
+            item.number = number;
+            item.csv = QString::number(number) + QLatin1String("_detail.csv");
+            chartItem(item, dataItem->DataIDent);
+            progress.item = item.name;
+            m_items.push_back(std::move(item));
+        }
+        ++progress.done;
+        showProgress(progress);
+    }
+}
+
+void DevicePage::chartItem(Item &item, const QString &dataIdent)
+{
+    const StaticRecordset &fields = m_context.fields;
+    item.name = textOf(fields, QStringLiteral("DataName"));
+    item.description = textOf(fields, QStringLiteral("DataDesc"));
+    const QString scale = textOf(fields, QStringLiteral("iScale"));
+    item.series.scale = leadingInteger(scale);
+    StaticRecordset &scales = m_context.scales;
+    scales.setFilter(QLatin1String("[iScale]=") + QString::number(item.series.scale));
+    if (!scales.eof()) {
+        item.scaleName = textOf(scales, QStringLiteral("ScaleName"));
+        item.unit = textOf(scales, QStringLiteral("ScaleAbbr"));
+    }
+
+    const clsGraphDef &chart = m_context.chart;
+    ShowStatus(QLatin1String("Generating Chart: [") + item.name + u']');
+    ShowStatus(QStringLiteral("Submitting query..."));
+    const std::unique_ptr<Recordset> raw =
+        gConnection->open(GetDataValuesSQL(dataIdent, chart.StartTime, chart.EndTime),
+                          {QStringLiteral("DataIDent"), QStringLiteral("iDate"),
+                           QStringLiteral("iState"), QStringLiteral("iValue")});
+    ShowStatus(QStringLiteral("Calculating..."));
+    const std::vector<SummaryRow> summary =
+        BuildCalculatedSummary(*raw, chart.ChartFrequency, chart.MinuteInterval);
+    for (const SummaryRow &row : summary)
+        m_context.outcome.samples += row.QCount;
+
+    ShowStatus(QStringLiteral("Generating series..."));
+    item.series.frequency = chart.ChartFrequency;
+    item.series.minuteInterval = chart.MinuteInterval;
+    GenerateDataSeries(summary, m_context.start, m_context.end, m_context.latest, item.series);
+
+    ShowStatus(QStringLiteral("Generating output..."));
+    const QString image = u'G' + nextImageNumber();
+    item.image.fileName = image + QLatin1String(".PNG");
+    item.image.size = QSize(gConfig->IMG_Width, gConfig->IMG_Height);
+    item.graphPage = image + QLatin1String(".HTM");
+    const ChartFrame frame =
+        chartFrame(m_context, chart.ChartTitle, m_name + QStringLiteral(" \u2013 ") + item.name);
+    const QString path = m_folder + item.image.fileName;
+    if (isState(item.series)) {
+        item.image.outcome =
+            m_context.pool.submit(StateChart{frame, item.series}, path, gConfig->IMG_Format);
+    } else {
+        item.image.outcome =
+            m_context.pool.submit(CounterChart{frame, chart.SampleLabel, item.unit, item.series},
+                                  path, gConfig->IMG_Format);
+    }
+    ++m_context.outcome.charts;
+}
+
+void DevicePage::write()
+{
+    PageText page;
+    constexpr QLatin1String marker("%%dev.varblist%%");
+    const QString device = fillTemplate(m_context.builder.DEV_Rep, m_values);
+    page.write(GetHTIPart(device, marker, true));
+    for (Item &item : m_items) {
+        const QString image = item.image.fileName;
+        if (const auto error = item.image.outcome.get()) {
+            m_context.outcome.chartErrors.append(m_folder + image + u' ' + errorTail(*error));
+            ShowStatus(QStringLiteral("Error generating chart '%1' ").arg(m_folder + image) +
+                       errorTail(*error));
+            item.image.fileName = QLatin1String("../../") + transparentImage;
+        }
+        writeGraphPage(item);
+        writeItem(page, item);
+    }
+    page.write(GetHTIPart(device, marker, false));
+    saveLater(m_context, m_folder + pageName, page.bytes());
+    removeStaleCharts();
+}
+
+QString DevicePage::keyFigures(const Item &item) const
+{
+    if (isState(item.series)) {
+        const StateStatistics state = stateStatistics(item.series);
+        const qint64 tests = state.successes + state.failures;
+        if (tests == 0)
+            return QStringLiteral("No data in this period");
+        return QStringLiteral("Success rate %1 %, %2 of %3 tests failed")
+            .arg(QString::number(state.overallRate, 'f', 2))
+            .arg(state.failures)
+            .arg(tests);
+    }
+    const CounterStatistics counter = counterStatistics(item.series);
+    if (counter.count() == 0)
+        return QStringLiteral("No data in this period");
+    const int decimals = counter.decimals();
+    const QString unit = item.unit.isEmpty() ? QString() : QChar(u' ') + item.unit;
+    const auto text = [&](double value) { return groupedNumber(value, decimals) + unit; };
+    return QStringLiteral("Mean %1, least %2, greatest %3, 95th percentile %4")
+        .arg(text(counter.mean), text(counter.least), text(counter.greatest),
+             text(counter.percentile95));
+}
+
+void DevicePage::writeGraphPage(const Item &item) const
+{
+    const clsGraphDef &chart = m_context.chart;
+    clsGraphEntry entry;
+    entry.deviceName = m_name;
+    entry.deviceDescription = m_description;
+    entry.itemName = item.name;
+    entry.itemDescription = item.description;
+    entry.chartTitle = chart.ChartTitle;
+    entry.sampleLabel = chart.SampleLabel;
+    entry.scaleName = item.scaleName;
+    entry.startTime = chart.StartTime;
+    entry.endTime = chart.EndTime;
+    entry.setSeries(item.series);
+    const QString text = entry.FillChartTemplate(isState(item.series) ? chart.StateTemplateData
+                                                                      : chart.CountTemplateData);
+    Placeholders values = m_values;
+    values.insert(values.end(), {{QLatin1String("dev.graph"), item.image.fileName},
+                                 {QLatin1String("sample.csv"), item.csv},
+                                 {QLatin1String("item.id"), QString::number(item.number)},
+                                 {QLatin1String("img.alt"), htmlEscaped(keyFigures(item))}});
+    PageText page;
+    page.write(fillTemplate(text, values));
+    saveLater(m_context, m_folder + item.graphPage, page.bytes());
+}
+
+void DevicePage::writeItem(PageText &page, const Item &item)
+{
+    constexpr QLatin1String marker("%%detail.list%%");
+    Placeholders values = m_values;
+    values.insert(values.end(), {
+                                    {QLatin1String("varb.name"), item.name},
+                                    {QLatin1String("varb.desc"), item.description},
+                                    {QLatin1String("dev.graph"), item.image.fileName},
+                                    {QLatin1String("dev.graphpage"), item.graphPage},
+                                    {QLatin1String("sample.csv"), item.csv},
+                                    {QLatin1String("item.id"), QString::number(item.number)},
+                                    {QLatin1String("img.alt"), htmlEscaped(keyFigures(item))},
+                                });
+    const QString section = fillTemplate(m_context.builder.VARB_Item, values);
+    page.write(GetHTIPart(section, marker, true));
+    writeDetails(page, item);
+    page.write(GetHTIPart(section, marker, false));
+}
+
+void DevicePage::writeDetails(PageText &page, const Item &item) const
+{
+    constexpr QLatin1String marker("%%detail.items%%");
+    const clsChartOutputBuilder &builder = m_context.builder;
+    const clsGraphDef &chart = m_context.chart;
+    const bool state = isState(item.series);
+    const QString table = fillTemplate(
+        state ? builder.STATE_Detail : builder.COUNT_Detail,
+        {
+            {QLatin1String("sample.name"), item.name},
+            {QLatin1String("sample.csv"), item.csv},
+            {QLatin1String("sample.description"), item.description},
+            {QLatin1String("sample.scale"), item.scaleName},
+            {QLatin1String("report.daterange"), dateRangeText(chart.StartTime, chart.EndTime)},
+            {QLatin1String("chart.title"), chart.ChartTitle},
+        });
+    page.write(GetHTIPart(table, marker, true));
+
+    CsvText csv;
+    csv.text(QStringLiteral("Entry Name"))
+        .text(QStringLiteral("Sample Name"))
+        .text(QStringLiteral("Sample"));
+    if (state) {
+        csv.text(QStringLiteral("Success"))
+            .text(QStringLiteral("Critial"))
+            .text(QStringLiteral("Total"))
+            .text(QStringLiteral("SuccessRate"))
+            .endRecord();
+        StateRow total;
+        for (const SeriesBucket &bucket : item.series.buckets) {
+            const StateRow row{bucket.longLabel, static_cast<double>(bucket.successes),
+                               static_cast<double>(bucket.failures())};
+            page.write(row.filled(builder.STATE_DetailItem));
+            csv.text(item.name).text(chart.SampleLabel).text(bucket.longLabel);
+            row.addCounts(csv);
+            csv.endRecord();
+            total.successes += row.successes;
+            total.failures += row.failures;
+        }
+        page.write(total.filledAsTotal(builder.STATE_DetailItem));
+    } else {
+        csv.text(QStringLiteral("Scale")).text(QStringLiteral("Value")).endRecord();
+        const int decimals = valueDecimals(item.series);
+        for (const SeriesBucket &bucket : item.series.buckets) {
+            const bool empty = bucket.isEmpty();
+            page.write(
+                fillTemplate(builder.COUNT_DetailItem,
+                             {{QLatin1String("sample.label"), bucket.longLabel},
+                              {QLatin1String("sample.value"),
+                               empty ? QString() : QString::number(bucket.mean, 'f', decimals)}}));
+            csv.text(item.name)
+                .text(chart.SampleLabel)
+                .text(bucket.longLabel)
+                .text(item.scaleName)
+                .text(empty ? QString() : trimmedNumber(bucket.mean, 6))
+                .endRecord();
+        }
+    }
+    page.write(GetHTIPart(table, marker, false));
+    saveLater(m_context, m_folder + item.csv, csv.bytes());
+}
+
+void DevicePage::removeStaleCharts() const
+{
+    // Image numbers differ from run to run: what the new page does not cite would pile up.
+    QSet<QString> cited;
+    for (const Item &item : m_items) {
+        cited.insert(item.image.fileName);
+        cited.insert(item.graphPage);
+    }
+    static const QRegularExpression chartFile(QStringLiteral("^G[0-9A-Z]+\\.(PNG|HTM)$"));
+    QDir folder(nativePath(m_folder));
+    const QStringList names = folder.entryList(QDir::Files);
+    for (const QString &name : names) {
+        if (!cited.contains(name) && chartFile.match(name).hasMatch())
+            folder.remove(name);
+    }
+}

@@ -1,0 +1,133 @@
+#include "report/GraphEntry.h"
+
+#include "core/Numbers.h"
+#include "report/Templates.h"
+
+#include <QLocale>
+
+#include <array>
+
+namespace {
+
+const QString blank = QStringLiteral(" ");
+
+/// How many points a chart page shows at once, by frequency.
+int visiblePoints(int frequency)
+{
+    constexpr std::array points = {120, 24, 30, 12, 10};
+    return points[static_cast<size_t>(qBound(0, frequency, 4))];
+}
+
+/// One series: its values joined by commas, and their total.
+class SeriesText
+{
+public:
+    void add(double value)
+    {
+        append(trimmedNumber(value, 6));
+        m_total += value;
+    }
+    void addEmpty() { append(blank); }
+    QString text() const { return m_text; }
+    QString total() const { return trimmedNumber(m_total, 6); }
+
+private:
+    void append(const QString &entry)
+    {
+        if (m_any)
+            m_text += u',';
+        m_text += entry;
+        m_any = true;
+    }
+    QString m_text;
+    double m_total = 0;
+    bool m_any = false;
+};
+
+} // namespace
+
+QString chartTimeText(const QDateTime &wall)
+{
+    return QLocale().toString(wall, u"yyyy-MMM-dd HH:mm");
+}
+
+void clsGraphEntry::setSeries(const DataSeries &data)
+{
+    const bool state = data.scale == stateScale;
+    std::array<SeriesText, 3> series;
+    QStringList labelList;
+    double successes = 0;
+    double tests = 0;
+    double least = 0;
+    double greatest = 0;
+    bool any = false;
+    for (const SeriesBucket &bucket : data.buckets) {
+        labelList.append(bucket.longLabel);
+        if (bucket.isEmpty()) {
+            for (SeriesText &text : series)
+                text.addEmpty();
+            continue;
+        }
+        if (state) {
+            const auto success = static_cast<double>(bucket.successes);
+            const auto count = static_cast<double>(bucket.count);
+            series[0].add(success);
+            series[1].add(count - success);
+            series[2].add(success / count * 100);
+            successes += success;
+            tests += count;
+        } else {
+            series[0].add(bucket.mean);
+            series[1].add(bucket.least);
+            series[2].add(bucket.greatest);
+            least = any ? std::min(least, bucket.least) : bucket.least;
+            greatest = any ? std::max(greatest, bucket.greatest) : bucket.greatest;
+            any = true;
+        }
+    }
+    frequency = data.frequency;
+    labels = labelList.join(u',');
+    series1 = series[0].text();
+    series2 = series[1].text();
+    series3 = series[2].text();
+    series1Total = series[0].total();
+    series2Total = series[1].total();
+    series3Total = series[2].total();
+    if (state) // rates do not add up: the whole period's rate instead
+        series3Total = tests > 0 ? trimmedNumber(successes / tests * 100, 6) : blank;
+    lowRange = state ? QStringLiteral("0") : trimmedNumber(least, 6);
+    upperRange = state ? QStringLiteral("100") : trimmedNumber(greatest, 6);
+    ranged = state ? QStringLiteral("true") : QStringLiteral("false");
+}
+
+QString clsGraphEntry::FillChartTemplate(const QString &text)
+{
+    const int visible = visiblePoints(frequency);
+    pointCount = static_cast<qint32>(series1.count(u','));
+    filled = 1;
+    return fillTemplate(
+        text, {
+                  {QLatin1String("chart.title"), chartTitle},
+                  {QLatin1String("chart.samplelabel"), sampleLabel},
+                  {QLatin1String("mach.name"), deviceName},
+                  {QLatin1String("mach.desc"), deviceDescription},
+                  {QLatin1String("varb.name"), itemName},
+                  {QLatin1String("varb.desc"), itemDescription},
+                  {QLatin1String("chart.scroll"),
+                   pointCount <= visible ? QStringLiteral("false") : QStringLiteral("true")},
+                  {QLatin1String("chart.maxscroll"), QString::number(visible)},
+                  {QLatin1String("chart.starttime"), chartTimeText(startTime)},
+                  {QLatin1String("chart.endtime"), chartTimeText(endTime)},
+                  {QLatin1String("chart.series1"), series1},
+                  {QLatin1String("chart.series2"), series2},
+                  {QLatin1String("chart.series3"), series3},
+                  {QLatin1String("chart.labels"), labels},
+                  {QLatin1String("chart.series1.total"), series1Total},
+                  {QLatin1String("chart.series2.total"), series2Total},
+                  {QLatin1String("chart.series3.total"), series3Total},
+                  {QLatin1String("chart.scalename"), scaleName},
+                  {QLatin1String("chart.lowrange"), lowRange},
+                  {QLatin1String("chart.upperrange"), upperRange},
+                  {QLatin1String("chart.ranged"), ranged},
+              });
+}

@@ -1,0 +1,28 @@
+#pragma once
+
+#include "definitions/ReportDef.h"
+
+#include <QString>
+
+/// Where the files of a run go. Folders end in a separator.
+
+QString outputFolder();
+QString reportFolder(const clsReportDef &report);
+QString deviceFolder(const clsReportDef &report, const QString &muid);
+
+/// Creates a folder with all its parents. On failure false; `errorText` then holds
+/// "Unable to create work path: '<path>'", which is shown as a status line too.
+bool createWorkPath(const QString &path, QString &errorText);
+
+/// The placeholders of the time at which the run began: "report.date", "report.time".
+QString reportDateText(const QDateTime &runDate);
+QString reportTimeText(const QDateTime &runDate);
+
+/// "dd-MMM-yyyy HH:mm to dd-MMM-yyyy HH:mm"
+QString dateRangeText(const QDateTime &start, const QDateTime &end);
+
+/// "yyyy-MM-dd HH:mm to yyyy-MM-dd HH:mm", as charts show it.
+QString periodText(const QDateTime &start, const QDateTime &end);
+
+/// The language of dates on pages, for the HTML attribute "lang".
+QString pageLanguage();

@@ -1,0 +1,145 @@
+#include "report/ReportSummary.h"
+
+#include "charts/ChartPainter.h"
+#include "core/Error.h"
+#include "core/Files.h"
+#include "core/GrapherConfig.h"
+#include "core/Numbers.h"
+#include "core/Paths.h"
+#include "core/State.h"
+#include "core/Status.h"
+#include "definitions/Dates.h"
+#include "report/ChartFrames.h"
+#include "report/Csv.h"
+#include "report/OutputTree.h"
+#include "report/StateRow.h"
+
+namespace {
+
+const QString csvName = QStringLiteral("repsum.csv");
+const QString imageName = QStringLiteral("DEVSUM.PNG");
+
+void copyTransparentImage(const QString &path)
+{
+    copyFile(NormalizeFolder(gConfig->PTH_Config()) + transparentImage, path);
+}
+
+/// Draws the summary image, or puts the transparent one in its place when there is nothing to draw.
+clsChartImageRef DrawDeviceSummaryImage(const ReportContext &context,
+                                        const std::vector<DeviceCounts> &devices, bool noData)
+{
+    clsChartImageRef image{imageName, QSize(gConfig->IMG_Width, gConfig->IMG_Height), {}};
+    const QString path = reportFolder(context.report) + imageName;
+    if (noData) {
+        copyTransparentImage(path);
+        return image;
+    }
+    DeviceRateChart chart;
+    chart.frame = chartFrame(context, QStringLiteral("Success Rate by Device"),
+                             QLatin1String("Basis: ") + context.chart.ChartTitle);
+    chart.valueAxisTitle = QStringLiteral("Total Tests Performed");
+    chart.categoryAxisTitle = QStringLiteral("Device");
+    for (const DeviceCounts &device : devices)
+        chart.devices.push_back({device.name, device.successes, device.failures, device.hasData});
+    image.size = chartSize(chart);
+    image.outcome = context.pool.submit(std::move(chart), path, gConfig->IMG_Format);
+    return image;
+}
+
+StateRow rowOf(const DeviceCounts &counts)
+{
+    return {counts.name, static_cast<double>(counts.successes),
+            static_cast<double>(counts.failures)};
+}
+
+/// The key figures of the summary image, for readers who do not see it.
+QString summaryAlternative(const StateRow &total, size_t devices)
+{
+    QString text = QStringLiteral("Success rate by device, %1 devices: ").arg(devices);
+    if (total.tests() == 0)
+        text += QLatin1String("no data in this period");
+    else
+        text += QStringLiteral("success rate %1 %, %2 of %3 tests failed")
+                    .arg(total.rateText(), plainNumber(total.failures), plainNumber(total.tests()));
+    return htmlEscaped(text);
+}
+
+} // namespace
+
+void GenerateReportSummary(const ReportContext &context, const std::vector<DeviceCounts> &devices)
+{
+    const clsReportDef &report = context.report;
+    ShowStatus(QLatin1String("Generating Summary: [") + report.ReportTitle + u']');
+
+    StateRow total;
+    for (const DeviceCounts &device : devices) {
+        total.successes += static_cast<double>(device.successes);
+        total.failures += static_cast<double>(device.failures);
+    }
+    const clsChartImageRef image = DrawDeviceSummaryImage(context, devices, total.tests() == 0);
+
+    const QString folder = reportFolder(report);
+    const QString range = dateRangeText(context.chart.StartTime, context.chart.EndTime);
+    const Placeholders pageValues = {
+        {QLatin1String("report.title"), report.ReportTitle},
+        {QLatin1String("report.date"), reportDateText(report.RunDate)},
+        {QLatin1String("report.time"), reportTimeText(report.RunDate)},
+        {QLatin1String("report.id"), folderSafe(report.ReportID)},
+        {QLatin1String("report.daterange"), range},
+        {QLatin1String("report.zone"), context.zone},
+        {QLatin1String("chart.title"), context.chart.ChartTitle},
+        {QLatin1String("page.lang"), pageLanguage()},
+        {QLatin1String("img.width"), QString::number(image.size.width())},
+        {QLatin1String("img.height"), QString::number(image.size.height())},
+        {QLatin1String("img.alt"), summaryAlternative(total, devices.size())},
+    };
+    PageText reportPage;
+    reportPage.write(fillTemplate(context.builder.REPORT, pageValues));
+    saveFile(folder + gConfig->TOU_REPORT, reportPage.bytes());
+
+    CsvText csv;
+    csv.text(QStringLiteral("Sample"))
+        .text(QStringLiteral("Success"))
+        .text(QStringLiteral("Critial"))
+        .text(QStringLiteral("Total"))
+        .text(QStringLiteral("SuccessRate"))
+        .endRecord();
+
+    constexpr QLatin1String listMarker("%%state.detail%%");
+    constexpr QLatin1String rowMarker("%%detail.items%%");
+    const QString summary = fillTemplate(context.builder.REP_Summary, pageValues);
+    const QString table = fillTemplate(
+        context.builder.STATE_Detail,
+        {
+            {QLatin1String("sample.name"), report.ReportTitle},
+            {QLatin1String("sample.description"), context.chart.SampleLabel},
+            {QLatin1String("sample.scale"), QString()},
+            {QLatin1String("sample.csv"), csvName},
+            {QLatin1String("report.daterange"), range},
+            {QLatin1String("chart.title"), QLatin1String("Basis: ") + context.chart.ChartTitle},
+        });
+    PageText page;
+    page.write(GetHTIPart(summary, listMarker, true));
+    page.write(GetHTIPart(table, rowMarker, true));
+    for (const DeviceCounts &device : devices) {
+        const StateRow row = rowOf(device);
+        page.write(row.filled(context.builder.STATE_DetailItem));
+        csv.text(device.name);
+        row.addCounts(csv);
+        csv.endRecord();
+    }
+    page.write(total.filledAsTotal(context.builder.STATE_DetailItem));
+    page.write(GetHTIPart(table, rowMarker, false));
+    page.write(GetHTIPart(summary, listMarker, false));
+    saveFile(folder + csvName, csv.bytes());
+    saveFile(folder + gConfig->TOU_REP_Summary, page.bytes());
+
+    if (!image.outcome.valid())
+        return;
+    if (const Outcome error = image.outcome.get()) {
+        context.outcome.chartErrors.append(imageName + u' ' + errorTail(*error));
+        ShowStatus(QStringLiteral("Error generating chart '%1' ").arg(folder + imageName) +
+                   errorTail(*error));
+        copyTransparentImage(folder + imageName);
+    }
+}

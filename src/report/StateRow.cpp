@@ -1,0 +1,53 @@
+#include "report/StateRow.h"
+
+#include "core/Numbers.h"
+
+namespace {
+
+QString countText(double count)
+{
+    return plainNumber(count);
+}
+
+QString bold(const QString &text)
+{
+    return QLatin1String("<b>") + text + QLatin1String("</b>");
+}
+
+Placeholders rowValues(const QString &label, const QString &successes, const QString &failures,
+                       const QString &tests, const QString &rate)
+{
+    return {{QLatin1String("sample.label"), label},
+            {QLatin1String("successcount"), successes},
+            {QLatin1String("criticalcount"), failures},
+            {QLatin1String("totalcount"), tests},
+            {QLatin1String("successrate"), rate}};
+}
+
+} // namespace
+
+QString StateRow::rateText() const
+{
+    return tests() == 0 ? QStringLiteral("n/a")
+                        : QString::number(successes / tests() * 100, 'f', 2);
+}
+
+QString StateRow::filled(const QString &rowTemplate) const
+{
+    return fillTemplate(rowTemplate, rowValues(label, countText(successes), countText(failures),
+                                               countText(tests()), rateText()));
+}
+
+QString StateRow::filledAsTotal(const QString &rowTemplate) const
+{
+    return fillTemplate(rowTemplate,
+                        rowValues(bold(QStringLiteral("Total")), bold(countText(successes)),
+                                  bold(countText(failures)), bold(countText(tests())),
+                                  bold(rateText())));
+}
+
+void StateRow::addCounts(CsvText &csv) const
+{
+    csv.number(successes).number(failures).number(tests());
+    csv.fixed(tests() == 0 ? 0 : successes / tests() * 100);
+}

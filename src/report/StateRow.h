@@ -1,0 +1,23 @@
+#pragma once
+
+#include "report/Csv.h"
+#include "report/Templates.h"
+
+/// One row of a state table: on the page and in the CSV file.
+struct StateRow
+{
+    QString label;
+    double successes = 0;
+    double failures = 0;
+
+    double tests() const { return successes + failures; }
+    /// Success rate in percent with two decimals; "n/a" without tests.
+    QString rateText() const;
+
+    QString filled(const QString &rowTemplate) const;
+    /// The same as the table's total: "<b>Total</b>", and each number in bold.
+    QString filledAsTotal(const QString &rowTemplate) const;
+
+    /// Adds success, critical and total counts and the rate (0 without tests) to a record.
+    void addCounts(CsvText &csv) const;
+};

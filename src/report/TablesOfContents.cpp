@@ -1,0 +1,181 @@
+#include "report/TablesOfContents.h"
+
+#include "core/Error.h"
+#include "core/Files.h"
+#include "core/GrapherConfig.h"
+#include "core/State.h"
+#include "core/Status.h"
+#include "core/TimeZone.h"
+#include "data/Connection.h"
+#include "data/DeviceSelection.h"
+#include "definitions/Dates.h"
+#include "definitions/DefinitionStores.h"
+#include "report/OutputTree.h"
+
+namespace {
+
+const QString deviceListQuery = QStringLiteral("Select * from Devices order by MachName");
+
+/// Shows "Creating Work Path: " and creates the output folder.
+bool createOutputFolder(QString &errorText)
+{
+    const QString folder = outputFolder();
+    ShowStatus(QLatin1String("Creating Work Path: ") + folder);
+    return createWorkPath(folder, errorText);
+}
+
+/// Moves to a device's row; false when the database does not know the device.
+bool findDevice(StaticRecordset &devices, const QString &muid)
+{
+    devices.setFilter(QStringLiteral("[MUID]='%1'").arg(muid));
+    return !devices.eof();
+}
+
+QString chartTitleOf(const clsReportDef &report)
+{
+    const auto chart = gChartDefs.find(report.ChartID);
+    return chart ? chart->ChartTitle : QString();
+}
+
+/// When the report last ran under any of its schedules; empty when it never did.
+QString lastRunText(const clsReportDef &report)
+{
+    QDateTime last = zeroDate();
+    for (const auto &schedule : report.ReportSchedules)
+        last = std::max(last, schedule->LastRunDate);
+    return last == zeroDate() ? QString()
+                              : reportDateText(last) + u' ' + reportTimeText(last).left(5);
+}
+
+bool writeMasterTOC(QString &errorText)
+{
+    ShowStatus(QStringLiteral("Generating Master TOC"));
+    if (!createOutputFolder(errorText))
+        return false;
+    ShowStatus(QStringLiteral("Loading report definitions."));
+    LoadReportDefs();
+    ShowStatus(QStringLiteral("Loading report TOC templates."));
+    ShowStatus(QStringLiteral("Loading TOC Templates"));
+    clsChartOutputBuilder builder;
+    builder.LoadTOCTemplates();
+
+    ShowStatus(QStringLiteral("Opening database."));
+    if (!OpenDatabase(errorText))
+        return false;
+    ShowStatus(QStringLiteral("Loading device list."));
+    StaticRecordset devices = openStatic(deviceListQuery);
+
+    ShowStatus(QStringLiteral("Opening TOC file."));
+    PageText page;
+    ShowStatus(QStringLiteral("Writing TOC file (reportlist.1)."));
+    constexpr QLatin1String marker("%%report.list%%");
+    const QString contents =
+        fillTemplate(builder.TOC, {{QLatin1String("page.lang"), pageLanguage()}});
+    page.write(GetHTIPart(contents, marker, true));
+    int number = 0;
+    for (const auto &report : gReportDefs) {
+        if (!createWorkPath(reportFolder(*report), errorText))
+            return false;
+        page.write(fillTemplate(
+            builder.TOC_ReportItem,
+            {
+                {QLatin1String("report.id"), folderSafe(report->ReportID)},
+                {QLatin1String("report.tempid"), QString::number(++number)},
+                {QLatin1String("report.title"), report->ReportTitle},
+                {QLatin1String("chart.title"), chartTitleOf(*report)},
+                {QLatin1String("report.lastrun"), lastRunText(*report)},
+                {QLatin1String("report.devices"), QString::number(report->ReportDevices.size())},
+            }));
+        for (const auto &device : report->ReportDevices) {
+            if (findDevice(devices, device->MUID) &&
+                !createWorkPath(deviceFolder(*report, device->MUID), errorText))
+                return false;
+        }
+    }
+    ShowStatus(QStringLiteral("Writing TOC file (reportlist.2)."));
+    page.write(GetHTIPart(contents, marker, false));
+    saveFile(outputFolder() + gConfig->TOU_TOC, page.bytes());
+    ShowStatus(QStringLiteral("Finishing TOC Generation"));
+    return true;
+}
+
+bool writeReportTOC(clsReportDef &report, QString &errorText, clsChartOutputBuilder &builder)
+{
+    ShowStatus(QLatin1String("Generating TOC: [") + report.ReportTitle + u']');
+    if (!createOutputFolder(errorText))
+        return false;
+    ShowStatus(QStringLiteral("Loading report TOC templates."));
+    builder.LoadTOCTemplates();
+    ShowStatus(QStringLiteral("Opening database."));
+    if (!OpenDatabase(errorText))
+        return false;
+    ShowStatus(QStringLiteral("Loading device list."));
+    StaticRecordset devices = openStatic(deviceListQuery);
+    SortDeviceSelection(report, devices);
+    const int nameColumn = devices.column(QStringLiteral("MachName"));
+    const int descriptionColumn = devices.column(QStringLiteral("MachDesc"));
+    if (!createWorkPath(reportFolder(report), errorText))
+        return false;
+
+    const QString folder = reportFolder(report);
+    const Placeholders reportValues = {
+        {QLatin1String("report.title"), report.ReportTitle},
+        {QLatin1String("report.id"), folderSafe(report.ReportID)},
+        {QLatin1String("chart.title"), chartTitleOf(report)},
+        {QLatin1String("page.lang"), pageLanguage()},
+    };
+    ShowStatus(QStringLiteral("Opening TOC TOP file."));
+    PageText top;
+    top.write(fillTemplate(builder.REP_Top, reportValues));
+    saveFile(folder + gConfig->TOU_REP_Top, top.bytes());
+
+    constexpr QLatin1String marker("%%device.list%%");
+    const QString contents = fillTemplate(builder.REP_TOC, reportValues);
+    PageText page;
+    ShowStatus(QStringLiteral("Writing TOC file (reportlist.1)."));
+    page.write(GetHTIPart(contents, marker, true));
+    for (const auto &device : report.ReportDevices) {
+        if (!findDevice(devices, device->MUID))
+            continue;
+        if (!createWorkPath(deviceFolder(report, device->MUID), errorText))
+            return false;
+        page.write(fillTemplate(builder.REP_DeviceItem,
+                                {
+                                    {QLatin1String("mach.muid"), device->MUID},
+                                    {QLatin1String("mach.unmuid"), folderSafe(device->MUID)},
+                                    {QLatin1String("mach.name"), devices.text(nameColumn)},
+                                    {QLatin1String("mach.desc"), devices.text(descriptionColumn)},
+                                }));
+    }
+    ShowStatus(QStringLiteral("Writing TOC file (reportlist.2)."));
+    page.write(GetHTIPart(contents, marker, false));
+    saveFile(folder + gConfig->TOU_REP_TOC, page.bytes());
+    return true;
+}
+
+/// Runs a writer; an error that it throws becomes a status line and the failure text.
+template <typename Writer>
+bool reportingErrors(QString &errorText, const QString &what, Writer write)
+{
+    try {
+        return write();
+    } catch (const Error &error) {
+        errorText = QStringLiteral("Error generating %1 ").arg(what) + errorTail(error);
+        ShowStatus(errorText);
+        return false;
+    }
+}
+
+} // namespace
+
+bool GenerateMasterTOC(QString &errorText)
+{
+    return reportingErrors(errorText, QStringLiteral("master TOC"),
+                           [&] { return writeMasterTOC(errorText); });
+}
+
+bool GenerateReportTOC(clsReportDef &report, QString &errorText, clsChartOutputBuilder &builder)
+{
+    return reportingErrors(errorText, QLatin1String("TOC [") + report.ReportTitle + u']',
+                           [&] { return writeReportTOC(report, errorText, builder); });
+}

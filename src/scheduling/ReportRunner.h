@@ -1,0 +1,44 @@
+#pragma once
+
+#include "definitions/GraphDef.h"
+
+#include <QString>
+#include <QStringList>
+
+/// The run of selected reports, unattended or from the window. Main thread only.
+
+/// What an interactive run asks of the window around it.
+class RunHost
+{
+public:
+    virtual ~RunHost() = default;
+
+    /// Lets the user set a custom range's StartTime and EndTime; false cancels the whole run.
+    virtual bool askCustomRange(clsGraphDef &chart) = 0;
+    virtual void showMessage(const QString &title, const QString &text) = 0;
+    virtual void openInBrowser(const QString &url) = 0;
+};
+
+/// Which of the selected reports a run takes.
+enum class RunChoice {
+    Due, ///< those with at least one schedule that has fallen due
+    All  ///< all of them, whatever their schedules say
+};
+
+struct RunResult
+{
+    int reports = 0; ///< reports taken into the run
+    int failed = 0;  ///< reports (and tables of contents) that could not be produced
+    int chartsWithoutImage = 0;
+    bool cancelled = false;
+};
+
+/// Runs reports given by their ReportID: loads all definitions, writes the master table of
+/// contents, copies the companion files and produces each report. A report that was produced gets
+/// the present time as LastRunDate of all its schedules; one that failed keeps its dates, so that
+/// it stays due by its schedules' rules. `host` is null in an unattended run.
+///
+/// While a run is in progress a further call does nothing: set CancelRequested to cancel it.
+RunResult runReports(const QStringList &reportIds, RunChoice choice, RunHost *host = nullptr);
+
+bool runInProgress();
