@@ -12,7 +12,7 @@ enum class CellKind {
     Integer, ///< SQLBIGINT
     Flag,    ///< unsigned char; true reads as -1, as in an Access file
     Number,  ///< double
-    Single,  ///< float
+    Single,  ///< double of single precision; one driver misplaces bound floats
     Instant, ///< SQL_TIMESTAMP_STRUCT
     Text,    ///< QString
 };

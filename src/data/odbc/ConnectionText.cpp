@@ -20,6 +20,9 @@ struct Setting
     QChar quote;      ///< '{', an apostrophe or a quotation mark; null for a bare value
     QString trailing; ///< what stands behind the closing quote
     bool hasValue = false;
+
+    /// Blanks count within quotes only.
+    QString meaning() const { return quote.isNull() ? value.trimmed() : value; }
 };
 
 QChar closing(QChar quote)
@@ -121,7 +124,7 @@ QString quoted(QString value, QChar quote)
 QString odbcValue(const QString &value)
 {
     static const QRegularExpression special(QStringLiteral("[\\[\\]{}(),;?*=!@]|^\\s|\\s$"));
-    return value.contains(special) ? quoted(value, u'{') : value.trimmed();
+    return value.contains(special) ? quoted(value, u'{') : value;
 }
 
 class Translation
@@ -266,13 +269,13 @@ QString serverText(const std::vector<Setting> &settings, const QStringList &inst
         if (!known)
             known = find(serverKeywords, setting);
         if (!known)
-            translation.add(setting.keyword, setting.value);
+            translation.add(setting.keyword, setting.meaning());
         else if (known->odbc == server)
-            translation.add(known->odbc, serverName(setting.value, isFreeTds));
+            translation.add(known->odbc, serverName(setting.meaning(), isFreeTds));
         else if (isSwitch(known->odbc))
-            translation.add(known->odbc, switchValue(setting.value));
+            translation.add(known->odbc, switchValue(setting.meaning()));
         else if (!known->odbc.isEmpty())
-            translation.add(known->odbc, setting.value);
+            translation.add(known->odbc, setting.meaning());
     }
     if (isFreeTds) {
         // Its defaults are an old protocol and the client's eight-bit character set.
@@ -290,15 +293,15 @@ QString unwrappedText(const std::vector<Setting> &settings)
             continue;
         const Keyword *known = find(commonKeywords, setting);
         if (is(setting, QLatin1String("Extended Properties")))
-            translation.splice(setting.value);
+            translation.splice(setting.meaning());
         else if (is(setting, QLatin1String("Data Source")))
-            translation.add(QStringLiteral("DSN"), setting.value);
+            translation.add(QStringLiteral("DSN"), setting.meaning());
         else if (!known)
-            translation.splice(
-                setting.keyword + u'=' +
-                (setting.quote == u'{' ? quoted(setting.value, u'{') : odbcValue(setting.value)));
+            translation.splice(setting.keyword + u'=' +
+                               (setting.quote == u'{' ? quoted(setting.meaning(), u'{')
+                                                      : odbcValue(setting.meaning())));
         else if (!known->odbc.isEmpty())
-            translation.add(known->odbc, setting.value);
+            translation.add(known->odbc, setting.meaning());
     }
     return translation.text();
 }
@@ -323,7 +326,7 @@ QString odbcText(const QString &connectionText, const QStringList &installedDriv
                    {QLatin1String("DRIVER"), QLatin1String("DSN"), QLatin1String("FILEDSN")})
                    ? connectionText
                    : serverText(settings, installedDrivers);
-    const QString name = provider->value.trimmed();
+    const QString name = provider->meaning();
     if (name.startsWith(u"MSDASQL", Qt::CaseInsensitive))
         return unwrappedText(settings);
     if (isServerProvider(name))
@@ -362,8 +365,8 @@ QStringList passwordsIn(const QString &connectionText)
 {
     QStringList passwords;
     for (const Setting &setting : readSettings(connectionText)) {
-        if (isPassword(setting) && !setting.value.isEmpty())
-            passwords.append(setting.value);
+        if (isPassword(setting) && !setting.meaning().isEmpty())
+            passwords.append(setting.meaning());
         else if (!setting.quote.isNull())
             passwords += passwordsIn(setting.value);
     }

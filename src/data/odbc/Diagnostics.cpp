@@ -37,9 +37,10 @@ OdbcError::OdbcError(int nativeNumber, QString text, QString sqlState)
 
 bool OdbcError::endsConnection() const
 {
-    // Classes: restricted use (07), data (22), syntax or access (42, S0 of old); what a driver
-    // does not offer. Anything else, time-outs among it, may have left the connection half-way.
-    for (const char *harmless : {"07", "22", "42", "S0", "HYC00", "IM001"}) {
+    // Classes: restricted use (07), number of rows (21), data (22), syntax or access (42, S0 of
+    // old); what a driver does not offer. Anything else, time-outs among it, may have left the
+    // connection half-way.
+    for (const char *harmless : {"07", "21", "22", "42", "S0", "HYC00", "IM001"}) {
         if (state.startsWith(QLatin1String(harmless)))
             return false;
     }

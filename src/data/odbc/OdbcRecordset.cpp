@@ -45,7 +45,8 @@ struct OdbcRecordset::Cell
     }
     double number() const
     {
-        return kind == CellKind::Single ? double(load<float>(bytes)) : load<double>(bytes);
+        const auto number = load<double>(bytes);
+        return kind == CellKind::Single ? double(float(number)) : number;
     }
     qint64 instant() const { return instantOfStamp(load<SQL_TIMESTAMP_STRUCT>(bytes)); }
 };

@@ -65,9 +65,8 @@ SQLSMALLINT cellType(CellKind kind)
     case CellKind::Flag:
         return SQL_C_BIT;
     case CellKind::Number:
-        return SQL_C_DOUBLE;
     case CellKind::Single:
-        return SQL_C_FLOAT;
+        return SQL_C_DOUBLE;
     case CellKind::Instant:
         return SQL_C_TYPE_TIMESTAMP;
     case CellKind::Text:
@@ -81,11 +80,10 @@ std::size_t cellWidth(CellKind kind)
     switch (kind) {
     case CellKind::Integer:
     case CellKind::Number:
+    case CellKind::Single:
         return 8;
     case CellKind::Flag:
         return 1;
-    case CellKind::Single:
-        return 4;
     case CellKind::Instant:
         return sizeof(SQL_TIMESTAMP_STRUCT);
     case CellKind::Text:
