@@ -123,9 +123,9 @@ void paintCounterChart(QPainter &painter, const CounterChart &chart, const QSize
     plot.drawTimeGrid(painter);
     drawLevel(painter, plot, statistics.mean, lines.average);
     drawLevel(painter, plot, statistics.percentile95, lines.percentile);
-    drawValues(painter, curve, linePen(ink::value, std::max(1.0, 1.5 * style.scale)));
     if (hasMoving)
         drawPoints(painter, chart.series, moving, plot, lines.moving);
+    drawValues(painter, curve, linePen(ink::value, std::max(1.0, 1.5 * style.scale)));
     plot.drawValues(painter);
     plot.drawTimes(painter);
 }

@@ -89,10 +89,23 @@ private:
     /// direction.
     void addPiece(int row, double left, double right, float height)
     {
-        const double most = m_bounds.width();
-        left = std::clamp(left, 0.0, most);
-        right = std::clamp(right, 0.0, most);
         float *change = m_changes.data() + static_cast<size_t>(row) * m_stride;
+        if (left < 0) {
+            // What lies before the first pixel changes all of them alike.
+            const double outside = right <= 0 ? 1 : left / (left - right);
+            change[0] += height * static_cast<float>(outside);
+            height *= static_cast<float>(1 - outside);
+            left = 0;
+        }
+        const double end = m_bounds.width();
+        if (right > end) {
+            if (left >= end)
+                return;
+            height *= static_cast<float>((end - left) / (right - left));
+            right = end;
+        }
+        if (right < left)
+            return;
         const int first = static_cast<int>(left);
         const int last = static_cast<int>(std::ceil(right));
         if (last <= first + 1) {

@@ -3,6 +3,16 @@
 #include <algorithm>
 #include <cmath>
 
+namespace {
+
+/// Between the plot and the labels below it; the lowest label at its left reaches as far down.
+double labelGap(const ChartStyle &style)
+{
+    return std::ceil(style.label.height() / 2);
+}
+
+} // namespace
+
 TimePlot::TimePlot(const QRectF &room, const DataSeries &series, int labelStep,
                    const ChartStyle &style, const AxisMaker &makeValueAxis)
     : m_style(style)
@@ -10,7 +20,7 @@ TimePlot::TimePlot(const QRectF &room, const DataSeries &series, int labelStep,
 {
     const double textHeight = std::ceil(style.label.height());
     const bool twoRows = room.height() >= textHeight * 7;
-    const double footHeight = style.px(5) + textHeight * (twoRows ? 2 : 1);
+    const double footHeight = labelGap(style) + textHeight * (twoRows ? 2 : 1);
     // Half a label stands above the topmost grid line.
     const double top = std::ceil(room.top() + textHeight / 2);
     const double bottom = std::floor(std::max(top + 1, room.bottom() - footHeight));
@@ -38,6 +48,8 @@ void TimePlot::drawGrid(QPainter &painter) const
         const double line = std::round(y(m_values.ticks[i]));
         fillBox(painter, QRectF(m_area.left(), line, m_area.width(), thickness), ink::grid);
     }
+    const double zero = m_values.least < 0 && m_values.greatest > 0 ? y(0) : m_area.bottom();
+    fillBox(painter, QRectF(m_area.left(), std::round(zero), m_area.width(), thickness), ink::axis);
 }
 
 void TimePlot::drawTimeGrid(QPainter &painter) const
@@ -65,10 +77,7 @@ void TimePlot::drawValues(QPainter &painter) const
 void TimePlot::drawTimes(QPainter &painter) const
 {
     const double thickness = std::max(1.0, std::floor(m_style.scale));
-    const double zero = m_values.least < 0 && m_values.greatest > 0 ? y(0) : m_area.bottom();
-    fillBox(painter, QRectF(m_area.left(), std::round(zero), m_area.width(), thickness), ink::axis);
-
-    const double labelTop = m_area.bottom() + m_style.px(5);
+    const double labelTop = m_area.bottom() + labelGap(m_style);
     for (const TimeTick &tick : m_times.ticks) {
         const double x = m_area.left() + tick.x;
         if (tick.onEdge)

@@ -25,12 +25,12 @@ public:
         return m_area.bottom() - m_values.position(value) * m_area.height();
     }
 
-    /// Grid lines; they shine through what lies below them.
+    /// Base line and grid lines; they shine through what lies below them.
     void drawGrid(QPainter &painter) const;
     void drawTimeGrid(QPainter &painter) const;
     /// Labels of the value axis.
     void drawValues(QPainter &painter) const;
-    /// Base line, tick marks and labels of the time axis.
+    /// Tick marks and labels of the time axis.
     void drawTimes(QPainter &painter) const;
 
 private:

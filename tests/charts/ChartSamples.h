@@ -1,0 +1,67 @@
+#pragma once
+
+#include "charts/ChartJob.h"
+
+#include <QTimeZone>
+
+/// Series for tests. A bucket is described by its wall time in a zone.
+
+/// `count` buckets of `minutes` minutes from a wall time in UTC on, without samples.
+inline DataSeries emptySeries(int count, int minutes = 60,
+                              const QDateTime &from = QDateTime(QDate(2024, 3, 4), QTime(0, 0),
+                                                                Qt::UTC))
+{
+    DataSeries series;
+    series.frequency = minutes == 1440 ? 2 : minutes == 60 ? 1 : 0;
+    series.minuteInterval = minutes;
+    for (int i = 0; i < count; ++i) {
+        SeriesBucket bucket;
+        bucket.wallStart = from.addSecs(qint64(i) * minutes * 60);
+        bucket.start = bucket.wallStart.toMSecsSinceEpoch();
+        bucket.end = bucket.start + qint64(minutes) * 60'000;
+        series.buckets.push_back(bucket);
+    }
+    return series;
+}
+
+inline DataSeries stateSeries(const QList<std::pair<qint64, qint64>> &counts, int minutes = 60)
+{
+    DataSeries series = emptySeries(static_cast<int>(counts.size()), minutes);
+    series.scale = stateScale;
+    for (qsizetype i = 0; i < counts.size(); ++i) {
+        SeriesBucket &bucket = series.buckets[static_cast<size_t>(i)];
+        bucket.successes = counts[i].first;
+        bucket.count = counts[i].first + counts[i].second;
+    }
+    return series;
+}
+
+inline constexpr double noValue = -12345; ///< marks an empty bucket below
+
+inline DataSeries counterSeries(const QList<double> &means, double spread = 0, int minutes = 60)
+{
+    DataSeries series = emptySeries(static_cast<int>(means.size()), minutes);
+    for (qsizetype i = 0; i < means.size(); ++i) {
+        if (means[i] == noValue)
+            continue;
+        SeriesBucket &bucket = series.buckets[static_cast<size_t>(i)];
+        bucket.count = 4;
+        bucket.mean = means[i];
+        bucket.least = means[i] - spread;
+        bucket.greatest = means[i] + spread;
+    }
+    return series;
+}
+
+inline ChartFrame sampleFrame(const QSize &size = {640, 390}, int quality = 2)
+{
+    ChartFrame frame;
+    frame.title = QStringLiteral("Last week by hour");
+    frame.subtitle = QStringLiteral("M\u00FCnchen router \u2013 Ping");
+    frame.period = QStringLiteral("2024-03-04 00:00 to 2024-03-10 23:59");
+    frame.zone = QStringLiteral("Europe/Berlin, UTC+01:00");
+    frame.credit = QStringLiteral("Vantrel Graphing Tool \u00A9 2024");
+    frame.size = size;
+    frame.quality = quality;
+    return frame;
+}
