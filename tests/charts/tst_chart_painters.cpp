@@ -216,7 +216,7 @@ private Q_SLOTS:
             int green = 0;
             for (int x = 0; x < image.width(); ++x) {
                 const QRgb pixel = image.pixel(x, y);
-                green += qGreen(pixel) > qRed(pixel) + 80 && qGreen(pixel) > qBlue(pixel) + 80;
+                green += qGreen(pixel) > qRed(pixel) + 40 && qGreen(pixel) > qBlue(pixel) + 40;
             }
             most = std::max(most, green);
         }
