@@ -62,6 +62,8 @@ private Q_SLOTS:
     void initTestCase();
     void namesThePlace_data();
     void namesThePlace();
+    void readsOnWhereNoRowIsLost_data();
+    void readsOnWhereNoRowIsLost();
     void fileCutAnywhere();
     void flippedBitsOfTheRowTables();
     void flippedBitsAnywhere();
@@ -191,9 +193,10 @@ void tst_AccessDamage::namesThePlace_data()
         const int bit = d.fullPage - int(d.number(d.mapPage(), d.mapStart() + 1));
         d.page(d.mapPage())[d.mapStart() + 5 + bit / 8] &= char(~(1 << bit % 8));
     });
-    row("map with a foreign page", "not a data page", [](Damaged &d) {
+    row("map with a foreign page and no count", "not a data page", [](Damaged &d) {
         const int bit = d.fullPage - int(d.number(d.mapPage(), d.mapStart() + 1));
         d.page(d.mapPage())[d.mapStart() + 5 + bit / 8] |= char(0xFF);
+        d.setNumber(d.definition, 16, 0); // no count tells that all rows are there
     });
     row("map with a page behind the end", "does not exist",
         [](Damaged &d) { d.page(d.mapPage())[d.mapStart() + 5 + 63] |= char(0x80); });
@@ -240,6 +243,29 @@ void tst_AccessDamage::namesThePlace()
                  error.description.contains(words),
              qPrintable(error.description));
     QCOMPARE(readTable(path, mixed), m_mixed); // the other table is as readable as before
+}
+
+void tst_AccessDamage::readsOnWhereNoRowIsLost_data()
+{
+    QTest::addColumn<Damage>("damage");
+    QTest::newRow("map with a page given back") << Damage([](Damaged &d) {
+        const int bit = d.fullPage - int(d.number(d.mapPage(), d.mapStart() + 1));
+        d.page(d.mapPage())[d.mapStart() + 5 + bit / 8] |= char(0xFF);
+    });
+    QTest::newRow("deleted rows not counted off")
+        << Damage([](Damaged &d) { d.setNumber(d.definition, 16, 160); });
+    QTest::newRow("no count") << Damage([](Damaged &d) { d.setNumber(d.definition, 16, 0); });
+}
+
+void tst_AccessDamage::readsOnWhereNoRowIsLost()
+{
+    QFETCH(Damage, damage);
+    Damaged damaged = m_whole;
+    damage(damaged);
+    QVERIFY(damaged.bytes != m_whole.bytes);
+    const QString path = m_folder.filePath(QStringLiteral("odd.mdb"));
+    writeQuickly(path, damaged.bytes);
+    QCOMPARE(readTable(path, samples), m_samples);
 }
 
 void tst_AccessDamage::check(bool valuesMayDiffer, const QString &what)

@@ -11,6 +11,7 @@
 #include <QDateTime>
 
 #include <algorithm>
+#include <optional>
 
 namespace mdb {
 
@@ -45,6 +46,9 @@ public:
     void readBlock(quint32 first);
     void checkOwner(QByteArrayView page, const Place &here) const;
     void followPointer(const RowSlot &slot);
+    bool takesPage(QByteArrayView page);
+    void countDeleted(const RowSlot &slot);
+    bool countsDeletedRows(qint64 stated) const;
     void checkRowCount();
 
     const char *fixedValue(const Column &column) const
@@ -67,6 +71,10 @@ public:
     Place place; ///< the page that the walk is on
     qint64 statedRows = 0;
     qint64 foundRows = 0;
+    qint64 deletedRows = 0;       ///< rows flagged as deleted, moved rows that a pointer names not
+                                  ///< among them once the walk is done
+    qint64 halfDeletedRows = 0;   ///< those of them that carry the one flag alone
+    std::optional<Error> foreign; ///< about the first page that is none of the table's
 
     std::vector<quint32> pages;
     size_t pageAt = 0; ///< next one to visit
@@ -94,8 +102,10 @@ bool RowCursor::next()
     for (;;) {
         while (d->slotAt < d->slots.size()) {
             const RowSlot &slot = d->slots[d->slotAt++];
-            if (slot.isDeleted())
+            if (slot.isDeleted()) {
+                d->countDeleted(slot);
                 continue;
+            }
             ++d->foundRows;
             if (slot.isPointer())
                 d->followPointer(slot);
@@ -127,9 +137,31 @@ bool RowCursor::Private::nextPage()
     page =
         block.constData() + static_cast<qsizetype>(number - blockFirst) * reader.format().pageSize;
     const QByteArrayView bytes(page, reader.format().pageSize);
-    checkOwner(bytes, place);
-    readRowTable(reader.format(), bytes, place, slots);
+    if (takesPage(bytes))
+        readRowTable(reader.format(), bytes, place, slots);
     return true;
+}
+
+/// Whether a page of the table's map holds rows of the table. Maps keep pages that were given back
+/// now and then: whether one that belongs to another table is such a page, or damaged, is known
+/// once the rows are counted.
+bool RowCursor::Private::takesPage(QByteArrayView bytes)
+{
+    try {
+        checkOwner(bytes, place);
+        return true;
+    } catch (const Error &error) {
+        if (!foreign)
+            foreign = error;
+        return false;
+    }
+}
+
+void RowCursor::Private::countDeleted(const RowSlot &slot)
+{
+    ++deletedRows;
+    if (!slot.isPointer())
+        ++halfDeletedRows;
 }
 
 /// Reads the run of pages that begins with `first`, as far as the table's pages lie close together.
@@ -175,13 +207,24 @@ void RowCursor::Private::followPointer(const RowSlot &slot)
             here.fail(QStringLiteral("row %1 is pointed to, yet also stands for itself")
                           .arg(pointer.row));
         }
-        if (target.isPointer())
+        if (target.isPointer()) {
+            --deletedRows;
             continue;
+        }
+        --deletedRows; // the walk meets it as a deleted row
+        --halfDeletedRows;
         moved = bytes.toByteArray();
         row = layout.view(moved.constData(), moved.constData() + moved.size(), here);
         return;
     }
     here.fail(QStringLiteral("a row's pointers form a ring"));
+}
+
+/// Some programs flag rows as deleted without counting them off. The count then is that of all
+/// rows; a single row that carries one flag alone may as well be a live one with a bit flipped.
+bool RowCursor::Private::countsDeletedRows(qint64 stated) const
+{
+    return stated == foundRows + deletedRows && (deletedRows > 1 || halfDeletedRows == 0);
 }
 
 /// The count in the definition is no measure of what there should be: it is 0 after an unclean
@@ -190,11 +233,13 @@ void RowCursor::Private::followPointer(const RowSlot &slot)
 void RowCursor::Private::checkRowCount()
 {
     place.page = table.definitionPage;
+    if (foreign && (statedRows == 0 || foundRows < statedRows))
+        throw Error(*foreign);
     if (foundRows >= statedRows)
         return;
     reader.forget();
     const qint64 stated = std::min(statedRows, readState(reader, table).statedRows);
-    if (foundRows < stated) {
+    if (foundRows < stated && !countsDeletedRows(stated)) {
         place.fail(QStringLiteral("the table states %1 rows, but only %2 can be found")
                        .arg(stated)
                        .arg(foundRows));

@@ -1,4 +1,5 @@
-/// access-export FILE [TABLE]: lists the user tables of an Access file, or prints one as CSV.
+/// access-export FILE [TABLE]: lists the user tables of an Access file, or prints one as CSV, its
+/// columns in the order of their numbers.
 ///
 /// UTF-8, one record a line ("\n"), the first one with the column names. A field that holds a
 /// comma, a quote or a line break is quoted. NULL is an empty field, an empty text is "". Booleans
@@ -13,6 +14,8 @@
 
 #include <algorithm>
 #include <cstdio>
+#include <numeric>
+#include <vector>
 
 namespace {
 
@@ -58,29 +61,41 @@ void listTables(const mdb::AccessFile &file, Output &output)
         output.buffer += name.toUtf8() + '\n';
 }
 
+/// The columns in the order of their numbers, as other readers list them.
+std::vector<int> columnsByNumber(const mdb::Table &table)
+{
+    std::vector<int> columns(table.columns.size());
+    std::iota(columns.begin(), columns.end(), 0);
+    std::stable_sort(columns.begin(), columns.end(), [&](int a, int b) {
+        return table.columns[static_cast<size_t>(a)].number
+            < table.columns[static_cast<size_t>(b)].number;
+    });
+    return columns;
+}
+
 void printTable(mdb::AccessFile &file, const QString &name, Output &output)
 {
     const mdb::Table &table = file.table(name);
-    const auto columns = static_cast<int>(table.columns.size());
+    const std::vector<int> columns = columnsByNumber(table);
     QByteArray &out = output.buffer;
-    for (int i = 0; i < columns; ++i) {
-        if (i > 0)
+    for (const int column : columns) {
+        if (column != columns.front())
             out += ',';
         const qsizetype start = out.size();
-        out += table.columns[static_cast<size_t>(i)].name.toUtf8();
+        out += table.columns[static_cast<size_t>(column)].name.toUtf8();
         quoteFrom(out, start);
     }
     out += '\n';
 
     mdb::RowCursor row(file, table);
     while (row.next()) {
-        for (int i = 0; i < columns; ++i) {
-            if (i > 0)
+        for (const int column : columns) {
+            if (column != columns.front())
                 out += ',';
-            if (row.isNull(i))
+            if (row.isNull(column))
                 continue;
             const qsizetype start = out.size();
-            row.appendText(i, out);
+            row.appendText(column, out);
             quoteFrom(out, start);
         }
         out += '\n';
