@@ -9,6 +9,9 @@
 #include <QTemporaryDir>
 #include <QThread>
 
+#include <csignal>
+#include <sys/prctl.h>
+
 /// A MariaDB server of the test's own: on loopback, in a temporary folder, with the account
 /// "grapher". Whatever keeps it from running throws, which fails the test. The server ends with the
 /// object.
@@ -88,6 +91,7 @@ private:
     void start(const QStringList &common)
     {
         m_server.setProcessChannelMode(QProcess::MergedChannels);
+        m_server.setChildProcessModifier([] { ::prctl(PR_SET_PDEATHSIG, SIGTERM); }); // never left over
         m_server.setStandardOutputFile(path("server.log"));
         m_server.start(QStringLiteral("/usr/sbin/mariadbd"),
                        common + QStringList{QStringLiteral("--bind-address=127.0.0.1"),

@@ -115,7 +115,9 @@ void OdbcStatement::execute(const QString &sql, const QStringList &wanted,
     if (time.count() > 0)
         set(SQL_ATTR_QUERY_TIMEOUT, odbcValue(static_cast<SQLULEN>(time.count())));
 
-    const SQLRETURN result = SQLExecDirectW(m_statement.get(), odbcString(sql), SQL_NTS);
+    // Not at once by SQLExecDirect: MariaDB's driver 3.1 crashes in it when the connection breaks.
+    check(SQLPrepareW(m_statement.get(), odbcString(sql), SQL_NTS), m_statement);
+    const SQLRETURN result = SQLExecute(m_statement.get());
     m_isAtEnd = result == SQL_NO_DATA;
     if (!m_isAtEnd)
         check(result, m_statement);
