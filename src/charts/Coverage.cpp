@@ -29,6 +29,7 @@ public:
             addEdge(polygon[i], polygon[i + 1 < polygon.size() ? i + 1 : 0]);
     }
 
+    /// The shapes in a colour. The image's pixels are valid until the thread's next mask.
     QImage image(const QColor &color) const
     {
         std::array<QRgb, 256> inks;
@@ -37,10 +38,12 @@ public:
             ink.setAlphaF(color.alphaF() * static_cast<float>(i) / 255.0F);
             inks[i] = qPremultiply(ink.rgba());
         }
-        QImage result(m_bounds.size(), QImage::Format_ARGB32_Premultiplied);
+        thread_local std::vector<QRgb> pixels; // half a megabyte, used again by the next mask
+        pixels.resize(static_cast<size_t>(m_bounds.width()) *
+                      static_cast<size_t>(m_bounds.height()));
+        QRgb *pixel = pixels.data();
         for (int y = 0; y < m_bounds.height(); ++y) {
             const float *change = m_changes.data() + static_cast<size_t>(y) * m_stride;
-            auto *pixel = reinterpret_cast<QRgb *>(result.scanLine(y));
             float share = 0;
             QRgb ink = inks[0];
             for (int x = 0; x < m_bounds.width(); ++x) {
@@ -48,10 +51,11 @@ public:
                     share += change[x];
                     ink = inks[static_cast<size_t>(std::min(std::abs(share), 1.0F) * 255 + 0.5F)];
                 }
-                pixel[x] = ink;
+                *pixel++ = ink;
             }
         }
-        return result;
+        return QImage(reinterpret_cast<const uchar *>(pixels.data()), m_bounds.width(),
+                      m_bounds.height(), QImage::Format_ARGB32_Premultiplied);
     }
 
 private:

@@ -43,7 +43,14 @@ public:
     {
         return static_cast<quint16>(entry - m_entries.data());
     }
-    const Entry &at(quint16 place) const { return m_entries[place]; }
+    /// The numbers in the palette, by place.
+    std::vector<uchar> numbers() const
+    {
+        std::vector<uchar> list(m_entries.size());
+        std::transform(m_entries.begin(), m_entries.end(), list.begin(),
+                       [](const Entry &entry) { return entry.number; });
+        return list;
+    }
 
     /// By frequency, most frequent first; equal ones by colour, so that the order is always the
     /// same.
@@ -172,7 +179,7 @@ std::optional<PalettedImage> paletted(const QImage &image)
     quint16 *place = places.data();
     for (int y = 0; y < height; ++y) {
         if (sameAsAbove(y)) {
-            place = std::copy_n(place - width, width, place);
+            place += width;
             continue;
         }
         const bool complete = forEachRun(row(y), width, [&](QRgb color, int length) {
@@ -194,8 +201,17 @@ std::optional<PalettedImage> paletted(const QImage &image)
     result.colors = std::move(palette.colors);
     result.width = width;
     result.height = height;
+    const std::vector<uchar> numbers = table.numbers();
     result.pixels.resize(places.size());
-    std::transform(places.begin(), places.end(), result.pixels.begin(),
-                   [&](quint16 at) { return table.at(at).number; });
+    uchar *pixel = result.pixels.data();
+    place = places.data();
+    for (int y = 0; y < height; ++y) {
+        if (sameAsAbove(y))
+            std::copy_n(pixel - width, width, pixel);
+        else
+            std::transform(place, place + width, pixel, [&](quint16 at) { return numbers[at]; });
+        place += width;
+        pixel += width;
+    }
     return result;
 }
