@@ -3,6 +3,8 @@
 #include "core/Error.h"
 #include "core/TimeZone.h"
 
+#include <algorithm>
+
 namespace {
 
 constexpr qint64 minute = 60'000;

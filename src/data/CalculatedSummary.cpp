@@ -3,7 +3,9 @@
 #include "core/Error.h"
 #include "data/Buckets.h"
 
+#include <algorithm>
 #include <cmath>
+#include <optional>
 
 namespace {
 

@@ -221,8 +221,15 @@ void tst_Samples::scopeLimitsWhatIsKept()
     check(5, start, start + 9000); // the third one: better to keep all
     QCOMPARE(connection.sampleIndex()->sampleCount(), qint64(20'000));
 
+    // A report that ends "now" announces no end, and fractions of seconds are dropped by queries.
     connection.releaseSamples();
     QVERIFY(!connection.sampleIndex());
+    connection.expectSamples({{3}, start + 1700, std::numeric_limits<qint64>::max()});
+    check(3, start + 1000, start + 9000);
+    QCOMPARE(connection.sampleIndex()->sampleCount(),
+             expected(3, start + 1000, start + 9000).size());
+
+    connection.releaseSamples();
     connection.expectSamples({{6}, start, start + 10});
     QCOMPARE(connection.open(QStringLiteral("Select Count(1) as TCOUNT from DataValues"))->next(),
              true);

@@ -260,9 +260,12 @@ KeptSamples KeptSamples::all()
 void KeptSamples::add(const SampleScope &scope)
 {
     // The bounds that queries carry are whole seconds, fractions dropped.
-    const qint64 fraction = (scope.from % 1000 + 1000) % 1000;
+    constexpr qint64 second = 1000;
+    const qint64 fraction = (scope.from % second + second) % second;
+    const qint64 least = std::numeric_limits<qint64>::min();
+    const qint64 from = scope.from < least + second ? least : scope.from - fraction;
     for (const qint64 dataIdent : scope.dataIdents)
-        add(dataIdent, {scope.from - fraction, scope.to});
+        add(dataIdent, {from, scope.to});
 }
 
 void KeptSamples::add(qint64 dataIdent, const Period &period)

@@ -5,8 +5,8 @@
 
 /// Samples of one data item as a recordset, straight from the index.
 ///
-/// Measured over 4 million samples in 1,000 queries: SQLite spends several times as long on handing
-/// rows on as the single pass over the file takes; this way it is a few hundredths of a second.
+/// Measured with 1,000 queries over 3.9 million samples: SQLite takes 0.9 to 1.5 s to hand the rows
+/// on, this way takes 0.1 s; one pass over the file that makes the index takes 0.4 s.
 class SampleRecordset : public Recordset
 {
 public:
