@@ -91,7 +91,8 @@ private:
     void start(const QStringList &common)
     {
         m_server.setProcessChannelMode(QProcess::MergedChannels);
-        m_server.setChildProcessModifier([] { ::prctl(PR_SET_PDEATHSIG, SIGTERM); }); // never left over
+        m_server.setChildProcessModifier(
+            [] { ::prctl(PR_SET_PDEATHSIG, SIGTERM); }); // never left over
         m_server.setStandardOutputFile(path("server.log"));
         m_server.start(QStringLiteral("/usr/sbin/mariadbd"),
                        common + QStringList{QStringLiteral("--bind-address=127.0.0.1"),
