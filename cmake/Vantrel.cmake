@@ -3,7 +3,6 @@
 set(CMAKE_CXX_STANDARD 20)
 set(CMAKE_CXX_STANDARD_REQUIRED ON)
 set(CMAKE_CXX_EXTENSIONS OFF)
-set(CMAKE_AUTOMOC ON)
 set(CMAKE_EXPORT_COMPILE_COMMANDS ON)
 set(CMAKE_RUNTIME_OUTPUT_DIRECTORY "${CMAKE_BINARY_DIR}")
 if(NOT CMAKE_BUILD_TYPE)
@@ -26,6 +25,18 @@ target_compile_options(vantrel_common INTERFACE
 target_link_options(vantrel_common INTERFACE
     $<$<BOOL:${VANTREL_SANITIZE}>:-fsanitize=address,undefined>)
 
+# Reading Qt's headers takes most of a compilation: they are read once for all that is alike.
+set(precompiled_headers <QByteArray> <QDateTime> <QDir> <QHash> <QList> <QLocale> <QSet> <QString>
+    <QStringList> <QVariant> <algorithm> <functional> <memory> <optional> <vector>)
+file(GENERATE OUTPUT "${CMAKE_BINARY_DIR}/precompiled.cpp" CONTENT "")
+function(vantrel_precompile name)
+    add_library(${name} OBJECT "${CMAKE_BINARY_DIR}/precompiled.cpp")
+    target_link_libraries(${name} PRIVATE vantrel_common Qt6::Core)
+    target_compile_options(${name} PRIVATE ${ARGN})
+    set_target_properties(${name} PROPERTIES POSITION_INDEPENDENT_CODE ON)
+    target_precompile_headers(${name} PRIVATE ${precompiled_headers})
+endfunction()
+
 # vantrel_room(NAME SOURCES file... [LINK target...])
 # One folder under src/: a static library named vantrel_NAME. Its headers are included by their
 # path below src/ ("core/Files.h"), so an #include shows which room a file leans on.
@@ -34,6 +45,7 @@ function(vantrel_room name)
     add_library(vantrel_${name} STATIC ${room_SOURCES})
     target_include_directories(vantrel_${name} PUBLIC "${CMAKE_SOURCE_DIR}/src")
     target_link_libraries(vantrel_${name} PUBLIC vantrel_common ${room_LINK})
+    target_precompile_headers(vantrel_${name} REUSE_FROM precompiled)
 endfunction()
 
 # vantrel_program(NAME SOURCES file... [LINK target...])
@@ -43,6 +55,8 @@ function(vantrel_program name)
     target_link_libraries(${name} PRIVATE vantrel_common ${program_LINK})
 endfunction()
 
+set(test_options -UQT_NO_CAST_FROM_ASCII) # plain literals in tests
+
 # vantrel_test(NAME [LINK target...] [LABELS label...] [SERIAL])
 # tests/<room>/tst_NAME.cpp becomes one test. SERIAL keeps it from running beside other SERIAL ones.
 function(vantrel_test name)
@@ -50,7 +64,9 @@ function(vantrel_test name)
     add_executable(tst_${name} tst_${name}.cpp)
     target_link_libraries(tst_${name} PRIVATE vantrel_common Qt6::Test ${test_LINK})
     target_include_directories(tst_${name} PRIVATE "${CMAKE_SOURCE_DIR}" "${CMAKE_SOURCE_DIR}/tests")
-    target_compile_options(tst_${name} PRIVATE -UQT_NO_CAST_FROM_ASCII) # plain literals in tests
+    target_compile_options(tst_${name} PRIVATE ${test_options})
+    target_precompile_headers(tst_${name} REUSE_FROM precompiled_tests)
+    set_target_properties(tst_${name} PROPERTIES AUTOMOC ON)
     add_test(NAME ${name} COMMAND tst_${name})
     set_tests_properties(${name} PROPERTIES
         TIMEOUT 300

@@ -41,15 +41,8 @@ QString entryOf(const QString &folder, const QString &name)
     const QString base = folder.isEmpty() || folder.endsWith(u'/') ? folder : folder + u'/';
     if (name == u"." || name == u".." || QFileInfo::exists(base + name))
         return base + name;
-    const QStringList entries =
-        QDir(base.isEmpty() ? QStringLiteral(".") : base)
-            .entryList(QDir::AllEntries | QDir::Hidden | QDir::System | QDir::NoDotAndDotDot,
-                       QDir::Name);
-    for (const QString &entry : entries) {
-        if (entry.compare(name, Qt::CaseInsensitive) == 0)
-            return base + entry;
-    }
-    return QString();
+    const QString entry = platform::entryIgnoringCase(base, name);
+    return entry.isNull() ? entry : base + entry;
 }
 #endif
 

@@ -80,7 +80,7 @@ private Q_SLOTS:
         QString message;
         QCOMPARE(EnsureFolder(path, message), 0);
         QVERIFY(QDir(sandbox->path(created)).exists());
-        QVERIFY2(message.startsWith(u"Created '" + sandbox->path()), qPrintable(message));
+        QVERIFY2(message.startsWith("Created '" + sandbox->path()), qPrintable(message));
         QVERIFY(!folderExists(sandbox->path(QStringLiteral("HERE/HERE"))));
     }
 

@@ -65,8 +65,8 @@ private Q_SLOTS:
         chart.SubFrequency = FixedPeriod;
         chart.ChartDuration = duration;
         chart.SetStart();
-        QCOMPARE(shown(chart.StartTime), first + u" 00:00:00");
-        QCOMPARE(shown(chart.EndTime), last + u" 23:59:59");
+        QCOMPARE(shown(chart.StartTime), first + " 00:00:00");
+        QCOMPARE(shown(chart.EndTime), last + " 23:59:59");
     }
 
     void lastIntervals_data()

@@ -14,4 +14,9 @@ bool syncToDisk(int fileHandle);
 /// program holds the target open. On failure false, with the system's reason.
 bool replaceFile(const QString &from, const QString &to, QString &reason);
 
+/// The entry of a folder whose name differs from `name` in case alone, the least one of several;
+/// null when there is none, and where the system itself ignores case. An empty folder is the
+/// current one. Costs one reading of the folder's names.
+QString entryIgnoringCase(const QString &folder, const QString &name);
+
 } // namespace platform

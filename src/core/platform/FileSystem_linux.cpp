@@ -5,6 +5,8 @@
 #include <cerrno>
 #include <cstdio>
 #include <cstring>
+#include <dirent.h>
+#include <memory>
 #include <unistd.h>
 
 namespace platform {
@@ -26,6 +28,20 @@ bool replaceFile(const QString &from, const QString &to, QString &reason)
         return true;
     reason = QString::fromLocal8Bit(std::strerror(errno));
     return false;
+}
+
+QString entryIgnoringCase(const QString &folder, const QString &name)
+{
+    const QByteArray path = folder.isEmpty() ? QByteArray(".") : QFile::encodeName(folder);
+    const std::unique_ptr<DIR, int (*)(DIR *)> entries(::opendir(path.constData()), ::closedir);
+    QString found;
+    while (const dirent *entry = entries ? ::readdir(entries.get()) : nullptr) {
+        const QString candidate = QFile::decodeName(entry->d_name);
+        if (candidate.compare(name, Qt::CaseInsensitive) == 0
+            && (found.isNull() || candidate < found))
+            found = candidate;
+    }
+    return found;
 }
 
 } // namespace platform
