@@ -39,9 +39,16 @@ public:
 
     void breakAfter(qint64 bytes, Fault fault)
     {
+        m_isOnce = false;
         m_fault = fault;
         m_passed = 0;
         m_limit = bytes;
+    }
+    /// The same for one connection; later ones work.
+    void breakOnceAfter(qint64 bytes, Fault fault)
+    {
+        breakAfter(bytes, fault);
+        m_isOnce = true;
     }
     /// Connections that stalled are closed.
     void mend()
@@ -122,6 +129,8 @@ private:
             return Ended;
         if (allowed == count)
             return Passed;
+        if (m_isOnce)
+            m_limit = unlimited;
         return m_fault == Cut ? Ended : Stalled;
     }
 
@@ -129,6 +138,7 @@ private:
     ListeningSocket m_listener;
     std::atomic<bool> m_ends = false;
     std::atomic<Fault> m_fault = Stall;
+    std::atomic<bool> m_isOnce = false;
     std::atomic<qint64> m_passed = 0;
     std::atomic<qint64> m_limit = unlimited;
     std::atomic<int> m_mended = 0;
