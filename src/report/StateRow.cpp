@@ -15,13 +15,11 @@ QString bold(const QString &text)
 }
 
 Placeholders rowValues(const QString &label, const QString &successes, const QString &failures,
-                       const QString &tests, const QString &rate)
+                       const QString &tests, const QString &rate, const QString &link)
 {
-    return {{QLatin1String("sample.label"), label},
-            {QLatin1String("successcount"), successes},
-            {QLatin1String("criticalcount"), failures},
-            {QLatin1String("totalcount"), tests},
-            {QLatin1String("successrate"), rate}};
+    return {{QLatin1String("sample.label"), label},     {QLatin1String("successcount"), successes},
+            {QLatin1String("criticalcount"), failures}, {QLatin1String("totalcount"), tests},
+            {QLatin1String("successrate"), rate},       {QLatin1String("sample.href"), link}};
 }
 
 } // namespace
@@ -34,8 +32,11 @@ QString StateRow::rateText() const
 
 QString StateRow::filled(const QString &rowTemplate) const
 {
+    const QString link = devicePage.isEmpty()
+                             ? QString()
+                             : QStringLiteral(" href=\"%1\"").arg(htmlEscaped(devicePage));
     return fillTemplate(rowTemplate, rowValues(label, countText(successes), countText(failures),
-                                               countText(tests()), rateText()));
+                                               countText(tests()), rateText(), link));
 }
 
 QString StateRow::filledAsTotal(const QString &rowTemplate) const
@@ -43,7 +44,7 @@ QString StateRow::filledAsTotal(const QString &rowTemplate) const
     return fillTemplate(rowTemplate,
                         rowValues(bold(QStringLiteral("Total")), bold(countText(successes)),
                                   bold(countText(failures)), bold(countText(tests())),
-                                  bold(rateText())));
+                                  bold(rateText()), QString()));
 }
 
 void StateRow::addCounts(CsvText &csv) const

@@ -55,6 +55,7 @@ class PageText
 {
 public:
     void write(const QString &piece);
+    const QString &text() const { return m_text; }
     QByteArray bytes() const { return m_text.toUtf8(); }
 
 private:
