@@ -1,15 +1,20 @@
 #include "app/Application.h"
 
+#include "app/Listings.h"
+#include "app/RunDisplay.h"
+#include "app/SingleInstance.h"
+#include "core/Clock.h"
 #include "core/Error.h"
 #include "core/GrapherConfig.h"
 #include "core/Paths.h"
 #include "core/StartUp.h"
 #include "core/State.h"
-#include "core/Status.h"
 #include "core/platform/EventLog.h"
 #include "data/Connection.h"
 #include "definitions/DefinitionStores.h"
+#include "scheduling/Registration.h"
 #include "scheduling/ReportRunner.h"
+#include "scheduling/RunHistory.h"
 
 #include <QGuiApplication>
 
@@ -24,11 +29,12 @@ void print(std::FILE *stream, const QString &line)
     std::fflush(stream);
 }
 
-/// The first signal cancels at the run's next check; the second one ends the process.
-void cancelOnSignal(int number)
+/// The first signal cancels at the run's next check; any second one ends the process.
+void cancelOnSignal(int)
 {
     CancelRequested = true;
-    std::signal(number, SIG_DFL);
+    std::signal(SIGINT, SIG_DFL);
+    std::signal(SIGTERM, SIG_DFL);
 }
 
 QStringList allReportIds()
@@ -56,15 +62,9 @@ QStringList reportIdsOf(const QStringList &names)
     return ids;
 }
 
-int listReports()
-{
-    for (const auto &report : gReportDefs)
-        print(stdout, report->ReportID + u'\t' + report->ReportTitle);
-    return Done;
-}
-
 int runUnattended(const QStringList &ids, RunChoice choice)
 {
+    const RunDisplay display(stdout);
     std::signal(SIGINT, cancelOnSignal);
     std::signal(SIGTERM, cancelOnSignal);
     const RunResult result = runReports(ids, choice);
@@ -73,27 +73,58 @@ int runUnattended(const QStringList &ids, RunChoice choice)
     return result.failed > 0 ? ReportFailed : Done;
 }
 
+int changeRegistration(const Options &options)
+{
+    const std::unique_ptr<platform::TaskScheduler> scheduler = platform::systemTaskScheduler();
+    if (options.command == Command::Unregister)
+        return show(unregisterTask(*scheduler)
+                        ? QStringLiteral("Scheduled task has been removed.\n")
+                        : QStringLiteral("There is no scheduled task.\n"));
+    if (options.command == Command::Register) {
+        show(registerTask(*scheduler, {}, options.folderOptions())
+                 ? QStringLiteral("Scheduled task has been added.\n")
+                 : QStringLiteral("There is a scheduled task already; it stays as it is.\n"));
+    }
+    if (!isTaskRegistered(*scheduler))
+        return show(QStringLiteral("There is no scheduled task.\n"));
+    const QString advice = scheduler->advice();
+    return show(scheduler->openTask(scheduledTaskName).commandLine + u'\n' +
+                (advice.isEmpty() ? advice : advice + u'\n'));
+}
+
+/// The commands that need no definitions.
+bool isRegistration(Command command)
+{
+    return command == Command::Register || command == Command::Unregister ||
+           command == Command::Registered;
+}
+
 /// The system's start-up order: paths and mode, instance check, configuration, definitions.
 int startUp(const Options &options)
 {
     locateProgramFolder(options.home);
-    gCommandLine = options.systemText;
+    if (isRegistration(options.command))
+        return changeRegistration(options);
+    gCommandLine = options.command == Command::None ? options.systemText : QString();
     InitGrapher();
     if (!options.dataPath.isEmpty())
         gDataPath = NormalizeFolder(options.dataPath);
-    const bool runs = gAutoMode || !options.run.isEmpty();
-    if (runs && VTRGraphPrevInstance() > 0) {
+    if (options.command == Command::History)
+        return show(historyText(readRuns()));
+    const bool runs = gAutoMode || (options.command == Command::None && !options.run.isEmpty());
+    if (runs && anotherInstanceRuns()) {
         print(stderr,
               QStringLiteral("Another instance of Vantrel Graphing Tool is currently running."));
         return OtherInstance;
     }
     loadGrapherConfig();
     LoadReportDefs();
-    setStatusSink([](const QString &line) { print(stdout, line); });
+    if (options.command == Command::List) {
+        LoadScheduleDefs();
+        return show(reportListText());
+    }
     gStartupDone = true;
 
-    if (options.list)
-        return listReports();
     if (!options.run.isEmpty())
         return runUnattended(reportIdsOf(options.run), RunChoice::All);
     if (!gAutoMode)
@@ -103,6 +134,17 @@ int startUp(const Options &options)
     return ids.isEmpty() ? Done : runUnattended(ids, RunChoice::Due);
 }
 
+/// An unattended run that cannot begin says so where the others are on record.
+void recordFailedStart(const QString &why)
+{
+    LogEvent(runEvent, EventError, why);
+    RunRecord run;
+    run.start = run.end = currentInstant();
+    run.mode = QStringLiteral("scheduled");
+    run.error = why;
+    saveRun(run);
+}
+
 /// Closes and releases everything, and logs the end of an unattended run.
 void shutDown(int status)
 {
@@ -110,6 +152,7 @@ void shutDown(int status)
     if (gAutoMode && status != OtherInstance)
         logRunFinished();
     resetDefinitions();
+    releaseInstance();
 }
 
 } // namespace
@@ -141,7 +184,7 @@ int runApplication(const Options &options)
     } catch (const Error &error) {
         const QString text = QLatin1String("Error starting ") + errorTail(error);
         if (gAutoMode)
-            LogEvent(runEvent, EventError, text);
+            recordFailedStart(text);
         refuse(text);
     }
     shutDown(status);

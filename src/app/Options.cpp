@@ -2,10 +2,69 @@
 
 #include <QDir>
 
+#include <array>
+#include <optional>
+
+namespace {
+
+constexpr std::array<std::pair<QLatin1String, Command>, 8> commands = {{
+    {QLatin1String("--help"), Command::Help},
+    {QLatin1String("--version"), Command::Version},
+    {QLatin1String("--list"), Command::List},
+    {QLatin1String("--history"), Command::History},
+    {QLatin1String("--check"), Command::Check},
+    {QLatin1String("--register"), Command::Register},
+    {QLatin1String("--unregister"), Command::Unregister},
+    {QLatin1String("--registered"), Command::Registered},
+}};
+
+std::optional<Command> commandOf(const QString &name)
+{
+    for (const auto &[text, command] : commands) {
+        if (name == text)
+            return command;
+    }
+    return std::nullopt;
+}
+
+/// Takes one long option; false when there is none of that name.
+bool take(Options &options, QStringList &rest, const QString &name, const QString &value)
+{
+    if (const std::optional<Command> command = commandOf(name)) {
+        if (options.command != Command::None && options.command != *command)
+            options.error =
+                QStringLiteral("%1 cannot be combined with the option before it").arg(name);
+        options.command = *command;
+    } else if (name == u"--auto") {
+        rest.append(QStringLiteral("/AUTO"));
+    } else if (name == u"--dbpath") {
+        options.dataPath = QDir().absoluteFilePath(value);
+    } else if (name == u"--home") {
+        options.home = QDir().absoluteFilePath(value);
+    } else if (name == u"--run") {
+        options.run.append(value);
+    } else {
+        return false;
+    }
+    return true;
+}
+
+} // namespace
+
 bool Options::unattended() const
 {
-    return list || !run.isEmpty() ||
+    return command != Command::None || !run.isEmpty() ||
            systemText.contains(QLatin1String("/AUTO"), Qt::CaseInsensitive);
+}
+
+QStringList Options::folderOptions() const
+{
+    QStringList result;
+    if (!home.isEmpty())
+        result << QStringLiteral("--home") << home;
+    if (!dataPath.isEmpty())
+        result << QStringLiteral("--dbpath") << dataPath;
+    return result;
 }
 
 Options parseOptions(const QStringList &arguments)
@@ -30,29 +89,13 @@ Options parseOptions(const QStringList &arguments)
             value = arguments[++i];
             hasValue = true;
         }
-        if (takesValue != hasValue || (takesValue && value.isEmpty())) {
+        if (takesValue != hasValue || (takesValue && value.isEmpty()))
             options.error = takesValue ? QStringLiteral("%1 needs a value").arg(name)
                                        : QStringLiteral("%1 takes no value").arg(name);
-            return options;
-        }
-        if (name == u"--auto")
-            rest.append(QStringLiteral("/AUTO"));
-        else if (name == u"--dbpath")
-            options.dataPath = QDir().absoluteFilePath(value);
-        else if (name == u"--home")
-            options.home = value;
-        else if (name == u"--run")
-            options.run.append(value);
-        else if (name == u"--list")
-            options.list = true;
-        else if (name == u"--help")
-            options.help = true;
-        else if (name == u"--version")
-            options.version = true;
-        else {
+        else if (!take(options, rest, name, value))
             options.error = QStringLiteral("unknown option %1").arg(name);
+        if (!options.error.isEmpty())
             return options;
-        }
     }
     options.systemText = rest.join(u' ');
     return options;
@@ -75,11 +118,21 @@ Draws the reports of the Vantrel network monitor: HTML pages, PNG charts and CSV
                      without factory files is filled with them. Also the environment variable
                      VANTREL_GRAPHER_HOME
   --run REPORT       run a report now, by its id or title, whatever its schedule says; repeatable
-  --list             list the reports
+
+  --list             list the reports: last run, next run, whether due now, and why
+  --history          list the last 400 runs and what became of each report
+  --check            read every definition, configuration and template, follow every reference,
+                     and print what is wrong as file:line:column: text
+
+  --register         have the system start /AUTO every hour, with --home and --dbpath as given:
+                     a systemd user timer, else the crontab; on Windows the Task Scheduler
+  --unregister       take that back
+  --registered       show whether and how the program is registered
+
   --help             show this text
   --version          show the version
 
-Exit status: 0 done, nothing due included; 1 a report failed; 2 wrong options or unreadable
-configuration; 3 another instance runs; 4 cancelled.
+Exit status: 0 done, nothing due included; 1 a report failed; 2 wrong options, unreadable
+configuration or findings of --check; 3 another instance runs; 4 cancelled.
 )");
 }

@@ -3,14 +3,25 @@
 #include <QString>
 #include <QStringList>
 
+/// What the program is asked to do beside running reports; each ends it.
+enum class Command {
+    None, ///< the window, or the run that the rest of the command line names
+    Help,
+    Version,
+    List,
+    History,
+    Check,
+    Register,
+    Unregister,
+    Registered,
+};
+
 /// The command line: the long options, and beside them the system's own syntax, which stays a text
 /// for InitGrapher (core/StartUp.h).
 struct Options
 {
-    bool help = false;
-    bool version = false;
-    bool list = false;
-    QString home;       ///< --home
+    Command command = Command::None;
+    QString home;       ///< --home, made absolute
     QString dataPath;   ///< --dbpath, made absolute
     QStringList run;    ///< --run: report ids or titles
     QString systemText; ///< all that is no long option; "/AUTO" for --auto
@@ -18,6 +29,9 @@ struct Options
 
     /// Whether the program runs without a window.
     bool unattended() const;
+
+    /// The options that a scheduled run needs to find the same folders.
+    QStringList folderOptions() const;
 };
 
 /// Takes the arguments behind the program's name.

@@ -14,9 +14,9 @@ int main(int argc, char *argv[])
     QCoreApplication::setApplicationVersion(QStringLiteral(VANTREL_VERSION));
     if (!options.error.isEmpty())
         return refuse(options.error);
-    if (options.help)
+    if (options.command == Command::Help)
         return show(usageText());
-    if (options.version)
+    if (options.command == Command::Version)
         return show(QStringLiteral("VantrelGrapher " VANTREL_VERSION "\n"));
 
     const std::unique_ptr<QCoreApplication> application = createApplication(argc, argv, options);

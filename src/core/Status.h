@@ -14,7 +14,7 @@ void setStatusSink(StatusSink sink);
 /// Shows one line. Before `gStartupDone` is set the call does nothing visible.
 void ShowStatus(const QString &text);
 
-/// How far a run is; `done` of `all` charts.
+/// How far a whole run is: `done` of the `all` data items of all its reports.
 struct Progress
 {
     QString report;

@@ -177,6 +177,7 @@ void DevicePage::write()
             ShowStatus(QStringLiteral("Error generating chart '%1' ").arg(m_folder + image) +
                        errorTail(*error));
             item.image.fileName = QLatin1String("../../") + transparentImage;
+            item.problem = error->description;
         }
         writeGraphPage(item);
         writeItem(page, item);
@@ -209,6 +210,15 @@ QString DevicePage::keyFigures(const Item &item) const
              text(counter.percentile95));
 }
 
+/// What readers of the page get in place of the image; of one that is missing they learn why.
+QString DevicePage::alternative(const Item &item) const
+{
+    return htmlEscaped(
+        item.problem.isEmpty()
+            ? keyFigures(item)
+            : QStringLiteral("This chart could not be drawn: %1").arg(item.problem));
+}
+
 void DevicePage::writeGraphPage(const Item &item) const
 {
     const clsGraphDef &chart = m_context.chart;
@@ -229,7 +239,7 @@ void DevicePage::writeGraphPage(const Item &item) const
     values.insert(values.end(), {{QLatin1String("dev.graph"), item.image.fileName},
                                  {QLatin1String("sample.csv"), item.csv},
                                  {QLatin1String("item.id"), QString::number(item.number)},
-                                 {QLatin1String("img.alt"), htmlEscaped(keyFigures(item))}});
+                                 {QLatin1String("img.alt"), alternative(item)}});
     PageText page;
     page.write(fillTemplate(text, values));
     saveLater(m_context, m_folder + item.graphPage, page.bytes());
@@ -246,7 +256,7 @@ void DevicePage::writeItem(PageText &page, const Item &item)
                                     {QLatin1String("dev.graphpage"), item.graphPage},
                                     {QLatin1String("sample.csv"), item.csv},
                                     {QLatin1String("item.id"), QString::number(item.number)},
-                                    {QLatin1String("img.alt"), htmlEscaped(keyFigures(item))},
+                                    {QLatin1String("img.alt"), alternative(item)},
                                 });
     const QString section = fillTemplate(m_context.builder.VARB_Item, values);
     page.write(GetHTIPart(section, marker, true));

@@ -66,11 +66,13 @@ private:
         clsChartImageRef image;
         QString graphPage; ///< file name of the filled chart template
         QString csv;       ///< file name of the numbers behind the chart
+        QString problem;   ///< why there is no image; empty when there is one
     };
 
     bool findItem(const QString &dataIdent) const;
     void chartItem(Item &item, const QString &dataIdent);
     QString keyFigures(const Item &item) const;
+    QString alternative(const Item &item) const;
     void writeGraphPage(const Item &item) const;
     void writeItem(PageText &page, const Item &item);
     void writeDetails(PageText &page, const Item &item) const;

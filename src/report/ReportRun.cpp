@@ -97,9 +97,10 @@ DeviceCounts countsOf(const clsReportDeviceDef &device, const QString &ident,
 class ReportRun
 {
 public:
-    ReportRun(clsReportDef &report, ReportOutcome &outcome)
+    ReportRun(clsReportDef &report, ReportOutcome &outcome, Progress &progress)
         : m_report(report)
         , m_outcome(outcome)
+        , m_progress(progress)
     {}
 
     QString step;
@@ -190,12 +191,10 @@ private:
             return !devices.eof();
         };
         std::vector<clsReportDeviceDef *> known;
-        Progress progress{m_report.ReportTitle, {}, {}, 0, 0};
         for (const auto &device : m_report.ReportDevices) {
             if (!find(*device))
                 continue; // no longer in the database
             known.push_back(device.get());
-            progress.all += static_cast<int>(device->DataItems.size());
         }
 
         std::vector<DeviceCounts> counts;
@@ -206,14 +205,15 @@ private:
             device.DisplayName = devices.text(nameColumn);
             const QString ident = devices.text(identColumn);
             ShowStatus(QLatin1String("Summarizing ") + device.DisplayName);
-            progress.device = device.DisplayName;
-            showProgress(progress);
+            m_progress.device = device.DisplayName;
+            m_progress.item.clear();
+            showProgress(m_progress);
             if (CancelRequested)
                 break;
             auto page = std::make_unique<DevicePage>(
                 context, device, i > 0 ? folderSafe(known[i - 1]->MUID) : QString(),
                 i + 1 < known.size() ? folderSafe(known[i + 1]->MUID) : QString());
-            page->chartItems(progress);
+            page->chartItems(m_progress);
             if (previous)
                 previous->write();
             previous = std::move(page);
@@ -227,14 +227,15 @@ private:
 
     clsReportDef &m_report;
     ReportOutcome &m_outcome;
+    Progress &m_progress;
 };
 
 } // namespace
 
-ReportOutcome GenerateReport(clsReportDef &report)
+ReportOutcome GenerateReport(clsReportDef &report, Progress &progress)
 {
     ReportOutcome outcome;
-    ReportRun run(report, outcome);
+    ReportRun run(report, outcome, progress);
     try {
         run.run();
     } catch (const Error &error) {

@@ -1,5 +1,6 @@
 #pragma once
 
+#include "core/Status.h"
 #include "definitions/ReportDef.h"
 
 #include <QString>
@@ -23,7 +24,8 @@ struct ReportOutcome
 /// Produces one report: its period, the page of each of its devices, and its summary. An error is
 /// shown as "Error Generating Report [number] description - step"; files written so far stay.
 /// A cancel ends it between devices.
-ReportOutcome GenerateReport(clsReportDef &report);
+/// `progress` is the whole run's: its `done` grows by one with each data item charted.
+ReportOutcome GenerateReport(clsReportDef &report, Progress &progress);
 
 /// Tells the connection which samples the queries of these reports can ask for, so that an Access
 /// file is read only once for all of them. Opens the database; failures are left to the reports.

@@ -52,9 +52,13 @@ StateRow rowOf(const DeviceCounts &counts)
             static_cast<double>(counts.failures)};
 }
 
-/// The key figures of the summary image, for readers who do not see it.
-QString summaryAlternative(const StateRow &total, size_t devices)
+/// The key figures of the summary image, for readers who do not see it; of one that is missing they
+/// learn why.
+QString summaryAlternative(const StateRow &total, size_t devices, const Outcome &problem)
 {
+    if (problem)
+        return htmlEscaped(
+            QStringLiteral("This chart could not be drawn: %1").arg(problem->description));
     QString text = QStringLiteral("Success rate by device, %1 devices: ").arg(devices);
     if (total.tests() == 0)
         text += QLatin1String("no data in this period");
@@ -62,6 +66,33 @@ QString summaryAlternative(const StateRow &total, size_t devices)
         text += QStringLiteral("success rate %1 %, %2 of %3 tests failed")
                     .arg(total.rateText(), plainNumber(total.failures), plainNumber(total.tests()));
     return htmlEscaped(text);
+}
+
+/// Waits for the summary image; the transparent one stands in for one that failed.
+Outcome finishImage(const ReportContext &context, const clsChartImageRef &image)
+{
+    if (!image.outcome.valid())
+        return std::nullopt;
+    Outcome problem = image.outcome.get();
+    if (problem) {
+        const QString path = reportFolder(context.report) + imageName;
+        context.outcome.chartErrors.append(imageName + u' ' + errorTail(*problem));
+        ShowStatus(QStringLiteral("Error generating chart '%1' ").arg(path) + errorTail(*problem));
+        copyTransparentImage(path);
+    }
+    return problem;
+}
+
+/// Tells the readers that charts are missing; empty when none is.
+QString noteText(const ReportOutcome &outcome)
+{
+    const qsizetype missing = outcome.chartErrors.size();
+    if (missing == 0)
+        return QString();
+    return missing == 1
+               ? QStringLiteral("1 chart could not be drawn; its values are in the tables.")
+               : QStringLiteral("%1 charts could not be drawn; their values are in the tables.")
+                     .arg(missing);
 }
 
 } // namespace
@@ -77,6 +108,7 @@ void GenerateReportSummary(const ReportContext &context, const std::vector<Devic
         total.failures += static_cast<double>(device.failures);
     }
     const clsChartImageRef image = DrawDeviceSummaryImage(context, devices, total.tests() == 0);
+    const Outcome problem = finishImage(context, image);
 
     const QString folder = reportFolder(report);
     const QString range = dateRangeText(context.chart.StartTime, context.chart.EndTime);
@@ -91,7 +123,8 @@ void GenerateReportSummary(const ReportContext &context, const std::vector<Devic
         {QLatin1String("page.lang"), pageLanguage()},
         {QLatin1String("img.width"), QString::number(image.size.width())},
         {QLatin1String("img.height"), QString::number(image.size.height())},
-        {QLatin1String("img.alt"), summaryAlternative(total, devices.size())},
+        {QLatin1String("img.alt"), summaryAlternative(total, devices.size(), problem)},
+        {QLatin1String("report.note"), noteText(context.outcome)},
     };
     PageText reportPage;
     reportPage.write(fillTemplate(context.builder.REPORT, pageValues));
@@ -133,13 +166,4 @@ void GenerateReportSummary(const ReportContext &context, const std::vector<Devic
     page.write(GetHTIPart(summary, listMarker, false));
     saveFile(folder + csvName, csv.bytes());
     saveFile(folder + gConfig->TOU_REP_Summary, page.bytes());
-
-    if (!image.outcome.valid())
-        return;
-    if (const Outcome error = image.outcome.get()) {
-        context.outcome.chartErrors.append(imageName + u' ' + errorTail(*error));
-        ShowStatus(QStringLiteral("Error generating chart '%1' ").arg(folder + imageName) +
-                   errorTail(*error));
-        copyTransparentImage(folder + imageName);
-    }
 }

@@ -37,17 +37,32 @@ QString chartTitleOf(const clsReportDef &report)
     return chart ? chart->ChartTitle : QString();
 }
 
-/// When the report last ran under any of its schedules; empty when it never did.
-QString lastRunText(const clsReportDef &report)
+/// The part of the master table of contents before or behind the list of reports.
+QString masterPart(const clsChartOutputBuilder &builder, bool before)
 {
-    QDateTime last = zeroDate();
-    for (const auto &schedule : report.ReportSchedules)
-        last = std::max(last, schedule->LastRunDate);
-    return last == zeroDate() ? QString()
-                              : reportDateText(last) + u' ' + reportTimeText(last).left(5);
+    return GetHTIPart(fillTemplate(builder.TOC, {{QLatin1String("page.lang"), pageLanguage()}}),
+                      QLatin1String("%%report.list%%"), before);
 }
 
-bool writeMasterTOC(QString &errorText)
+QString masterEntry(const clsChartOutputBuilder &builder, const clsReportDef &report, int number,
+                    const ReportStandings &standings)
+{
+    const ReportStanding standing = standings.value(report.ReportID.toLower());
+    return fillTemplate(
+        builder.TOC_ReportItem,
+        {
+            {QLatin1String("report.id"), folderSafe(report.ReportID)},
+            {QLatin1String("report.tempid"), QString::number(number)},
+            {QLatin1String("report.title"), report.ReportTitle},
+            {QLatin1String("chart.title"), chartTitleOf(report)},
+            {QLatin1String("report.lastrun"), standing.lastRun},
+            {QLatin1String("report.lastresult"), standing.lastResult},
+            {QLatin1String("report.nextdue"), standing.nextDue},
+            {QLatin1String("report.devices"), QString::number(report.ReportDevices.size())},
+        });
+}
+
+bool writeMasterTOC(QString &errorText, const ReportStandings &standings)
 {
     ShowStatus(QStringLiteral("Generating Master TOC"));
     if (!createOutputFolder(errorText))
@@ -68,24 +83,12 @@ bool writeMasterTOC(QString &errorText)
     ShowStatus(QStringLiteral("Opening TOC file."));
     PageText page;
     ShowStatus(QStringLiteral("Writing TOC file (reportlist.1)."));
-    constexpr QLatin1String marker("%%report.list%%");
-    const QString contents =
-        fillTemplate(builder.TOC, {{QLatin1String("page.lang"), pageLanguage()}});
-    page.write(GetHTIPart(contents, marker, true));
+    page.write(masterPart(builder, true));
     int number = 0;
     for (const auto &report : gReportDefs) {
         if (!createWorkPath(reportFolder(*report), errorText))
             return false;
-        page.write(fillTemplate(
-            builder.TOC_ReportItem,
-            {
-                {QLatin1String("report.id"), folderSafe(report->ReportID)},
-                {QLatin1String("report.tempid"), QString::number(++number)},
-                {QLatin1String("report.title"), report->ReportTitle},
-                {QLatin1String("chart.title"), chartTitleOf(*report)},
-                {QLatin1String("report.lastrun"), lastRunText(*report)},
-                {QLatin1String("report.devices"), QString::number(report->ReportDevices.size())},
-            }));
+        page.write(masterEntry(builder, *report, ++number, standings));
         for (const auto &device : report->ReportDevices) {
             if (findDevice(devices, device->MUID) &&
                 !createWorkPath(deviceFolder(*report, device->MUID), errorText))
@@ -93,7 +96,7 @@ bool writeMasterTOC(QString &errorText)
         }
     }
     ShowStatus(QStringLiteral("Writing TOC file (reportlist.2)."));
-    page.write(GetHTIPart(contents, marker, false));
+    page.write(masterPart(builder, false));
     saveFile(outputFolder() + gConfig->TOU_TOC, page.bytes());
     ShowStatus(QStringLiteral("Finishing TOC Generation"));
     return true;
@@ -168,10 +171,31 @@ bool reportingErrors(QString &errorText, const QString &what, Writer write)
 
 } // namespace
 
-bool GenerateMasterTOC(QString &errorText)
+QString standingTimeText(const QDateTime &time)
+{
+    return reportDateText(time) + u' ' + reportTimeText(time).left(5);
+}
+
+bool GenerateMasterTOC(QString &errorText, const ReportStandings &standings)
 {
     return reportingErrors(errorText, QStringLiteral("master TOC"),
-                           [&] { return writeMasterTOC(errorText); });
+                           [&] { return writeMasterTOC(errorText, standings); });
+}
+
+bool RefreshMasterTOC(QString &errorText, const ReportStandings &standings)
+{
+    return reportingErrors(errorText, QStringLiteral("master TOC"), [&] {
+        clsChartOutputBuilder builder;
+        builder.LoadTOCTemplates();
+        PageText page;
+        page.write(masterPart(builder, true));
+        int number = 0;
+        for (const auto &report : gReportDefs)
+            page.write(masterEntry(builder, *report, ++number, standings));
+        page.write(masterPart(builder, false));
+        saveFile(outputFolder() + gConfig->TOU_TOC, page.bytes());
+        return true;
+    });
 }
 
 bool GenerateReportTOC(clsReportDef &report, QString &errorText, clsChartOutputBuilder &builder)

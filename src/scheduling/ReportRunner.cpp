@@ -3,28 +3,26 @@
 #include "core/Clock.h"
 #include "core/State.h"
 #include "core/Status.h"
+#include "core/TimeZone.h"
 #include "core/platform/EventLog.h"
 #include "data/Connection.h"
 #include "definitions/DefinitionStores.h"
 #include "report/OutputTree.h"
 #include "report/ReportRun.h"
 #include "report/TablesOfContents.h"
+#include "scheduling/DueState.h"
+#include "scheduling/RunHistory.h"
 
 namespace {
 
 bool inProgress = false;
 
-using Reports = std::vector<std::shared_ptr<clsReportDef>>;
-
-bool isDue(const clsReportDef &report)
+/// A report taken into a run.
+struct Chosen
 {
-    bool due = false;
-    for (const auto &schedule : report.ReportSchedules) {
-        if (const auto definition = gScheduleDefs.find(schedule->ScheduleID))
-            due = IsReportDue(*schedule, *definition) || due;
-    }
-    return due;
-}
+    std::shared_ptr<clsReportDef> report;
+    QDateTime dueSince; ///< invalid: it runs on request
+};
 
 /// False when the user refused a prompt, which cancels the run.
 bool askForRange(const clsReportDef &report, RunHost *host)
@@ -35,18 +33,21 @@ bool askForRange(const clsReportDef &report, RunHost *host)
     return host->askCustomRange(*chart);
 }
 
-Reports chooseReports(const QStringList &reportIds, RunChoice choice, RunHost *host)
+std::vector<Chosen> chooseReports(const QStringList &reportIds, RunChoice choice, RunHost *host)
 {
-    Reports chosen;
+    std::vector<Chosen> chosen;
     for (const QString &id : reportIds) {
         const auto report = gReportDefs.find(id);
-        if (!report || (choice == RunChoice::Due && !isDue(*report)))
+        if (!report)
+            continue;
+        const DueState state = dueState(*report);
+        if (choice == RunChoice::Due && !state.due)
             continue;
         if (!askForRange(*report, host)) {
             CancelRequested = true;
             return {};
         }
-        chosen.push_back(report);
+        chosen.push_back({report, state.due ? state.next : QDateTime()});
     }
     return chosen;
 }
@@ -58,35 +59,143 @@ void stampLastRun(clsReportDef &report)
     SaveReportDefs();
 }
 
-void produce(Reports chosen, RunResult &result)
+ReportStandings reportStandings()
+{
+    const std::vector<RunRecord> runs = readRuns();
+    const QDateTime present = now();
+    ReportStandings standings;
+    for (const auto &report : gReportDefs) {
+        ReportStanding standing;
+        QDateTime last = lastRunDate(*report);
+        if (const ReportRecord *record = lastRecord(runs, report->ReportID)) {
+            standing.lastResult = resultText(record->result);
+            if (record->start != 0)
+                last = wallTime(record->start);
+        }
+        if (last.isValid())
+            standing.lastRun = standingTimeText(last);
+        if (const QDateTime next = dueState(*report).next; next.isValid())
+            standing.nextDue = next <= present ? QStringLiteral("now") : standingTimeText(next);
+        standings.insert(report->ReportID.toLower(), standing);
+    }
+    return standings;
+}
+
+int itemCount(const clsReportDef &report)
+{
+    qsizetype count = 0;
+    for (const auto &device : report.ReportDevices)
+        count += device->DataItems.size();
+    return static_cast<int>(count);
+}
+
+ReportResult resultOf(const ReportOutcome &outcome)
+{
+    if (outcome.failed())
+        return ReportResult::Failed;
+    if (CancelRequested)
+        return ReportResult::Cancelled;
+    if (!outcome.chartErrors.isEmpty())
+        return ReportResult::Partial;
+    return outcome.samples == 0 ? ReportResult::NoData : ReportResult::Ok;
+}
+
+/// Produces one report, and fills its record.
+void produceReport(clsReportDef &report, ReportRecord &record, Progress &progress)
+{
+    record.start = currentInstant();
+    ReportOutcome outcome;
+    clsChartOutputBuilder builder;
+    if (GenerateReportTOC(report, outcome.errorText, builder))
+        outcome = GenerateReport(report, progress);
+    record.end = currentInstant();
+    record.result = resultOf(outcome);
+    record.charts = outcome.charts;
+    record.samples = outcome.samples;
+    record.error = outcome.errorText;
+    record.chartsWithoutImage = static_cast<int>(outcome.chartErrors.size());
+    record.chartErrors = outcome.chartErrors;
+    if (record.result == ReportResult::Failed) {
+        if (gAutoMode)
+            LogEvent(
+                runEvent, EventError,
+                QStringLiteral("Report '%1' failed: %2").arg(report.ReportTitle, record.error));
+    } else if (record.result != ReportResult::Cancelled) {
+        stampLastRun(report);
+    }
+}
+
+/// Each report in turn; what happened to one is on record before the next begins.
+void produceReports(const std::vector<Chosen> &chosen, RunRecord &run)
+{
+    Progress progress;
+    for (const Chosen &entry : chosen) {
+        ReportRecord record;
+        record.id = entry.report->ReportID;
+        record.title = entry.report->ReportTitle;
+        record.dueSince = entry.dueSince;
+        run.reports.push_back(record);
+        progress.all += itemCount(*entry.report);
+    }
+    int before = 0; // data items of the reports before this one
+    for (size_t i = 0; i < chosen.size(); ++i) {
+        ReportRecord &record = run.reports[i];
+        if (CancelRequested) {
+            record.result = ReportResult::Cancelled;
+            continue;
+        }
+        saveRun(run);
+        progress.report = record.title;
+        progress.device.clear();
+        progress.item.clear();
+        showProgress(progress);
+        produceReport(*chosen[i].report, record, progress);
+        // Items of devices that the database does not know count as done, too.
+        progress.done = before += itemCount(*chosen[i].report);
+        showProgress(progress);
+    }
+}
+
+void produce(std::vector<Chosen> chosen, RunRecord &run)
 {
     const DatabaseRun oneState; // all reports show the same samples
     SaveChartDefs();
-    QString errorText;
-    if (!GenerateMasterTOC(errorText))
-        ++result.failed;
+    GenerateMasterTOC(run.error, reportStandings());
     CopyTemplateFiles();
     // The master table of contents has read the report definitions afresh.
-    std::erase_if(chosen, [](std::shared_ptr<clsReportDef> &report) {
-        report = gReportDefs.find(report->ReportID);
-        return !report;
+    std::erase_if(chosen, [](Chosen &entry) {
+        entry.report = gReportDefs.find(entry.report->ReportID);
+        return !entry.report;
     });
-    announceSamples(chosen);
-    for (const auto &report : chosen) {
-        if (CancelRequested)
-            return;
-        clsChartOutputBuilder builder;
-        if (!GenerateReportTOC(*report, errorText, builder)) {
-            ++result.failed;
-            continue;
-        }
-        const ReportOutcome outcome = GenerateReport(*report);
-        result.chartsWithoutImage += static_cast<int>(outcome.chartErrors.size());
-        if (outcome.failed())
-            ++result.failed;
-        else if (!CancelRequested)
-            stampLastRun(*report);
+    std::vector<std::shared_ptr<clsReportDef>> reports;
+    for (const Chosen &entry : chosen)
+        reports.push_back(entry.report);
+    announceSamples(reports);
+    produceReports(chosen, run);
+}
+
+/// Puts the run on record, and what became of its reports into the master table of contents.
+void conclude(RunRecord &run)
+{
+    run.end = currentInstant();
+    saveRun(run);
+    pruneRuns();
+    QString errorText;
+    if (!run.reports.empty())
+        RefreshMasterTOC(errorText, reportStandings());
+}
+
+RunResult resultOf(const RunRecord &run)
+{
+    RunResult result;
+    result.cancelled = CancelRequested;
+    result.reports = static_cast<int>(run.reports.size());
+    result.failed = run.error.isEmpty() ? 0 : 1;
+    for (const ReportRecord &report : run.reports) {
+        result.failed += report.result == ReportResult::Failed ? 1 : 0;
+        result.chartsWithoutImage += report.chartsWithoutImage;
     }
+    return result;
 }
 
 void finish(const RunResult &result, RunHost *host)
@@ -117,20 +226,24 @@ bool runInProgress()
 
 RunResult runReports(const QStringList &reportIds, RunChoice choice, RunHost *host)
 {
-    RunResult result;
     if (inProgress)
-        return result;
+        return {};
     inProgress = true;
     CancelRequested = false;
+    RunRecord run;
+    run.start = currentInstant();
+    run.mode = gAutoMode ? QStringLiteral("scheduled")
+               : host    ? QStringLiteral("window")
+                         : QStringLiteral("on request");
     ShowStatus(QStringLiteral("Starting report build."));
     LoadReportDefs();
     LoadChartDefs();
     LoadScheduleDefs();
-    const Reports chosen = chooseReports(reportIds, choice, host);
-    result.reports = static_cast<int>(chosen.size());
+    const std::vector<Chosen> chosen = chooseReports(reportIds, choice, host);
     if (!CancelRequested)
-        produce(chosen, result);
-    result.cancelled = CancelRequested;
+        produce(chosen, run);
+    conclude(run);
+    const RunResult result = resultOf(run);
     finish(result, host);
     inProgress = false;
     return result;

@@ -1,0 +1,95 @@
+#include "app/Listings.h"
+
+#include "core/Numbers.h"
+#include "core/TimeZone.h"
+#include "definitions/DefinitionStores.h"
+#include "scheduling/DueState.h"
+
+#include <QStringList>
+
+#include <algorithm>
+
+namespace {
+
+QString timeText(const QDateTime &time)
+{
+    return time.isValid() ? time.toString(QStringLiteral("yyyy-MM-dd HH:mm"))
+                          : QStringLiteral("never");
+}
+
+QString secondsText(double seconds)
+{
+    return QString::number(seconds, 'f', 1) + QLatin1String(" s");
+}
+
+QString runLine(const RunRecord &run)
+{
+    QString line = wallTime(run.start).toString(QStringLiteral("yyyy-MM-dd HH:mm:ss")) +
+                   QLatin1String("  ") + run.mode + QLatin1String(": ");
+    if (run.reports.empty())
+        line += QLatin1String("no report");
+    else
+        line += QStringLiteral("%1 report%2")
+                    .arg(run.reports.size())
+                    .arg(run.reports.size() == 1 ? QString() : QStringLiteral("s"));
+    if (run.end == 0)
+        return line + QLatin1String(", not finished: it runs still, or was broken off");
+    return line + QLatin1String(", ") +
+           secondsText(static_cast<double>(run.end - run.start) / 1000);
+}
+
+QString reportLine(const ReportRecord &report)
+{
+    QStringList parts;
+    if (report.dueSince.isValid())
+        parts.append(QLatin1String("due since ") + timeText(report.dueSince));
+    if (report.start != 0) {
+        parts.append(QStringLiteral("%1 charts").arg(report.charts));
+        parts.append(groupedNumber(static_cast<double>(report.samples), 0) +
+                     QLatin1String(" samples"));
+        parts.append(secondsText(report.seconds()));
+    }
+    if (report.chartsWithoutImage > 0)
+        parts.append(QStringLiteral("%1 without image").arg(report.chartsWithoutImage));
+    return QStringLiteral("    %1 %2  %3")
+        .arg(resultText(report.result), -10)
+        .arg(report.title, parts.join(QLatin1String(", ")));
+}
+
+} // namespace
+
+QString reportListText()
+{
+    QStringList lines;
+    for (const auto &report : gReportDefs) {
+        const DueState state = dueState(*report);
+        lines.append(QStringList{report->ReportID, report->ReportTitle,
+                                 QLatin1String("last ") + timeText(lastRunDate(*report)),
+                                 QLatin1String("next ") + timeText(state.next),
+                                 state.due ? QStringLiteral("due") : QStringLiteral("not due"),
+                                 state.why}
+                         .join(u'\t') +
+                     u'\n');
+    }
+    return lines.join(QString());
+}
+
+QString historyText(const std::vector<RunRecord> &newestFirst)
+{
+    QStringList lines;
+    for (auto run = newestFirst.rbegin(); run != newestFirst.rend(); ++run) {
+        lines.append(runLine(*run));
+        if (!run->error.isEmpty())
+            lines.append(QLatin1String("    ") + run->error);
+        for (const ReportRecord &report : run->reports) {
+            lines.append(reportLine(report));
+            if (!report.error.isEmpty())
+                lines.append(QLatin1String("        ") + report.error);
+            for (const QString &error : report.chartErrors)
+                lines.append(QLatin1String("        ") + error);
+        }
+    }
+    if (lines.isEmpty())
+        lines.append(QStringLiteral("No run is on record."));
+    return lines.join(u'\n') + u'\n';
+}

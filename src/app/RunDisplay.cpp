@@ -1,0 +1,88 @@
+#include "app/RunDisplay.h"
+
+#include "core/Clock.h"
+#include "core/platform/Terminal.h"
+
+#include <QStringList>
+
+#include <algorithm>
+
+namespace {
+
+constexpr QLatin1String clearLine("\r\x1b[K");
+
+void print(std::FILE *stream, const QString &text)
+{
+    std::fputs(text.toUtf8().constData(), stream);
+    std::fflush(stream);
+}
+
+/// "0:05", "12:30", "2:05:00"
+QString durationText(qint64 milliseconds)
+{
+    const qint64 seconds = milliseconds / 1000;
+    const auto twoDigits = [](qint64 number) {
+        return QStringLiteral("%1").arg(number, 2, 10, QLatin1Char('0'));
+    };
+    const QString tail = QLatin1Char(':') + twoDigits(seconds % 60);
+    if (seconds < 3600)
+        return QString::number(seconds / 60) + tail;
+    return QString::number(seconds / 3600) + QLatin1Char(':') + twoDigits(seconds / 60 % 60) + tail;
+}
+
+} // namespace
+
+QString progressLine(const Progress &progress, qint64 elapsed, int columns)
+{
+    const int all = std::max(progress.all, 1);
+    const int done = std::clamp(progress.done, 0, all);
+    QString line = QStringLiteral("%1 % (%2 of %3)")
+                       .arg(QString::number(done * qint64(100) / all), QString::number(done),
+                            QString::number(progress.all));
+    if (done > 0)
+        line += QStringLiteral(", %1 left").arg(durationText(elapsed * (all - done) / done));
+    QStringList names;
+    for (const QString &name : {progress.report, progress.device, progress.item}) {
+        if (!name.isEmpty())
+            names.append(name);
+    }
+    line += QLatin1String(": ") + names.join(QLatin1String(", "));
+    // Names come from the database: nothing in them may steer the terminal.
+    for (QChar &character : line) {
+        if (character.category() == QChar::Other_Control)
+            character = u' ';
+    }
+    // The last column stays free, or some terminals begin a new line.
+    return line.size() < columns ? line : line.left(std::max(columns - 2, 0)) + QChar(0x2026);
+}
+
+RunDisplay::RunDisplay(std::FILE *stream)
+    : m_stream(stream)
+{
+    setStatusSink([this](const QString &line) { showStatus(line); });
+    setProgressSink([this](const Progress &progress) { show(progress); });
+}
+
+RunDisplay::~RunDisplay()
+{
+    setStatusSink({});
+    setProgressSink({});
+    if (!m_live.isEmpty())
+        print(m_stream, clearLine);
+}
+
+void RunDisplay::showStatus(const QString &line)
+{
+    print(m_stream, (m_live.isEmpty() ? QString() : QString(clearLine)) + line + u'\n' + m_live);
+}
+
+void RunDisplay::show(const Progress &progress)
+{
+    if (m_start == 0)
+        m_start = currentInstant();
+    const int columns = platform::terminalColumns(m_stream);
+    if (columns == 0)
+        return;
+    m_live = progressLine(progress, currentInstant() - m_start, columns);
+    print(m_stream, clearLine + m_live);
+}

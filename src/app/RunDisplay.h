@@ -1,0 +1,30 @@
+#pragma once
+
+#include "core/Status.h"
+
+#include <QString>
+
+#include <cstdio>
+
+/// Shows an unattended run on a stream: the status lines, and on a terminal one live line below
+/// them. Takes the sinks of core/Status for as long as it lives. Main thread only.
+class RunDisplay
+{
+public:
+    explicit RunDisplay(std::FILE *stream);
+    ~RunDisplay();
+    RunDisplay(const RunDisplay &) = delete;
+    RunDisplay &operator=(const RunDisplay &) = delete;
+
+private:
+    void showStatus(const QString &line);
+    void show(const Progress &progress);
+
+    std::FILE *m_stream;
+    QString m_live;     ///< empty: none is shown
+    qint64 m_start = 0; ///< instant of the first progress
+};
+
+/// "25 % (10 of 40), 0:30 left: report, device, item", shortened to `columns`; `elapsed` in
+/// milliseconds. No time is named before the first item is done.
+QString progressLine(const Progress &progress, qint64 elapsed, int columns);

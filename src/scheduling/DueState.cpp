@@ -1,0 +1,73 @@
+#include "scheduling/DueState.h"
+
+#include "definitions/DefinitionStores.h"
+
+namespace {
+
+QString slotText(const QDateTime &slot)
+{
+    return slot.toString(QStringLiteral("yyyy-MM-dd HH:mm"));
+}
+
+/// The slot that one schedule serves next, and in words why it is due or not.
+DueState stateUnder(const clsReportSchedule &entry)
+{
+    const auto found = gScheduleDefs.find(entry.ScheduleID);
+    if (!found)
+        return {false, QDateTime(),
+                QStringLiteral("there is no schedule '%1'").arg(entry.ScheduleID)};
+    const QString name = QStringLiteral("schedule '%1'").arg(found->ScheduleName);
+    DueState state;
+    state.due = IsReportDue(entry, *found);
+    if (found->SchedInterval == NotScheduled) {
+        state.why = name + QLatin1String(" is switched off");
+        return state;
+    }
+    state.next = found->NextRunTime;
+    state.why = state.due
+                    ? QStringLiteral("due since %1 by ").arg(slotText(state.next)) + name
+                    : QStringLiteral("not due before %1 by ").arg(slotText(state.next)) + name;
+    clsScheduleDef patient = *found;
+    patient.Reschedule = false;
+    patient.CalcNextSchedule(entry.LastRunDate);
+    // Only a report that has run before can have missed a slot that anybody waited for.
+    if (patient.NextRunTime < state.next && entry.LastRunDate != zeroDate())
+        state.why += QStringLiteral("; the run of %1 was missed by more than %2 minutes and is "
+                                    "skipped")
+                         .arg(slotText(patient.NextRunTime))
+                         .arg(found->RescheduleTime);
+    return state;
+}
+
+/// Due ones first, then the earliest; those without a slot last.
+bool isMoreUrgent(const DueState &a, const DueState &b)
+{
+    if (a.due != b.due)
+        return a.due;
+    if (a.next.isValid() != b.next.isValid())
+        return a.next.isValid();
+    return a.next.isValid() && a.next < b.next;
+}
+
+} // namespace
+
+DueState dueState(const clsReportDef &report)
+{
+    DueState most{false, QDateTime(), QStringLiteral("it has no schedule")};
+    bool first = true;
+    for (const auto &entry : report.ReportSchedules) {
+        const DueState state = stateUnder(*entry);
+        if (first || isMoreUrgent(state, most))
+            most = state;
+        first = false;
+    }
+    return most;
+}
+
+QDateTime lastRunDate(const clsReportDef &report)
+{
+    QDateTime last = zeroDate();
+    for (const auto &entry : report.ReportSchedules)
+        last = std::max(last, entry->LastRunDate);
+    return last == zeroDate() ? QDateTime() : last;
+}

@@ -1,0 +1,71 @@
+#pragma once
+
+#include <QDateTime>
+#include <QString>
+#include <QStringList>
+
+#include <vector>
+
+/// What the runs of this site did: one small JSON file a run, in the folder "RunHistory" of the
+/// tool's data folder. Main thread only.
+
+/// How a report's run ended.
+enum class ReportResult {
+    Unfinished, ///< not yet, or never: the program was broken off
+    Ok,
+    Partial, ///< pages are there, but some charts have no image
+    NoData,  ///< pages are there, but the period holds no sample
+    Failed,  ///< its old pages may still stand
+    Cancelled
+};
+
+/// "ok", "partial", "no data", "failed", "cancelled", "unfinished"
+QString resultText(ReportResult result);
+
+struct ReportRecord
+{
+    QString id;
+    QString title;
+    QDateTime dueSince; ///< wall time of the slot; invalid when the report ran on request
+    qint64 start = 0;   ///< instants; 0 when it did not begin, or did not end
+    qint64 end = 0;
+    ReportResult result = ReportResult::Unfinished;
+    int charts = 0;
+    qint64 samples = 0;
+    QString error;
+    int chartsWithoutImage = 0;
+    QStringList chartErrors; ///< the first of them
+
+    double seconds() const { return end > start ? static_cast<double>(end - start) / 1000 : 0; }
+};
+
+struct RunRecord
+{
+    qint64 start = 0; ///< instants
+    qint64 end = 0;   ///< 0: the run has not ended, or was broken off
+    QString mode;     ///< "scheduled", "on request", "window"
+    QString error;    ///< what went wrong outside of the reports
+    std::vector<ReportRecord> reports;
+};
+
+inline constexpr qsizetype runsKept = 400;
+
+/// Ends in a separator.
+QString runHistoryFolder();
+
+/// Writes a run's record; a later call with the same start replaces it. A failure becomes the
+/// status line "Error saving run history [number] description".
+void saveRun(const RunRecord &run);
+
+/// All records, newest first. Files that are damaged or of another kind are passed over.
+std::vector<RunRecord> readRuns();
+
+/// The instant at which the newest run on record ended; 0 when it has not, or there is none.
+qint64 lastRunEnd();
+
+/// Removes old records until `most` are left: the oldest first, but for those that hold a report's
+/// last run, which go only when there are too many of them.
+void pruneRuns(qsizetype most = runsKept);
+
+/// The last run of a report among `runs` (newest first); null when there is none.
+const ReportRecord *lastRecord(const std::vector<RunRecord> &runs, const QString &reportId);
