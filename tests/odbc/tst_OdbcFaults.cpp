@@ -144,7 +144,7 @@ void tst_OdbcFaults::cutAnywhere()
 
 void tst_OdbcFaults::stalledAnywhere()
 {
-    sweep(FaultyProxy::Stall, 8);
+    sweep(FaultyProxy::Stall, 6);
 }
 
 void tst_OdbcFaults::serverStopsWhileIdle()

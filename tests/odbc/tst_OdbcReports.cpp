@@ -87,8 +87,8 @@ void tst_OdbcReports::initTestCase()
     qputenv("XDG_CONFIG_HOME", m_folder.filePath("config").toLocal8Bit());
     qputenv("XDG_DATA_HOME", m_folder.filePath("data").toLocal8Bit());
     demo::MonitoringOptions options;
-    options.devices = 6;
-    options.items = 4;
+    options.devices = 7; // each report has some
+    options.items = 2;
     options.days = 3;
     options.interval = 600;
     options.until = until;
@@ -150,7 +150,7 @@ void tst_OdbcReports::sameTree()
     QVERIFY2(server.failed == 0, qPrintable(server.errors()));
     m_answers = m_proxy->passed();
     QVERIFY(m_answers > 10'000); // it was the server that answered
-    QCOMPARE(server.output, access.output);
+    QCOMPARE(QString(server.output).replace(home("server"), home("access")), access.output);
 
     const QMap<QString, QByteArray> files = tree("access");
     QCOMPARE(tree("server").keys(), files.keys());
@@ -164,10 +164,9 @@ void tst_OdbcReports::silentServer_data()
 {
     QTest::addColumn<int>("share"); // of the bytes that the server sends in a run
     QTest::addColumn<bool>("cuts");
-    for (const int share : {20, 55, 90}) {
-        QTest::addRow("stalls at %d %%", share) << share << false;
-        QTest::addRow("ends at %d %%", share) << share << true;
-    }
+    QTest::newRow("stalls early") << 20 << false;
+    QTest::newRow("ends half-way") << 55 << true;
+    QTest::newRow("stalls late") << 90 << false;
 }
 
 /// One connection breaks in the middle of a run: one report fails, the others are made, and the
