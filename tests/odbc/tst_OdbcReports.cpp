@@ -182,9 +182,10 @@ void tst_OdbcReports::silentServer()
     const Ended broken = run("server");
     QVERIFY2(broken.failed == 1, qPrintable(broken.errors()));
     QVERIFY(timer.elapsed() < 60'000);
-    QCOMPARE(broken.output.count("Error Generating Report ["), 1);
-    QCOMPARE(broken.output.count("Generating Report: ["),
-             demo::demoReports(m_plan).count("<CUSTOMREPORT "));
+    const QString why = cuts ? QString("Lost connection") : QString("[3146] The database did not");
+    QVERIFY2(broken.errors().contains(why), qPrintable(broken.errors()));
+    QCOMPARE(broken.output.count("Generating Summary: ["),
+             demo::demoReports(m_plan).count("<CUSTOMREPORT ") - 1);
     QVERIFY2(!broken.output.contains(MariaDb::password()), qPrintable(broken.output));
 
     m_proxy->mend();
