@@ -155,6 +155,12 @@ void shutDown(int status)
     releaseInstance();
 }
 
+void printQtMessage(QtMsgType, const QMessageLogContext &, const QString &message)
+{
+    if (!message.startsWith(QLatin1String("QStandardPaths: XDG_RUNTIME_DIR not set")))
+        print(stderr, message);
+}
+
 } // namespace
 
 int show(const QString &text)
@@ -171,8 +177,13 @@ int refuse(const QString &why)
 
 std::unique_ptr<QCoreApplication> createApplication(int &argc, char *argv[], const Options &options)
 {
-    if (options.unattended())
+    if (options.unattended()) {
         qputenv("QT_QPA_PLATFORM", "offscreen");
+        // Outside of a login session Qt warns of a missing runtime folder, which nothing here uses:
+        // an hourly job would mail it every hour.
+        if (qEnvironmentVariableIsEmpty("XDG_RUNTIME_DIR"))
+            qInstallMessageHandler(printQtMessage);
+    }
     return std::make_unique<QGuiApplication>(argc, argv);
 }
 
