@@ -1,5 +1,6 @@
 #include "app/Application.h"
 
+#include "app/Check.h"
 #include "app/Listings.h"
 #include "app/RunDisplay.h"
 #include "app/SingleInstance.h"
@@ -92,6 +93,24 @@ int changeRegistration(const Options &options)
                 (advice.isEmpty() ? advice : advice + u'\n'));
 }
 
+int check()
+{
+    try {
+        loadGrapherConfig();
+    } catch (const Error &error) {
+        show(error.description + u'\n'); // names the place; nothing else can be found without it
+        return WrongUse;
+    }
+    QString note;
+    const Findings findings = checkEverything(note);
+    if (!note.isEmpty())
+        print(stderr, note);
+    if (findings.lines().isEmpty())
+        return show(QStringLiteral("No findings.\n"));
+    show(findings.lines().join(u'\n') + u'\n');
+    return WrongUse;
+}
+
 /// The commands that need no definitions.
 bool isRegistration(Command command)
 {
@@ -117,6 +136,8 @@ int startUp(const Options &options)
               QStringLiteral("Another instance of Vantrel Graphing Tool is currently running."));
         return OtherInstance;
     }
+    if (options.command == Command::Check)
+        return check();
     loadGrapherConfig();
     LoadReportDefs();
     if (options.command == Command::List) {

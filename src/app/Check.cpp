@@ -1,0 +1,429 @@
+#include "app/Check.h"
+
+#include "core/Error.h"
+#include "core/Files.h"
+#include "core/GrapherConfig.h"
+#include "core/HostSettings.h"
+#include "core/Paths.h"
+#include "core/State.h"
+#include "core/Xml.h"
+#include "data/Connection.h"
+#include "report/TemplateNames.h"
+
+#include <QHash>
+#include <QRegularExpression>
+#include <QSet>
+
+#include <algorithm>
+#include <array>
+#include <limits>
+
+namespace {
+
+using Ids = QSet<QString>; ///< in lower case
+
+/// Bounds of a numeric attribute.
+struct NumberRule
+{
+    const char *attribute;
+    int least;
+    int most;
+};
+
+constexpr int any = std::numeric_limits<int>::max();
+constexpr std::array chartNumbers = {
+    NumberRule{"Frequency", 0, 4},        NumberRule{"SubFreq", 0, any},
+    NumberRule{"MinuteInterval", 0, any}, NumberRule{"IntervalCount", 0, any},
+    NumberRule{"ChartDuration", 0, 8},    NumberRule{"ChartQuality", 0, any},
+    NumberRule{"DetailCount", 0, any},
+};
+constexpr std::array scheduleNumbers = {
+    NumberRule{"SchedInterval", 0, 5},
+    NumberRule{"RescheduleTime", 0, std::numeric_limits<qint16>::max()},
+};
+constexpr std::array scheduleLists = {
+    NumberRule{"HourList", 0, 23},
+    NumberRule{"WeekDayList", 0, 7}, // files of old hold a 0, which never matches
+    NumberRule{"MonthDayList", 1, 32},
+    NumberRule{"MonthList", 1, 12},
+};
+constexpr std::array imageSizes = {
+    NumberRule{"IMG_Width", 1, 16384},
+    NumberRule{"IMG_Height", 1, 16384},
+};
+
+/// One definition file while it is checked.
+class CheckedFile
+{
+public:
+    CheckedFile(Findings &findings, const QString &path)
+        : m_findings(findings)
+    {
+        try {
+            m_source = SourceText::read(path);
+            parseXml(m_document, QString::fromUtf8(m_source.bytes));
+            m_isRead = true;
+        } catch (const Error &error) {
+            if (m_source.path.isEmpty())
+                m_findings.add(nativePath(path), error.description);
+            else
+                m_findings.addPlaced(m_source.path, error.description);
+        }
+    }
+
+    bool isRead() const { return m_isRead; }
+    const pugi::xml_document &document() const { return m_document; }
+    pugi::xml_node root() const { return m_document.document_element(); }
+
+    void add(const pugi::xml_node &element, const char *attribute, const QString &text)
+    {
+        m_findings.add(m_source, m_source.offsetOf(element, attribute), text);
+    }
+
+    void requireRoot(const char *name)
+    {
+        if (m_isRead && qstrcmp(root().name(), name) != 0)
+            add(root(), nullptr,
+                QStringLiteral("the root element is '%1', not '%2'")
+                    .arg(QString::fromUtf8(root().name()), QLatin1String(name)));
+    }
+
+    /// An attribute that is missing has its default.
+    void requireNumber(const pugi::xml_node &element, const NumberRule &rule)
+    {
+        if (element.attribute(rule.attribute))
+            requireInRange(element, rule,
+                           QString::fromUtf8(element.attribute(rule.attribute).value()));
+    }
+
+    void requireNumberList(const pugi::xml_node &element, const NumberRule &rule)
+    {
+        const QString list = GetAttr(element, rule.attribute, QString());
+        if (list.trimmed().isEmpty())
+            return;
+        const QStringList entries = list.split(u',');
+        for (const QString &entry : entries)
+            requireInRange(element, rule, entry);
+    }
+
+    void requireDate(const pugi::xml_node &element, const char *attribute)
+    {
+        static const QRegularExpression form(
+            QStringLiteral("^\\d{4}-\\d\\d-\\d\\dT\\d\\d.\\d\\d.\\d\\d.\\d\\d.\\d\\d$"));
+        const QString text = GetAttr(element, attribute, QString());
+        if (!text.isEmpty() && !form.match(text).hasMatch())
+            add(element, attribute,
+                QStringLiteral("%1='%2' is no date like 2024-03-31T10:00:00-00:00")
+                    .arg(QLatin1String(attribute), text));
+    }
+
+    /// The attribute as a new key of `ids`; what is missing or there already is a finding.
+    void requireNewId(const pugi::xml_node &element, const char *attribute, Ids &ids)
+    {
+        const QString id = GetAttr(element, attribute, QString());
+        if (id.isEmpty())
+            add(element, attribute, QStringLiteral("%1 is missing").arg(QLatin1String(attribute)));
+        else if (ids.contains(id.toLower()))
+            add(element, attribute,
+                QStringLiteral("%1 '%2' comes twice").arg(QLatin1String(attribute), id));
+        ids.insert(id.toLower());
+    }
+
+    void requireKnown(const pugi::xml_node &element, const char *attribute, const Ids &ids,
+                      const QString &what)
+    {
+        const QString id = GetAttr(element, attribute, QString());
+        if (!ids.contains(id.toLower()))
+            add(element, attribute, QStringLiteral("there is no %1 '%2'").arg(what, id));
+    }
+
+private:
+    void requireInRange(const pugi::xml_node &element, const NumberRule &rule, const QString &text)
+    {
+        bool isNumber = false;
+        const int number = text.trimmed().toInt(&isNumber);
+        const QLatin1String name(rule.attribute);
+        if (!isNumber)
+            add(element, rule.attribute, QStringLiteral("%1: '%2' is no number").arg(name, text));
+        else if (number < rule.least || number > rule.most)
+            add(element, rule.attribute,
+                rule.most == any
+                    ? QStringLiteral("%1: %2 is less than %3").arg(name, text).arg(rule.least)
+                    : QStringLiteral("%1: %2 is not within %3 to %4")
+                          .arg(name, text)
+                          .arg(rule.least)
+                          .arg(rule.most));
+    }
+
+    Findings &m_findings;
+    SourceText m_source;
+    pugi::xml_document m_document;
+    bool m_isRead = false;
+};
+
+/// A definition file, or the factory copy that will become it.
+QString definitionFile(const QString &name)
+{
+    const QString path = configurationFolder() + name;
+    const QString working = path + QLatin1String(".XML");
+    const QString factory = path + QLatin1String(".FAC");
+    return !fileExists(working) && fileExists(factory) ? factory : working;
+}
+
+/// The ids of the database, for the references to it.
+struct DatabaseIds
+{
+    bool known = false;
+    QHash<QString, QString> devices; ///< MUID in lower case -> IDent
+    QHash<QString, QString> items;   ///< DataIDent -> IDent
+};
+
+class Check
+{
+public:
+    explicit Check(QString &note)
+        : m_note(note)
+    {}
+
+    Findings run()
+    {
+        checkProductConfiguration();
+        checkGrapherConfiguration();
+        checkCharts();
+        checkSchedules();
+        checkReports();
+        return m_findings;
+    }
+
+private:
+    void checkProductConfiguration()
+    {
+        const QString path = WithBackslash(GetAppPath()) + QLatin1String("VantrelV6.Config");
+        CheckedFile file(m_findings, path);
+        if (!file.isRead())
+            return;
+        for (const char *folder : {"DataPath", "GraphDataPath"}) {
+            const QString name = GetAttr(file.root(), folder, QString()).trimmed();
+            if (!name.isEmpty() && !folderExists(name))
+                file.add(file.root(), folder, QStringLiteral("there is no folder '%1'").arg(name));
+        }
+        for (const char *number : {"GraphDataCommandTimeout", "GraphDataConnectionTimeout"})
+            file.requireNumber(file.root(), {number, 0, any});
+        const auto isSet = [&](const char *name) {
+            return xmlBoolean(GetAttr(file.root(), name, QStringLiteral("0")));
+        };
+        if ((isSet("GraphDataSQL") || isSet("GraphDataDSN")) &&
+            GetAttr(file.root(), "GraphDataSQLConnect", QString()).trimmed().isEmpty())
+            file.add(file.root(), "GraphDataSQLConnect",
+                     QStringLiteral("a server is chosen, but GraphDataSQLConnect is empty: the "
+                                    "Access file is used instead"));
+    }
+
+    void checkGrapherConfiguration()
+    {
+        CheckedFile file(m_findings,
+                         WithBackslash(programFolder()) + QLatin1String("VTRGConfigV6.XML"));
+        if (!file.isRead())
+            return;
+        file.requireRoot("VTRGRAPHER");
+        if (!folderExists(configurationFolder()))
+            file.add(file.root(), "PTH_Config",
+                     QStringLiteral("there is no folder '%1'").arg(configurationFolder()));
+        for (const TemplateNames &kind : pageTemplateNames())
+            checkTemplate(file, file.root(), kind, QString());
+        for (const char *output :
+             {"TOU_TOC", "TOU_REPORT", "TOU_REP_Top", "TOU_REP_TOC", "TOU_REP_Summary"}) {
+            if (GetAttr(file.root(), output, QString()).trimmed().isEmpty())
+                file.add(file.root(), output,
+                         QStringLiteral("%1 names no file").arg(QLatin1String(output)));
+        }
+        for (const NumberRule &rule : imageSizes)
+            file.requireNumber(file.root(), rule);
+        forEachElement(file.document(), "COPYFILE", [&](const pugi::xml_node &copy) {
+            const QString name = GetAttr(copy, "Name", QString());
+            if (!fileExists(configurationFolder() + name))
+                file.add(copy, "Name", QStringLiteral("there is no companion file '%1'").arg(name));
+        });
+    }
+
+    /// The template that an attribute names, read once however often it is named.
+    void checkTemplate(CheckedFile &file, const pugi::xml_node &element, const TemplateNames &kind,
+                       const QString &fallback)
+    {
+        const QByteArray attribute(kind.attribute.data(), kind.attribute.size());
+        const QString name = GetAttr(element, attribute.constData(), fallback);
+        if (name.isEmpty()) {
+            file.add(element, attribute.constData(),
+                     QStringLiteral("%1 names no template").arg(kind.attribute));
+            return;
+        }
+        // A chart may name its template by a full path.
+        const bool isPath =
+            !fallback.isNull() && std::any_of(name.begin(), name.end(), isSeparator);
+        const QString path = isPath ? name : configurationFolder() + name;
+        if (!fileExists(path)) {
+            file.add(element, attribute.constData(),
+                     QStringLiteral("there is no template '%1'").arg(name));
+            return;
+        }
+        const QString key = kind.attribute + u' ' + path;
+        if (m_templates.contains(key))
+            return;
+        m_templates.insert(key);
+        checkTemplateText(path, kind);
+    }
+
+    void checkTemplateText(const QString &path, const TemplateNames &kind)
+    {
+        SourceText source;
+        try {
+            source = SourceText::read(path);
+        } catch (const Error &error) {
+            m_findings.add(nativePath(path), error.description);
+            return;
+        }
+        static const QRegularExpression placeholder(QStringLiteral("%%([A-Za-z][A-Za-z0-9_.]*)%%"));
+        const QString text = QString::fromUtf8(source.bytes);
+        for (auto found = placeholder.globalMatch(text); found.hasNext();) {
+            const QRegularExpressionMatch match = found.next();
+            if (!kind.knows(match.capturedView(1)))
+                m_findings.add(source, text.left(match.capturedStart()).toUtf8().size(),
+                               QStringLiteral("'%1' is no placeholder of a template for %2")
+                                   .arg(match.captured(), kind.attribute));
+        }
+        if (!kind.marker.isEmpty() &&
+            !text.contains(QLatin1String("%%") + kind.marker + QLatin1String("%%")))
+            m_findings.add(source, 0,
+                           QStringLiteral("the marker %%%1%% is missing: the list has no place")
+                               .arg(kind.marker));
+    }
+
+    void checkCharts()
+    {
+        CheckedFile file(m_findings, definitionFile(QStringLiteral("ChartDefs")));
+        m_chartsRead = file.isRead();
+        file.requireRoot("CHARTDEFS");
+        forEachElement(file.document(), "CHART", [&](const pugi::xml_node &chart) {
+            if (!xmlBoolean(GetAttr(chart, "Include", QStringLiteral("1"))))
+                return; // never loaded, so never referred to
+            file.requireNewId(chart, "ChartID", m_charts);
+            for (const NumberRule &rule : chartNumbers)
+                file.requireNumber(chart, rule);
+            file.requireDate(chart, "StartTime");
+            file.requireDate(chart, "EndTime");
+            const std::array defaults = {QStringLiteral("StateChart.HTML"),
+                                         QStringLiteral("CountChart.HTML")};
+            for (size_t i = 0; i < defaults.size(); ++i)
+                checkTemplate(file, chart, chartTemplateNames()[i], defaults[i]);
+        });
+    }
+
+    void checkSchedules()
+    {
+        CheckedFile file(m_findings, definitionFile(QStringLiteral("ChartSchedules")));
+        m_schedulesRead = file.isRead();
+        file.requireRoot("SCHEDULES");
+        forEachElement(file.document(), "SCHEDULE", [&](const pugi::xml_node &schedule) {
+            file.requireNewId(schedule, "ScheduleID", m_schedules);
+            for (const NumberRule &rule : scheduleNumbers)
+                file.requireNumber(schedule, rule);
+            for (const NumberRule &rule : scheduleLists)
+                file.requireNumberList(schedule, rule);
+            if (GetAttr(schedule, "HourList", QStringLiteral("1")).trimmed().isEmpty())
+                file.add(schedule, "HourList",
+                         QStringLiteral("HourList is empty: no hour matches"));
+        });
+    }
+
+    void checkReports()
+    {
+        const QString path = configurationFolder() + QLatin1String("ChartSelection.XML");
+        if (!fileExists(path))
+            return; // no report is defined yet
+        CheckedFile file(m_findings, path);
+        if (!file.isRead())
+            return;
+        file.requireRoot("REPORTDEFINITIONS");
+        readDatabase();
+        Ids ids;
+        forEachElement(file.document(), "CUSTOMREPORT", [&](const pugi::xml_node &report) {
+            file.requireNewId(report, "ReportID", ids);
+            if (m_chartsRead)
+                file.requireKnown(report, "ChartID", m_charts, QStringLiteral("chart definition"));
+            Ids schedules;
+            for (const pugi::xml_node &schedule : report.children("SCHEDULE")) {
+                file.requireNewId(schedule, "ScheduleID", schedules);
+                file.requireDate(schedule, "LastRunDate");
+                if (m_schedulesRead)
+                    file.requireKnown(schedule, "ScheduleID", m_schedules,
+                                      QStringLiteral("schedule"));
+            }
+            Ids devices;
+            for (const pugi::xml_node &device : report.children("DEVICE")) {
+                file.requireNewId(device, "MUID", devices);
+                checkDevice(file, device);
+            }
+            if (devices.isEmpty())
+                file.add(report, nullptr, QStringLiteral("the report has no device"));
+        });
+    }
+
+    void checkDevice(CheckedFile &file, const pugi::xml_node &device)
+    {
+        const QString muid = GetAttr(device, "MUID", QString());
+        const QString ident = m_database.devices.value(muid.toLower());
+        if (m_database.known && ident.isNull())
+            file.add(device, "MUID", QStringLiteral("the database has no device '%1'").arg(muid));
+        Ids items;
+        for (const pugi::xml_node &datum : device.children("DATUM")) {
+            file.requireNewId(datum, "DataIDent", items);
+            const QString item = GetAttr(datum, "DataIDent", QString());
+            if (!m_database.known || ident.isNull())
+                continue;
+            if (m_database.items.value(item).isNull())
+                file.add(datum, "DataIDent",
+                         QStringLiteral("the database has no data item '%1'").arg(item));
+            else if (m_database.items.value(item) != ident)
+                file.add(datum, "DataIDent",
+                         QStringLiteral("data item '%1' belongs to another device").arg(item));
+        }
+    }
+
+    void readDatabase()
+    {
+        QString message;
+        if (!OpenDatabase(message)) {
+            m_note = QLatin1String("Devices and data items were not checked: ") + message;
+            return;
+        }
+        try {
+            const auto devices =
+                gConnection->open(QStringLiteral("Select IDent, MUID from Devices"));
+            while (devices->next())
+                m_database.devices.insert(devices->text(1).toLower(), devices->text(0));
+            const auto items = gConnection->open(
+                QStringLiteral("Select DataIDent, IDent, iScale from DataFields"));
+            while (items->next())
+                m_database.items.insert(items->text(0), items->text(1));
+            m_database.known = true;
+        } catch (const Error &error) {
+            m_note = QLatin1String("Devices and data items were not checked: ") + errorTail(error);
+        }
+    }
+
+    Findings m_findings;
+    QString &m_note;
+    Ids m_charts;
+    Ids m_schedules;
+    bool m_chartsRead = false;
+    bool m_schedulesRead = false;
+    QSet<QString> m_templates; ///< "attribute path" of those that were read
+    DatabaseIds m_database;
+};
+
+} // namespace
+
+Findings checkEverything(QString &note)
+{
+    return Check(note).run();
+}
