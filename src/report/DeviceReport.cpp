@@ -1,6 +1,7 @@
 #include "report/DeviceReport.h"
 
 #include "charts/ChartStatistics.h"
+#include "charts/ValueAxis.h"
 #include "core/Error.h"
 #include "core/Files.h"
 #include "core/GrapherConfig.h"
@@ -24,8 +25,6 @@
 
 namespace {
 
-const QString pageName = QStringLiteral("DEVREP.HTM");
-
 /// Numbers the images of a process in base 36, so that names are unique across all its reports.
 QString nextImageNumber()
 {
@@ -41,6 +40,12 @@ QString textOf(const StaticRecordset &rows, const QString &column)
 bool isState(const DataSeries &series)
 {
     return series.scale == stateScale;
+}
+
+/// How many tests of a state item failed; empty for a counter item.
+QString failedTests(const DataSeries &series)
+{
+    return isState(series) ? QString::number(stateStatistics(series).failures) : QString();
 }
 
 /// Decimals that suit all the means of a series: two at least, more for small values.
@@ -183,7 +188,7 @@ void DevicePage::write()
         writeItem(page, item);
     }
     page.write(GetHTIPart(device, marker, false));
-    saveLater(m_context, m_folder + pageName, page.bytes());
+    saveLater(m_context, m_folder + devicePageName, page.bytes());
     removeStaleCharts();
 }
 
@@ -202,9 +207,7 @@ QString DevicePage::keyFigures(const Item &item) const
     const CounterStatistics counter = counterStatistics(item.series);
     if (counter.count() == 0)
         return QStringLiteral("No data in this period");
-    const int decimals = counter.decimals();
-    const QString unit = item.unit.isEmpty() ? QString() : QChar(u' ') + item.unit;
-    const auto text = [&](double value) { return groupedNumber(value, decimals) + unit; };
+    const auto text = [&](double value) { return readableValue(value, item.unit); };
     return QStringLiteral("Mean %1, least %2, greatest %3, 95th percentile %4")
         .arg(text(counter.mean), text(counter.least), text(counter.greatest),
              text(counter.percentile95));
@@ -213,10 +216,9 @@ QString DevicePage::keyFigures(const Item &item) const
 /// What readers of the page get in place of the image; of one that is missing they learn why.
 QString DevicePage::alternative(const Item &item) const
 {
-    return htmlEscaped(
-        item.problem.isEmpty()
-            ? keyFigures(item)
-            : QStringLiteral("This chart could not be drawn: %1").arg(item.problem));
+    return htmlEscaped(item.problem.isEmpty()
+                           ? keyFigures(item)
+                           : QStringLiteral("This chart could not be drawn: %1").arg(item.problem));
 }
 
 void DevicePage::writeGraphPage(const Item &item) const
@@ -236,7 +238,8 @@ void DevicePage::writeGraphPage(const Item &item) const
     const QString text = entry.FillChartTemplate(isState(item.series) ? chart.StateTemplateData
                                                                       : chart.CountTemplateData);
     Placeholders values = m_values;
-    values.insert(values.end(), {{QLatin1String("dev.graph"), item.image.fileName},
+    values.insert(values.end(), {{QLatin1String("varb.unit"), item.unit},
+                                 {QLatin1String("dev.graph"), item.image.fileName},
                                  {QLatin1String("sample.csv"), item.csv},
                                  {QLatin1String("item.id"), QString::number(item.number)},
                                  {QLatin1String("img.alt"), alternative(item)}});
@@ -256,6 +259,7 @@ void DevicePage::writeItem(PageText &page, const Item &item)
                                     {QLatin1String("dev.graphpage"), item.graphPage},
                                     {QLatin1String("sample.csv"), item.csv},
                                     {QLatin1String("item.id"), QString::number(item.number)},
+                                    {QLatin1String("item.failed"), failedTests(item.series)},
                                     {QLatin1String("img.alt"), alternative(item)},
                                 });
     const QString section = fillTemplate(m_context.builder.VARB_Item, values);

@@ -12,6 +12,9 @@
 
 #include <vector>
 
+/// File name of a device's page in the device's folder.
+inline const QString devicePageName = QStringLiteral("DEVREP.HTM");
+
 /// What the parts of one report's run share.
 struct ReportContext
 {

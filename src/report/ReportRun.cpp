@@ -85,6 +85,7 @@ DeviceCounts countsOf(const clsReportDeviceDef &device, const QString &ident,
     rows.setFilter(QStringLiteral("[IDent]='%1'").arg(ident));
     DeviceCounts counts;
     counts.name = device.DisplayName;
+    counts.folder = folderSafe(device.MUID);
     if (!rows.eof()) {
         counts.hasData = true;
         counts.successes = rows.integer(rows.column(QStringLiteral("sumiState")));

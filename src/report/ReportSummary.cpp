@@ -13,10 +13,12 @@
 #include "report/Csv.h"
 #include "report/OutputTree.h"
 #include "report/StateRow.h"
+#include "report/SummaryFigures.h"
+
+#include <algorithm>
 
 namespace {
 
-const QString csvName = QStringLiteral("repsum.csv");
 const QString imageName = QStringLiteral("DEVSUM.PNG");
 
 void copyTransparentImage(const QString &path)
@@ -49,7 +51,25 @@ clsChartImageRef DrawDeviceSummaryImage(const ReportContext &context,
 StateRow rowOf(const DeviceCounts &counts)
 {
     return {counts.name, static_cast<double>(counts.successes),
-            static_cast<double>(counts.failures)};
+            static_cast<double>(counts.failures), counts.folder + u'/' + devicePageName};
+}
+
+/// The rows of the devices with failed tests, the lowest success rate first.
+QString worstRows(const std::vector<DeviceCounts> &devices, const QString &rowTemplate)
+{
+    constexpr size_t atAGlance = 10;
+    std::vector<StateRow> rows;
+    for (const DeviceCounts &device : devices) {
+        if (device.failures > 0)
+            rows.push_back(rowOf(device));
+    }
+    std::stable_sort(rows.begin(), rows.end(), [](const StateRow &a, const StateRow &b) {
+        return a.successes * b.tests() < b.successes * a.tests();
+    });
+    PageText text;
+    for (size_t i = 0; i < std::min(atAGlance, rows.size()); ++i)
+        text.write(rows[i].filled(rowTemplate));
+    return text.text();
 }
 
 /// The key figures of the summary image, for readers who do not see it; of one that is missing they
@@ -103,16 +123,19 @@ void GenerateReportSummary(const ReportContext &context, const std::vector<Devic
     ShowStatus(QLatin1String("Generating Summary: [") + report.ReportTitle + u']');
 
     StateRow total;
+    SummaryFigures figures;
     for (const DeviceCounts &device : devices) {
         total.successes += static_cast<double>(device.successes);
         total.failures += static_cast<double>(device.failures);
+        figures.addDevice(static_cast<double>(device.successes),
+                          static_cast<double>(device.failures));
     }
     const clsChartImageRef image = DrawDeviceSummaryImage(context, devices, total.tests() == 0);
     const Outcome problem = finishImage(context, image);
 
     const QString folder = reportFolder(report);
     const QString range = dateRangeText(context.chart.StartTime, context.chart.EndTime);
-    const Placeholders pageValues = {
+    Placeholders pageValues = {
         {QLatin1String("report.title"), report.ReportTitle},
         {QLatin1String("report.date"), reportDateText(report.RunDate)},
         {QLatin1String("report.time"), reportTimeText(report.RunDate)},
@@ -125,7 +148,10 @@ void GenerateReportSummary(const ReportContext &context, const std::vector<Devic
         {QLatin1String("img.height"), QString::number(image.size.height())},
         {QLatin1String("img.alt"), summaryAlternative(total, devices.size(), problem)},
         {QLatin1String("report.note"), noteText(context.outcome)},
+        {QLatin1String("report.worst"), worstRows(devices, context.builder.STATE_DetailItem)},
     };
+    const Placeholders totals = figures.placeholders();
+    pageValues.insert(pageValues.end(), totals.begin(), totals.end());
     PageText reportPage;
     reportPage.write(fillTemplate(context.builder.REPORT, pageValues));
     saveFile(folder + gConfig->TOU_REPORT, reportPage.bytes());
@@ -147,7 +173,7 @@ void GenerateReportSummary(const ReportContext &context, const std::vector<Devic
             {QLatin1String("sample.name"), report.ReportTitle},
             {QLatin1String("sample.description"), context.chart.SampleLabel},
             {QLatin1String("sample.scale"), QString()},
-            {QLatin1String("sample.csv"), csvName},
+            {QLatin1String("sample.csv"), summaryCsvName},
             {QLatin1String("report.daterange"), range},
             {QLatin1String("chart.title"), QLatin1String("Basis: ") + context.chart.ChartTitle},
         });
@@ -164,6 +190,6 @@ void GenerateReportSummary(const ReportContext &context, const std::vector<Devic
     page.write(total.filledAsTotal(context.builder.STATE_DetailItem));
     page.write(GetHTIPart(table, rowMarker, false));
     page.write(GetHTIPart(summary, listMarker, false));
-    saveFile(folder + csvName, csv.bytes());
+    saveFile(folder + summaryCsvName, csv.bytes());
     saveFile(folder + gConfig->TOU_REP_Summary, page.bytes());
 }

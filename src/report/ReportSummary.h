@@ -10,6 +10,7 @@
 struct DeviceCounts
 {
     QString name;
+    QString folder;       ///< the device's folder below the report's
     bool hasData = false; ///< false: the summary query had no row for it
     qint64 successes = 0;
     qint64 failures = 0;

@@ -11,6 +11,7 @@
 #include "definitions/Dates.h"
 #include "definitions/DefinitionStores.h"
 #include "report/OutputTree.h"
+#include "report/SummaryFigures.h"
 
 namespace {
 
@@ -48,18 +49,32 @@ QString masterEntry(const clsChartOutputBuilder &builder, const clsReportDef &re
                     const ReportStandings &standings)
 {
     const ReportStanding standing = standings.value(report.ReportID.toLower());
-    return fillTemplate(
-        builder.TOC_ReportItem,
-        {
-            {QLatin1String("report.id"), folderSafe(report.ReportID)},
-            {QLatin1String("report.tempid"), QString::number(number)},
-            {QLatin1String("report.title"), report.ReportTitle},
-            {QLatin1String("chart.title"), chartTitleOf(report)},
-            {QLatin1String("report.lastrun"), standing.lastRun},
-            {QLatin1String("report.lastresult"), standing.lastResult},
-            {QLatin1String("report.nextdue"), standing.nextDue},
-            {QLatin1String("report.devices"), QString::number(report.ReportDevices.size())},
-        });
+    const QString id = folderSafe(report.ReportID);
+    // A report that never ran has no pages: no link leads there, and its figures stay empty.
+    const auto figures = readSummaryFigures(reportFolder(report) + summaryCsvName);
+    Placeholders values = figures.value_or(SummaryFigures()).placeholders();
+    if (!figures) {
+        for (auto &[name, value] : values)
+            value.clear();
+    }
+    const auto link = [&](const QString &page) {
+        return figures ? QStringLiteral(" href=\"%1/%2\"").arg(id, page) : QString();
+    };
+    values.insert(values.end(), {
+                                    {QLatin1String("report.href"), link(gConfig->TOU_REPORT)},
+                                    {QLatin1String("summary.href"), link(gConfig->TOU_REP_Summary)},
+                                    {QLatin1String("devices.href"), link(gConfig->TOU_REP_TOC)},
+                                    {QLatin1String("report.id"), id},
+                                    {QLatin1String("report.tempid"), QString::number(number)},
+                                    {QLatin1String("report.title"), report.ReportTitle},
+                                    {QLatin1String("chart.title"), chartTitleOf(report)},
+                                    {QLatin1String("report.lastrun"), standing.lastRun},
+                                    {QLatin1String("report.lastresult"), standing.lastResult},
+                                    {QLatin1String("report.nextdue"), standing.nextDue},
+                                    {QLatin1String("report.devices"),
+                                     QString::number(report.ReportDevices.size())},
+                                });
+    return fillTemplate(builder.TOC_ReportItem, values);
 }
 
 bool writeMasterTOC(QString &errorText, const ReportStandings &standings)

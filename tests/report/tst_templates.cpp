@@ -2,7 +2,9 @@
 #include "report/Csv.h"
 #include "report/GraphEntry.h"
 #include "report/StateRow.h"
+#include "report/SummaryFigures.h"
 #include "report/Templates.h"
+#include "support/Sandbox.h"
 
 #include <QTest>
 
@@ -21,7 +23,10 @@ private Q_SLOTS:
     void joinsSeriesOfACounter();
     void formatsStateRows_data();
     void formatsStateRows();
+    void linksRowsOfDevices();
     void writesCsvRecords();
+    void readsFiguresAgain_data();
+    void readsFiguresAgain();
 };
 
 void TestTemplates::cutsAtTheMarker_data()
@@ -208,6 +213,46 @@ void TestTemplates::writesCsvRecords()
     csv.text(QString());
     csv.endRecord();
     QCOMPARE(csv.bytes(), QByteArray("\"Zürich \"\"A\"\", 1\",0.1,-12,100\r\n\"\"\r\n"));
+}
+
+void TestTemplates::linksRowsOfDevices()
+{
+    const QString rowTemplate = QStringLiteral("<a%%sample.href%%>%%sample.label%%</a>");
+    const StateRow device{QStringLiteral("x"), 1, 0, QStringLiteral("M\"1/DEVREP.HTM")};
+    QCOMPARE(device.filled(rowTemplate), QStringLiteral("<a href=\"M&quot;1/DEVREP.HTM\">x</a>"));
+    QCOMPARE(device.filledAsTotal(rowTemplate), QStringLiteral("<a><b>Total</b></a>"));
+    const StateRow bucket{QStringLiteral("x"), 1, 0};
+    QCOMPARE(bucket.filled(rowTemplate), QStringLiteral("<a>x</a>"));
+}
+
+void TestTemplates::readsFiguresAgain_data()
+{
+    QTest::addColumn<QByteArray>("records");
+    QTest::addColumn<QString>("figures"); ///< empty: none
+
+    QTest::newRow("devices") << QByteArray("\"a\",3,1,4,75\r\n\"b\",2,0,2,100\r\n\"c\",0,0,0,0\r\n")
+                             << "83.33 of 6, 1 failed at 1, 1 silent of 3";
+    QTest::newRow("names with commas, quotes and line ends")
+        << QByteArray("\"a,\"\"b\"\"\r\n,1\",0,2,2,0\r\n\"\",1,0,1,100\r\n")
+        << "33.33 of 3, 2 failed at 1, 0 silent of 2";
+    QTest::newRow("no devices") << QByteArray() << "n/a of 0, 0 failed at 0, 0 silent of 0";
+    QTest::newRow("cut short") << QByteArray("\"a\",3,1,4,75\r\n\"b\",2") << "";
+    QTest::newRow("no numbers") << QByteArray("\"a\",x,1,4,75\r\n") << "";
+}
+
+void TestTemplates::readsFiguresAgain()
+{
+    QFETCH(QByteArray, records);
+    const Sandbox box;
+    QVERIFY(!readSummaryFigures(box.path(QStringLiteral("repsum.csv"))));
+    box.write(QStringLiteral("repsum.csv"), "\"Sample\",\"Success\"\r\n" + records);
+    const auto figures = readSummaryFigures(box.path(QStringLiteral("repsum.csv")));
+    QTEST(figures ? fillTemplate(QStringLiteral("%%total.rate%% of %%total.tests%%, "
+                                                "%%total.failed%% failed at %%total.troubled%%, "
+                                                "%%total.silent%% silent of %%total.devices%%"),
+                                 figures->placeholders())
+                  : QString(),
+          "figures");
 }
 
 QTEST_GUILESS_MAIN(TestTemplates)

@@ -218,6 +218,7 @@ class TestReportRunner : public QObject
 
 private Q_SLOTS:
     void writesTheWholeTree();
+    void showsTroubleFirst();
     void runsOnlyWhatIsDue();
     void endsAReportWithoutDatabase();
     void namesABrokenReportAndGoesOn();
@@ -305,6 +306,42 @@ void TestReportRunner::writesTheWholeTree()
     // Once more: the charts of the last run are gone, so that they do not pile up.
     QVERIFY(site.run(RunChoice::All).failed == 0);
     QCOMPARE(site.box.names(QStringLiteral("Out/R1/M1")).filter(imageName).size(), 2);
+}
+
+void TestReportRunner::showsTroubleFirst()
+{
+    Site site;
+    site.box.write(QStringLiteral("report"),
+                   "%%total.rate%%, %%total.failed%% of %%total.tests%%, %%total.troubled%% and "
+                   "%%total.silent%% of %%total.devices%%:\n%%report.worst%%");
+    site.box.write(QStringLiteral("staterow"), "<a%%sample.href%%>%%sample.label%%</a>");
+    site.box.write(QStringLiteral("tocitem"),
+                   "<a%%report.href%%>%%report.title%%</a> %%total.rate%%%%summary.href%%");
+    site.box.write(QStringLiteral("item"), "%%varb.name%% (%%item.failed%%)[%%detail.list%%]\n");
+    site.box.write(QStringLiteral("count.txt"), "%%varb.unit%%; %%img.alt%%");
+    QVERIFY(site.run(RunChoice::Due).failed == 0);
+
+    QCOMPARE(site.output(QStringLiteral("R1/REPORT.HTM")),
+             QStringLiteral("75.00, 1 of 4, 1 and 1 of 3:<a href=\"M1/DEVREP.HTM\">Älpha</a>"));
+    const QString summary = site.output(QStringLiteral("R1/SUMMARY.HTM"));
+    QVERIFY(summary.contains(QLatin1String("<a href=\"M3/DEVREP.HTM\">Gamma</a>")));
+    QVERIFY(summary.contains(QLatin1String("<a><b>Total</b></a>")));
+    const QString page = site.output(QStringLiteral("R1/M1/DEVREP.HTM"));
+    QVERIFY(page.contains(QLatin1String("<a>Mar 31 - 00:00</a>")));
+    QVERIFY(page.contains(QLatin1String("Ping (1)[")) &&
+            page.contains(QLatin1String("Latency ()[")));
+    QStringList counters;
+    const QStringList pages =
+        site.box.names(QStringLiteral("Out/R1/M1")).filter(QStringLiteral(".HTM"));
+    for (const QString &name : pages)
+        counters.append(site.output(QStringLiteral("R1/M1/") + name));
+    QCOMPARE(counters.filter(QStringLiteral("ms;")),
+             QStringList(QStringLiteral("ms; Mean 0 ms, least -2.5 ms, greatest 2.5 ms, "
+                                        "95th percentile -2.5 ms")));
+    // The report that never ran leads nowhere.
+    QCOMPARE(site.output(QStringLiteral("REPORTS.HTM")),
+             QStringLiteral("<|<a>Never scheduled</a> |<a href=\"R1/REPORT.HTM\">Night of the "
+                            "change</a> 75.00 href=\"R1/SUMMARY.HTM\"|>"));
 }
 
 void TestReportRunner::runsOnlyWhatIsDue()
