@@ -83,6 +83,10 @@ public:
     {
         if (std::unique_ptr<Recordset> samples = openSamples(sql, wanted))
             return samples;
+        if (hasEmptyList(sql))
+            throw Error(DatabaseError,
+                        QStringLiteral("Syntax error in query on '%1': the list in '%2' is empty")
+                            .arg(m_file.path(), sql));
         const QString text =
             isSampleCountQuery(sql) && samples() ? countText() : withoutDistinctRow(sql);
         for (const QString &name : namesIn(text))

@@ -3,6 +3,8 @@
 #include "data/DayNumbers.h"
 #include "data/Queries.h"
 
+#include <iterator>
+
 namespace {
 
 enum class TokenKind { Word, Name, Text, Other };
@@ -68,6 +70,21 @@ QString withoutDistinctRow(const QString &sql)
             result += QStringView(sql).mid(token.start, token.end - token.start);
     });
     return result;
+}
+
+bool hasEmptyList(const QString &sql)
+{
+    static constexpr QStringView emptyList[] = {u"in", u"(", u")"};
+    size_t matched = 0;
+    visitTokens(sql, [&](const Token &token) {
+        const QStringView text = QStringView(sql).mid(token.start, token.end - token.start);
+        if (matched == std::size(emptyList) || text.trimmed().isEmpty())
+            return;
+        const bool goesOn = text.compare(emptyList[matched], Qt::CaseInsensitive) == 0;
+        const bool starts = text.compare(emptyList[0], Qt::CaseInsensitive) == 0;
+        matched = goesOn ? matched + 1 : (starts ? 1 : 0);
+    });
+    return matched == std::size(emptyList);
 }
 
 QStringList namesIn(const QString &sql)

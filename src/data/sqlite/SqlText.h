@@ -11,6 +11,10 @@
 /// anyway wherever rows are grouped, and the tool's queries all group them.
 QString withoutDistinctRow(const QString &sql);
 
+/// Whether a text asks for membership in an empty list, "in ()": an error in Access and on servers,
+/// which SQLite would let pass.
+bool hasEmptyList(const QString &sql);
+
 /// The words and the names in brackets or double quotes that stand in a text, as written; what
 /// stands in apostrophes is left out.
 QStringList namesIn(const QString &sql);
