@@ -383,8 +383,8 @@ function stretchFacts(begin, end) {
     const [good, bad] = [sum(a), sum(b)];
     return facts(['Success rate', rateText(good / (good + bad) * 100)], ['Failed', `${bad} of ${good + bad} tests`], gaps);
   }
-  return facts(['Mean', valueText(sum(a) / a.length)], ['Least', valueText(least(b, 0, b.length))],
-    ['Greatest', valueText(greatest(c, 0, c.length))], gaps);
+  return facts(['Mean', valueText(sum(a) / a.length)], ['Least sample', valueText(least(b, 0, b.length))],
+    ['Greatest sample', valueText(greatest(c, 0, c.length))], gaps);
 }
 
 function tell() {
@@ -458,6 +458,13 @@ const buttons = {
 const recent = Number(figure.dataset.window);
 if (figure.dataset.scroll === 'true' && recent < count)
   buttons.recent = button(`Last ${recent}`, `Last ${recent} buckets`, () => show(count - recent, count));
+
+// From failure to failure, and round again: each stretch of failed buckets counts once.
+function readFailure() {
+  const begins = Array.from(second.keys()).filter((i) => second[i] > 0 && !(second[i - 1] > 0));
+  read(begins.find((i) => i > cursor) ?? begins[0], true);
+}
+if (state && second.some((failed) => failed > 0)) buttons.failure = button('Next failure', 'Next failure', readFailure);
 
 const legend = make('div', { class: 'legend', role: 'group', 'aria-label': 'Series' });
 for (const one of series) {

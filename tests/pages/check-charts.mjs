@@ -124,6 +124,16 @@ export async function checkChart(tab, address, expect) {
   expect(/no data/.test(await read()), `reads "${await read()}" in a gap`);
   expect(await tab.$eval('.readout', (readout) => readout.getAttribute('aria-live') === 'polite'), 'does not speak what the keys read');
 
+  if (state) {
+    await tab.keyboard.press('Escape');
+    const failed = data.series2.map((entry) => Number(entry) > 0);
+    const begins = failed.flatMap((bad, i) => (bad && !failed[i - 1] ? [i] : []));
+    for (const begin of [begins[0], begins[1]]) {
+      await press('Next failure');
+      expect((await read()).startsWith(data.labels[begin]), `reads "${await read()}" as a failure, not ${data.labels[begin]}`);
+    }
+  }
+
   // Pointing reads, too; leaving tells of the stretch.
   await tab.mouse.move(...at(.5));
   const pointed = await read();

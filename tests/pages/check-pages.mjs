@@ -124,44 +124,44 @@ async function checkAccess(tab, where, scheme) {
 }
 
 async function checkPage(kind, name) {
-  for (const scheme of ['light', 'dark']) {
-    const where = `${kind}, ${scheme}`;
-    const tab = await openTab(where);
-    await tab.setViewport({ width: 1366, height: 850 });
+  const tab = await openTab(kind);
+  await tab.setViewport({ width: 1366, height: 850 });
+  await tab.goto(address(name));
+  await settle(tab);
+  count('pages opened');
+  const grounds = { light: 'rgb(243, 245, 247)', dark: 'rgb(18, 22, 27)' };
+  for (const [scheme, expected] of Object.entries(grounds)) {
     await tab.emulateMediaFeatures([{ name: 'prefers-color-scheme', value: scheme }]);
-    await tab.goto(address(name));
-    await settle(tab);
-    count('pages opened');
-    await checkAccess(tab, where, scheme);
-
-    const seen = await tab.evaluate(() => {
-      for (const element of document.querySelectorAll('b')) element.dispatchEvent(new MouseEvent('mouseover', { bubbles: true }));
-      return {
-        owned: window.owned,
-        shifted: window.shifted,
-        ground: getComputedStyle(document.body).backgroundColor,
-        links: [...document.links].map((link) => link.href),
-        images: [...document.images].map(({ src, naturalWidth, attributes }) => ({
-          src, loaded: naturalWidth > 0, sized: Boolean(attributes.width?.value && attributes.height?.value), alt: attributes.alt?.value })),
-      };
-    });
-    expect(seen.owned === undefined, where, 'injected script ran');
-    expect(tab.refusals > 0 === hasMarkup(name), where, `${tab.refusals} injected scripts were refused`);
-    expect(seen.shifted < .001, where, `the page jumps while it loads (${seen.shifted})`);
-    expect(seen.ground === (scheme === 'dark' ? 'rgb(18, 22, 27)' : 'rgb(243, 245, 247)'), where, `the ground is ${seen.ground}`);
-    for (const link of seen.links) expect(existsSync(fileURLToPath(link.split('#')[0])), where, `${link} leads nowhere`);
-    for (const image of seen.images) {
-      expect(image.loaded, where, `${image.src} does not load`);
-      expect(image.sized && image.alt, where, `${image.src} lacks its size or its alternative text`);
-    }
-    for (const width of scheme === 'light' ? widths : []) {
-      await tab.setViewport({ width, height: 800 });
-      await settle(tab);
-      const over = await tab.evaluate(() => document.documentElement.scrollWidth - innerWidth);
-      expect(over <= 0, `${kind}, ${width} pixels wide`, `${over} pixels hang over`);
-    }
-    await tab.close();
+    await checkAccess(tab, `${kind}, ${scheme}`, scheme);
+    const ground = await tab.evaluate(() => getComputedStyle(document.body).backgroundColor);
+    expect(ground === expected, `${kind}, ${scheme}`, `the ground is ${ground}`);
   }
+
+  const seen = await tab.evaluate(() => {
+    for (const element of document.querySelectorAll('b')) element.dispatchEvent(new MouseEvent('mouseover', { bubbles: true }));
+    return {
+      owned: window.owned,
+      shifted: window.shifted,
+      links: [...document.links].map((link) => link.href),
+      images: [...document.images].map(({ src, naturalWidth, attributes }) => ({
+        src, loaded: naturalWidth > 0, sized: Boolean(attributes.width?.value && attributes.height?.value), alt: attributes.alt?.value })),
+    };
+  });
+  expect(seen.owned === undefined, kind, 'injected script ran');
+  expect(tab.refusals > 0 === hasMarkup(name), kind, `${tab.refusals} injected scripts were refused`);
+  expect(seen.shifted < .001, kind, `the page jumps while it loads (${seen.shifted})`);
+  for (const link of seen.links) expect(existsSync(fileURLToPath(link.split('#')[0])), kind, `${link} leads nowhere`);
+  for (const image of seen.images) {
+    expect(image.loaded, kind, `${image.src} does not load`);
+    expect(image.sized && image.alt, kind, `${image.src} lacks its size or its alternative text`);
+  }
+  for (const width of widths) {
+    await tab.setViewport({ width, height: 800 });
+    await settle(tab);
+    const over = await tab.evaluate(() => document.documentElement.scrollWidth - innerWidth);
+    expect(over <= 0, `${kind}, ${width} pixels wide`, `${over} pixels hang over`);
+  }
+  await tab.close();
 }
 
 async function checkLists() {
@@ -184,8 +184,8 @@ async function checkLists() {
   expect(byName.at(-1) === 'Total' && byName[0].startsWith('<script>') === false && byName.indexOf('Quiet device') < byName.indexOf('Router'),
     'summary', `is by name in the order ${byName}`);
   await tab.evaluate(() => [...document.querySelectorAll('tbody a')].find((link) => link.textContent === 'Router').click());
-  await tab.waitForFunction(() => location.href.endsWith('M1/DEVREP.HTM'));
-  expect(await tab.$('.steps a[rel="next"]') || await tab.$('.steps a[rel="prev"]'), 'device page', 'has no neighbours');
+  const step = await tab.waitForSelector('.steps a[rel]', { timeout: 10_000 }).catch(() => null);
+  expect(step && tab.url().endsWith('Rall/M1/DEVREP.HTM'), 'summary', `leads to ${tab.url()}, neighbours: ${Boolean(step)}`);
   await tab.close();
 }
 
