@@ -37,7 +37,8 @@ const digits = (value) => value.toLocaleString('en', {
 function valueText(value) {
   if (Number.isNaN(value)) return 'no data';
   const prefix = prefixFor(Math.abs(value));
-  return `${digits(value / prefix.factor)} ${prefix.text}${unit}`.trimEnd();
+  const apart = prefix.text && !prefixing && !binary ? ' ' : '';
+  return `${digits(value / prefix.factor)} ${prefix.text}${apart}${unit}`.trimEnd();
 }
 const rateText = (value) => `${value.toFixed(value > 99.9 && value < 100 ? 3 : 2)} %`;
 
@@ -276,6 +277,7 @@ function timeTicks() {
       : step < 1440 && Math.floor(minutes[i] / step) !== Math.floor(minutes[i - 1] / step);
     if (due && i >= begin) ticks.push([i, midnight ? dayOf(i) : labels[i].slice(-5), midnight]);
   }
+  if (!ticks.length) ticks.push([(view.from + view.to) / 2, labels[begin], false]); // too short a stretch
   return ticks;
 }
 
@@ -287,7 +289,7 @@ function drawAxes(scale, y) {
     const value = scale.low + k * scale.step;
     const at = size.top + round(y(value));
     lines.push(svgElement('path', { d: `M${size.left} ${at}h${size.width}` }));
-    words.push(svgElement('text', { x: size.left - 7, y: at + 4, 'text-anchor': 'end' }, `${digits(value / scale.factor)}${scale.suffix}`));
+    words.push(svgElement('text', { x: size.left - 7, y: at + 4, 'text-anchor': 'end' }, `${digits(value / scale.factor)}${value || state ? scale.suffix : ''}`));
   }
   let free = -Infinity; // where the last label ends
   for (const [bucket, text, strong] of timeTicks()) {

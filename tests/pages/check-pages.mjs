@@ -1,6 +1,6 @@
 // check-pages.mjs REPORTS PROFILE: opens the pages of the finished site in the folder REPORTS from
 // file:// in Chromium, whose profile goes into PROFILE, and tells every fault it finds.
-import { readFileSync, readdirSync, existsSync } from 'node:fs';
+import { existsSync, readFileSync, readdirSync, rmSync, writeFileSync } from 'node:fs';
 import { createRequire } from 'node:module';
 import { dirname, join, relative, resolve } from 'node:path';
 import { fileURLToPath, pathToFileURL } from 'node:url';
@@ -204,12 +204,51 @@ async function checkPaperAndNoScript(name) {
   await tab.close();
 }
 
+// A counter's chart page with other values in place of its own.
+const awkward = {
+  'one value': { labels: 'Nov 20 - 08:00', series1: '5', series2: '5', series3: '5', unit: 'ms', value: 'Mean 5 ms' },
+  'all equal': { labels: 'a,b,c', series1: '7,7,7', series2: '7,7,7', series3: '7,7,7', unit: '%', value: 'Mean 7 %' },
+  'all zero': { labels: 'a,b', series1: '0,0', series2: '0,0', series3: '0,0', unit: '', value: 'Mean 0' },
+  'negative values': { labels: 'a,b,c', series1: '-3,-2.5,-9', series2: '-4,-3,-10', series3: '-1,-1,-2', unit: '\u00b0C', value: 'Mean -3 \u00b0C' },
+  'small values': { labels: 'a,b', series1: '0.00012,0.0003', series2: '0.0001,0.0002', series3: '0.0004,0.0005', unit: 'V', value: 'Mean 120 \u00b5V' },
+  'large values': { labels: 'a,b', series1: '3221225472,1', series2: '1,1', series3: '9999999999,1', unit: 'B/s', value: 'Mean 3 GiB/s' },
+  'large counts': { labels: 'a,b', series1: '1234567,1', series2: '1,1', series3: '9999999,1', unit: '#', value: 'Mean 1.235 M #' },
+  'gaps around a value': { labels: 'a,b,c', series1: ' ,5, ', series2: ' ,4, ', series3: ' ,6, ', unit: 'ms', value: 'no data' },
+};
+
+async function checkAwkward() {
+  const name = join(dirname(kinds['counter chart']), 'AWKWARD.HTM');
+  for (const [what, { value, ...lists }] of Object.entries(awkward)) {
+    const where = `chart of ${what}`;
+    let page = text(kinds['counter chart']);
+    for (const [id, list] of Object.entries(lists)) page = page.replace(new RegExp(`(id="${id}">)[^<]*`), `$1${list}`);
+    writeFileSync(join(site, name), page);
+    const tab = await openTab(where);
+    await tab.goto(address(name));
+    await tab.focus('.view');
+    await tab.keyboard.press('ArrowRight');
+    await settle(tab);
+    const seen = await tab.evaluate(() => ({
+      broken: /NaN|Infinity|undefined/.test(document.querySelector('.plot').innerHTML),
+      drawn: document.querySelector('.view path.mean').getAttribute('d'),
+      words: document.querySelector('.readout').textContent,
+      outside: [...document.querySelectorAll('.axis text')].filter((text) => text.getBBox().x < 0).length,
+    }));
+    expect(!seen.broken && seen.drawn && !seen.outside, where, `draws ${JSON.stringify(seen)}`);
+    expect(seen.words.startsWith(lists.labels.split(',')[0]) && seen.words.includes(value), where, `reads "${seen.words}"`);
+    count('awkward charts');
+    await tab.close();
+  }
+  rmSync(join(site, name));
+}
+
 try {
   for (const [kind, name] of Object.entries(kinds)) {
     if (name) await checkPage(kind, name);
     else faults.push(`there is no ${kind}`);
   }
   await checkLists();
+  await checkAwkward();
   await checkPaperAndNoScript(kinds['state chart']);
   for (const kind of ['state chart', 'counter chart', 'long state chart', 'long counter chart']) {
     const tab = await openTab(kind);
