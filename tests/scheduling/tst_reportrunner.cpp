@@ -1,8 +1,10 @@
 #include "core/Clock.h"
 #include "core/platform/EventLog.h"
+#include "data/Connection.h"
 #include "definitions/DefinitionStores.h"
 #include "demo/AccessWriter.h"
 #include "scheduling/ReportRunner.h"
+#include "scheduling/RunHistory.h"
 #include "support/Sandbox.h"
 
 #include <QGuiApplication>
@@ -56,6 +58,7 @@ public:
         events.clear();
         gAutoMode = true;
         gDataPath = box.path() + u'/';
+        gGraphDataPath = gDataPath;
         gConfig->storedOutput = QStringLiteral("%%app.path%%\\Out");
         gConfig->TOU_TOC = QStringLiteral("REPORTS.HTM");
         gConfig->TOU_REPORT = QStringLiteral("REPORT.HTM");
@@ -224,6 +227,8 @@ private Q_SLOTS:
     void namesABrokenReportAndGoesOn();
     void citesTheTransparentImage();
     void cancelsBetweenDevices();
+    void tellsInTheMasterListHowReportsEnded();
+    void reportsProgressOfTheWholeRun();
 };
 
 void TestReportRunner::writesTheWholeTree()
@@ -385,17 +390,39 @@ void TestReportRunner::namesABrokenReportAndGoesOn()
              1);
     QVERIFY(site.lastRunMoved());
     QVERIFY(site.box.names(QStringLiteral("Out/R1")).contains(QLatin1String("SUMMARY.HTM")));
+    const std::vector<RunRecord> runs = readRuns();
+    QCOMPARE(runs.size(), size_t(1));
+    QCOMPARE(lastRecord(runs, QStringLiteral("{R-0}"))->result, ReportResult::Failed);
+    QVERIFY(lastRecord(runs, QStringLiteral("{R-0}"))->error.contains(QLatin1String("'{X}'")));
+    QCOMPARE(lastRecord(runs, QStringLiteral("{R-1}"))->result, ReportResult::Ok);
+    QVERIFY(!site.events.filter(QStringLiteral("1 Report 'A broken one' failed: ")).isEmpty());
 }
 
 void TestReportRunner::citesTheTransparentImage()
 {
     Site site;
     gConfig->IMG_Format = QStringLiteral("NONE");
+    site.box.write(gConfig->TIN_VARB_Item,
+                   "%%varb.name%% %%dev.graph%%[%%detail.list%%]%%img.alt%%\n");
+    site.box.write(gConfig->TIN_REPORT, "%%report.note%%");
     const RunResult result = site.run(RunChoice::Due);
     QCOMPARE(result.failed, 0);
     QCOMPARE(result.chartsWithoutImage, 5); // four items and the summary
     QVERIFY(site.output(QStringLiteral("R1/M2/DEVREP.HTM"))
                 .contains(QLatin1String("Ping ../../transdot.gif[")));
+    QVERIFY(site.output(QStringLiteral("R1/M2/DEVREP.HTM"))
+                .contains(QLatin1String("]This chart could not be drawn: ")));
+    QVERIFY(site.output(QStringLiteral("R1/REPORT.HTM"))
+                .endsWith(QLatin1String("5 charts could not be drawn; their values are in the "
+                                        "tables.")));
+    const ReportRecord record = readRuns().at(0).reports.at(0);
+    QCOMPARE(record.result, ReportResult::Partial);
+    QCOMPARE(record.charts, 4);
+    QCOMPARE(record.samples, 8);
+    QCOMPARE(record.chartsWithoutImage, 5);
+    QVERIFY(record.chartErrors.first().contains(QLatin1String("NONE")));
+    QVERIFY(record.error.isEmpty());
+    QVERIFY(site.lastRunMoved());
 }
 
 void TestReportRunner::cancelsBetweenDevices()
@@ -416,6 +443,57 @@ void TestReportRunner::cancelsBetweenDevices()
     QVERIFY(!site.lastRunMoved());
     QVERIFY(site.events.contains(QStringLiteral("4 Report AutoGraph execution cancelled.")));
     QCOMPARE(site.box.status.last(), QStringLiteral("Report run cancelled by user."));
+    QCOMPARE(readRuns().at(0).reports.at(0).result, ReportResult::Cancelled);
+}
+
+void TestReportRunner::tellsInTheMasterListHowReportsEnded()
+{
+    Site site;
+    site.box.write(gConfig->TIN_TOC_ReportItem,
+                   "%%report.title%%: %%report.lastrun%%, %%report.lastresult%%, "
+                   "%%report.nextdue%%");
+    QStringList before;
+    setStatusSink([&](const QString &line) {
+        if (line.startsWith(QLatin1String("Generating TOC: [")))
+            before.append(site.output(QStringLiteral("REPORTS.HTM")));
+    });
+    QCOMPARE(site.run(RunChoice::Due).failed, 0);
+    const QString never = QStringLiteral("<|Never scheduled: , , |Night of the change: ");
+    QCOMPARE(before, QStringList(never + QStringLiteral("2024-Mar-31 12:00, , now|>")));
+    QCOMPARE(site.output(QStringLiteral("REPORTS.HTM")),
+             never + QStringLiteral("2024-Apr-01 13:14, ok, 2024-Apr-01 14:00|>"));
+    QCOMPARE(readRuns().at(0).reports.at(0).dueSince.toString(QStringLiteral("MM-dd HH:mm")),
+             QStringLiteral("03-31 13:00"));
+
+    // Its old pages still stand; the list says that they are old.
+    site.clock.advance(3'600'000);
+    QVERIFY(QFile::remove(site.box.path(QStringLiteral("VTRGData.MDB"))));
+    CloseDatabase();
+    QVERIFY(site.run(RunChoice::Due).failed > 0);
+    QCOMPARE(site.output(QStringLiteral("REPORTS.HTM")),
+             never + QStringLiteral("2024-Apr-01 14:14, failed, now|>"));
+    QVERIFY(site.box.names(QStringLiteral("Out/R1")).contains(QLatin1String("SUMMARY.HTM")));
+}
+
+void TestReportRunner::reportsProgressOfTheWholeRun()
+{
+    Site site;
+    QStringList seen;
+    setProgressSink([&](const Progress &progress) {
+        const QString text = QStringLiteral("%1 %2/%3")
+                                 .arg(progress.report.left(5))
+                                 .arg(progress.done)
+                                 .arg(progress.all);
+        if (seen.isEmpty() || seen.last() != text)
+            seen.append(text);
+    });
+    site.run(RunChoice::All);
+    setProgressSink({});
+    // Items of a device that the database does not know are done with their report.
+    QCOMPARE(seen, QStringList({QStringLiteral("Night 0/6"), QStringLiteral("Night 1/6"),
+                                QStringLiteral("Night 2/6"), QStringLiteral("Night 3/6"),
+                                QStringLiteral("Night 4/6"), QStringLiteral("Night 5/6"),
+                                QStringLiteral("Night 6/6"), QStringLiteral("Never 6/6")}));
 }
 
 int main(int argc, char *argv[])
