@@ -68,6 +68,9 @@ int runUnattended(const QStringList &ids, RunChoice choice)
     const RunDisplay display(stdout);
     std::signal(SIGINT, cancelOnSignal);
     std::signal(SIGTERM, cancelOnSignal);
+#ifdef SIGPIPE
+    std::signal(SIGPIPE, SIG_IGN); // reports matter more than who reads the status lines
+#endif
     const RunResult result = runReports(ids, choice);
     if (result.cancelled)
         return Cancelled;
@@ -111,6 +114,17 @@ int check()
     return WrongUse;
 }
 
+/// A run with a definition file that cannot be read would skip reports, and end by writing the file
+/// anew: nobody is there to see it, so the run does not start. Throws Error naming the places.
+void checkDefinitionFiles()
+{
+    LoadChartDefs();
+    LoadScheduleDefs();
+    const QStringList errors = definitionFileErrors();
+    if (!errors.isEmpty())
+        throw Error(InvalidFileFormat, errors.join(QLatin1String("; ")));
+}
+
 /// The commands that need no definitions.
 bool isRegistration(Command command)
 {
@@ -144,6 +158,8 @@ int startUp(const Options &options)
         LoadScheduleDefs();
         return show(reportListText());
     }
+    if (runs)
+        checkDefinitionFiles();
     gStartupDone = true;
 
     if (!options.run.isEmpty())

@@ -4,6 +4,7 @@
 
 #include <QLocale>
 
+#include <algorithm>
 #include <cmath>
 #include <limits>
 
@@ -53,6 +54,16 @@ qint32 roundToInteger(double value)
     return static_cast<qint32>(rounded);
 }
 
+/// Plain decimals; never a zero with a minus sign.
+static QString decimalText(double value, int decimals)
+{
+    QString text = QString::number(value, 'f', decimals);
+    const auto isZero = [](QChar character) { return character == u'0' || character == u'.'; };
+    if (text.startsWith(u'-') && std::all_of(text.cbegin() + 1, text.cend(), isZero))
+        text.remove(0, 1);
+    return text;
+}
+
 QString plainNumber(double value)
 {
     return QString::number(value, 'f', QLocale::FloatingPointShortest);
@@ -60,19 +71,27 @@ QString plainNumber(double value)
 
 QString trimmedNumber(double value, int mostDecimals)
 {
-    QString text = QString::number(value, 'f', mostDecimals);
+    QString text = decimalText(value, mostDecimals);
     if (mostDecimals > 0) {
         while (text.endsWith(u'0'))
             text.chop(1);
         if (text.endsWith(u'.'))
             text.chop(1);
     }
-    return text == u"-0" ? QStringLiteral("0") : text;
+    return text;
+}
+
+QString fixedNumber(double value, int decimals)
+{
+    const double shift = std::pow(10, decimals);
+    const double shifted = value * shift;
+    const bool isExact = std::abs(shifted) < 9e15; // beyond, a double has no such decimals
+    return decimalText(isExact ? std::nearbyint(shifted) / shift : value, decimals);
 }
 
 QString groupedNumber(double value, int decimals)
 {
-    QString text = QString::number(value, 'f', decimals);
+    QString text = decimalText(value, decimals);
     const qsizetype first = text.startsWith(u'-') ? 1 : 0;
     const qsizetype point = text.indexOf(u'.');
     for (qsizetype at = (point < 0 ? text.size() : point) - 3; at > first; at -= 3)

@@ -21,5 +21,8 @@ QString plainNumber(double value);
 /// A fixed number of decimals with trailing zeros (and a trailing point) removed: 12.5, 3, 0.0004.
 QString trimmedNumber(double value, int mostDecimals);
 
+/// A fixed number of decimals, halves rounded to even.
+QString fixedNumber(double value, int decimals);
+
 /// Digits grouped by commas in threes: 1,234,567. `decimals` are kept as they are.
 QString groupedNumber(double value, int decimals);

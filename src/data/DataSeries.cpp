@@ -13,6 +13,12 @@ namespace {
 /// More places than this no chart can show; a mistaken period would fill the memory.
 constexpr size_t mostBuckets = 2'000'000;
 
+/// Without the point that some languages put behind an abbreviation.
+QString shortName(QString name)
+{
+    return name.remove(u'.');
+}
+
 /// Month and weekday names of the user's locale, fetched once for a whole axis.
 struct Names
 {
@@ -20,9 +26,9 @@ struct Names
     {
         const QLocale locale;
         for (int i = 0; i < 12; ++i)
-            months[static_cast<size_t>(i)] = locale.monthName(i + 1, QLocale::ShortFormat);
+            months[static_cast<size_t>(i)] = shortName(locale.monthName(i + 1, QLocale::ShortFormat));
         for (int i = 0; i < 7; ++i)
-            days[static_cast<size_t>(i)] = locale.dayName(i + 1, QLocale::ShortFormat);
+            days[static_cast<size_t>(i)] = shortName(locale.dayName(i + 1, QLocale::ShortFormat));
     }
     const QString &month(const QDate &date) const
     {

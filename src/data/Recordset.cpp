@@ -153,6 +153,11 @@ private:
 
 } // namespace
 
+QString quoted(QString text)
+{
+    return u'\'' + text.replace(u'\'', QLatin1String("''")) + u'\'';
+}
+
 qint64 toInteger(double value)
 {
     const double rounded = std::nearbyint(value);

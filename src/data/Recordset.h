@@ -43,6 +43,9 @@ qint64 toInteger(const QVariant &value);
 double toNumber(const QVariant &value);
 QString toText(const QVariant &value);
 
+/// A text in apostrophes, as criteria and SQL take it.
+QString quoted(QString text);
+
 /// A recordset fetched whole, with a filter, a count and a way back to the first row.
 class StaticRecordset
 {

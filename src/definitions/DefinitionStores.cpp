@@ -5,6 +5,7 @@
 #include "core/GrapherConfig.h"
 #include "core/Status.h"
 #include "core/Xml.h"
+#include "core/platform/EventLog.h"
 
 Collection<clsGraphDef> gChartDefs;
 Collection<clsScheduleDef> gScheduleDefs;
@@ -22,6 +23,8 @@ struct DefinitionFile
     bool factoryTried = false;
     QString readWhole =
         QString(); ///< the path from which everything was read, or to which it was written
+
+    QString error = QString(); ///< why the last load could not read it
 
     QString path() const { return configurationFolder() + QLatin1String(name); }
 };
@@ -60,12 +63,18 @@ void copyFactoryFile(DefinitionFile &file)
 }
 
 /// False when the file is missing, unreadable or malformed.
-bool readDocument(const QString &path, pugi::xml_document &document)
+bool readDocument(DefinitionFile &file, pugi::xml_document &document)
 {
+    file.error.clear();
     try {
-        parseXml(document, readFile(path));
+        parseXml(document, readFile(file.path()));
         return true;
-    } catch (const Error &) {
+    } catch (const Error &error) {
+        if (error.number != FileNotFound) {
+            file.error = file.path() + u':' + error.description;
+            LogEvent(runEvent, EventWarning,
+                     QLatin1String("Error reading definitions ") + file.error);
+        }
         return false;
     }
 }
@@ -84,7 +93,7 @@ void load(DefinitionFile &file, Collection<T> &definitions)
     definitions.clear();
     file.readWhole.clear();
     pugi::xml_document document;
-    if (!readDocument(file.path(), document))
+    if (!readDocument(file, document))
         return;
     int count = 0;
     forEachElement(document, file.child, [&](const pugi::xml_node &element) {
@@ -133,6 +142,13 @@ void showError(const char *what, const Error &error)
 }
 
 } // namespace
+
+QStringList definitionFileErrors()
+{
+    QStringList errors = {files.charts.error, files.schedules.error, files.reports.error};
+    errors.removeAll(QString());
+    return errors;
+}
 
 void LoadChartDefs()
 {

@@ -22,6 +22,10 @@ void LoadChartDefs();
 void LoadScheduleDefs();
 void LoadReportDefs();
 
+/// What was wrong with the files that the last load of each could not read ("<file>:line:column:
+/// what"), a missing file not among them. The event log has it too.
+QStringList definitionFileErrors();
+
 /// Each writes a whole collection to its file. Failures become the status line
 /// "Error saving ... [number] description" and leave the file as it was; nothing is thrown.
 ///

@@ -1,5 +1,6 @@
 #include "report/DeviceReport.h"
 
+#include "charts/ChartPainter.h"
 #include "charts/ChartStatistics.h"
 #include "charts/ValueAxis.h"
 #include "core/Error.h"
@@ -17,11 +18,13 @@
 #include "report/OutputTree.h"
 #include "report/StateRow.h"
 
+#include <QCoreApplication>
 #include <QDir>
 #include <QRegularExpression>
 #include <QSet>
 
 #include <algorithm>
+#include <future>
 
 namespace {
 
@@ -52,6 +55,14 @@ QString failedTests(const DataSeries &series)
 int valueDecimals(const DataSeries &series)
 {
     return std::max(2, counterStatistics(series).decimals());
+}
+
+/// The outcome of a chart that never reached the pool.
+PendingOutcome failedOutcome(const Error &error)
+{
+    std::promise<Outcome> outcome;
+    outcome.set_value(error);
+    return outcome.get_future().share();
 }
 
 void saveLater(const ReportContext &context, const QString &path, const QByteArray &bytes)
@@ -85,8 +96,6 @@ DevicePage::DevicePage(const ReportContext &context, const clsReportDeviceDef &d
         {QLatin1String("dev.prev"), previousFolder},
         {QLatin1String("dev.next"), nextFolder},
         {QLatin1String("page.lang"), pageLanguage()},
-        {QLatin1String("img.width"), QString::number(gConfig->IMG_Width)},
-        {QLatin1String("img.height"), QString::number(gConfig->IMG_Height)},
     };
 }
 
@@ -139,34 +148,47 @@ void DevicePage::chartItem(Item &item, const QString &dataIdent)
         gConnection->open(GetDataValuesSQL(dataIdent, chart.StartTime, chart.EndTime),
                           {QStringLiteral("DataIDent"), QStringLiteral("iDate"),
                            QStringLiteral("iState"), QStringLiteral("iValue")});
-    ShowStatus(QStringLiteral("Calculating..."));
-    const std::vector<SummaryRow> summary =
-        BuildCalculatedSummary(*raw, chart.ChartFrequency, chart.MinuteInterval);
-    for (const SummaryRow &row : summary)
-        m_context.outcome.samples += row.QCount;
-
-    ShowStatus(QStringLiteral("Generating series..."));
-    item.series.frequency = chart.ChartFrequency;
-    item.series.minuteInterval = chart.MinuteInterval;
-    GenerateDataSeries(summary, m_context.start, m_context.end, m_context.latest, item.series);
-
-    ShowStatus(QStringLiteral("Generating output..."));
     const QString image = u'G' + nextImageNumber();
     item.image.fileName = image + QLatin1String(".PNG");
     item.image.size = QSize(gConfig->IMG_Width, gConfig->IMG_Height);
     item.graphPage = image + QLatin1String(".HTM");
+    try {
+        computeSeries(item.series, *raw);
+    } catch (const Error &error) {
+        // A value that no sum takes, or a period of too many intervals, spoils this chart alone.
+        if (error.number != Overflow)
+            throw;
+        item.series.buckets.clear();
+        item.image.outcome = failedOutcome(error);
+        return;
+    }
+    ShowStatus(QStringLiteral("Generating output..."));
     const ChartFrame frame =
         chartFrame(m_context, chart.ChartTitle, m_name + QStringLiteral(" \u2013 ") + item.name);
-    const QString path = m_folder + item.image.fileName;
-    if (isState(item.series)) {
-        item.image.outcome =
-            m_context.pool.submit(StateChart{frame, item.series}, path, gConfig->IMG_Format);
-    } else {
-        item.image.outcome =
-            m_context.pool.submit(CounterChart{frame, chart.SampleLabel, item.unit, item.series},
-                                  path, gConfig->IMG_Format);
-    }
+    Chart drawn = StateChart{frame, item.series};
+    if (!isState(item.series))
+        drawn = CounterChart{frame, chart.SampleLabel, item.unit, item.series};
+    item.image.size = chartSize(drawn);
+    item.image.outcome = m_context.pool.submit(std::move(drawn), m_folder + item.image.fileName,
+                                               gConfig->IMG_Format);
     ++m_context.outcome.charts;
+}
+
+/// Throws Error(Overflow) for samples or a period that cannot be charted.
+void DevicePage::computeSeries(DataSeries &series, Recordset &samples)
+{
+    const clsGraphDef &chart = m_context.chart;
+    ShowStatus(QStringLiteral("Calculating..."));
+    const std::vector<SummaryRow> summary =
+        BuildCalculatedSummary(samples, chart.ChartFrequency, chart.MinuteInterval);
+    for (const SummaryRow &row : summary)
+        m_context.outcome.samples += row.QCount;
+
+    ShowStatus(QStringLiteral("Generating series..."));
+    series.frequency = chart.ChartFrequency;
+    series.minuteInterval = chart.MinuteInterval;
+    if (!GenerateDataSeries(summary, m_context.start, m_context.end, m_context.latest, series))
+        throw Error(Overflow, QStringLiteral("Overflow: the period cannot be charted"));
 }
 
 void DevicePage::write()
@@ -200,7 +222,7 @@ QString DevicePage::keyFigures(const Item &item) const
         if (tests == 0)
             return QStringLiteral("No data in this period");
         return QStringLiteral("Success rate %1 %, %2 of %3 tests failed")
-            .arg(QString::number(state.overallRate, 'f', 2))
+            .arg(fixedNumber(state.overallRate, 2))
             .arg(state.failures)
             .arg(tests);
     }
@@ -221,6 +243,27 @@ QString DevicePage::alternative(const Item &item) const
                            : QStringLiteral("This chart could not be drawn: %1").arg(item.problem));
 }
 
+/// The page's placeholders and those of one item.
+Placeholders DevicePage::itemValues(const Item &item) const
+{
+    Placeholders values = m_values;
+    values.insert(values.end(),
+                  {
+                      {QLatin1String("varb.name"), item.name},
+                      {QLatin1String("varb.desc"), item.description},
+                      {QLatin1String("varb.unit"), item.unit},
+                      {QLatin1String("dev.graph"), item.image.fileName},
+                      {QLatin1String("dev.graphpage"), item.graphPage},
+                      {QLatin1String("sample.csv"), item.csv},
+                      {QLatin1String("item.id"), QString::number(item.number)},
+                      {QLatin1String("item.failed"), failedTests(item.series)},
+                      {QLatin1String("img.width"), QString::number(item.image.size.width())},
+                      {QLatin1String("img.height"), QString::number(item.image.size.height())},
+                      {QLatin1String("img.alt"), alternative(item)},
+                  });
+    return values;
+}
+
 void DevicePage::writeGraphPage(const Item &item) const
 {
     const clsGraphDef &chart = m_context.chart;
@@ -237,32 +280,15 @@ void DevicePage::writeGraphPage(const Item &item) const
     entry.setSeries(item.series);
     const QString text = entry.FillChartTemplate(isState(item.series) ? chart.StateTemplateData
                                                                       : chart.CountTemplateData);
-    Placeholders values = m_values;
-    values.insert(values.end(), {{QLatin1String("varb.unit"), item.unit},
-                                 {QLatin1String("dev.graph"), item.image.fileName},
-                                 {QLatin1String("sample.csv"), item.csv},
-                                 {QLatin1String("item.id"), QString::number(item.number)},
-                                 {QLatin1String("img.alt"), alternative(item)}});
     PageText page;
-    page.write(fillTemplate(text, values));
+    page.write(fillTemplate(text, itemValues(item)));
     saveLater(m_context, m_folder + item.graphPage, page.bytes());
 }
 
 void DevicePage::writeItem(PageText &page, const Item &item)
 {
     constexpr QLatin1String marker("%%detail.list%%");
-    Placeholders values = m_values;
-    values.insert(values.end(), {
-                                    {QLatin1String("varb.name"), item.name},
-                                    {QLatin1String("varb.desc"), item.description},
-                                    {QLatin1String("dev.graph"), item.image.fileName},
-                                    {QLatin1String("dev.graphpage"), item.graphPage},
-                                    {QLatin1String("sample.csv"), item.csv},
-                                    {QLatin1String("item.id"), QString::number(item.number)},
-                                    {QLatin1String("item.failed"), failedTests(item.series)},
-                                    {QLatin1String("img.alt"), alternative(item)},
-                                });
-    const QString section = fillTemplate(m_context.builder.VARB_Item, values);
+    const QString section = fillTemplate(m_context.builder.VARB_Item, itemValues(item));
     page.write(GetHTIPart(section, marker, true));
     writeDetails(page, item);
     page.write(GetHTIPart(section, marker, false));
@@ -317,7 +343,7 @@ void DevicePage::writeDetails(PageText &page, const Item &item) const
                 fillTemplate(builder.COUNT_DetailItem,
                              {{QLatin1String("sample.label"), bucket.longLabel},
                               {QLatin1String("sample.value"),
-                               empty ? QString() : QString::number(bucket.mean, 'f', decimals)}}));
+                               empty ? QString() : fixedNumber(bucket.mean, decimals)}}));
             csv.text(item.name)
                 .text(chart.SampleLabel)
                 .text(bucket.longLabel)
@@ -339,10 +365,15 @@ void DevicePage::removeStaleCharts() const
         cited.insert(item.graphPage);
     }
     static const QRegularExpression chartFile(QStringLiteral("^G[0-9A-Z]+\\.(PNG|HTM)$"));
+    // What a process left that was ended in the middle of a save.
+    static const QRegularExpression leftover(QStringLiteral("\\.(\\d+)-\\d+\\.tmp$"));
     QDir folder(nativePath(m_folder));
     const QStringList names = folder.entryList(QDir::Files);
     for (const QString &name : names) {
-        if (!cited.contains(name) && chartFile.match(name).hasMatch())
+        const QRegularExpressionMatch temporary = leftover.match(name);
+        const bool isLeftover = temporary.hasMatch()
+            && temporary.captured(1).toLongLong() != QCoreApplication::applicationPid();
+        if (isLeftover || (!cited.contains(name) && chartFile.match(name).hasMatch()))
             folder.remove(name);
     }
 }

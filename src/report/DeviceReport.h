@@ -74,8 +74,10 @@ private:
 
     bool findItem(const QString &dataIdent) const;
     void chartItem(Item &item, const QString &dataIdent);
+    void computeSeries(DataSeries &series, Recordset &samples);
     QString keyFigures(const Item &item) const;
     QString alternative(const Item &item) const;
+    Placeholders itemValues(const Item &item) const;
     void writeGraphPage(const Item &item) const;
     void writeItem(PageText &page, const Item &item);
     void writeDetails(PageText &page, const Item &item) const;

@@ -1,11 +1,12 @@
 #include "report/GraphEntry.h"
 
 #include "core/Numbers.h"
+#include "report/OutputTree.h"
 #include "report/Templates.h"
 
-#include <QLocale>
-
+#include <algorithm>
 #include <array>
+#include <cmath>
 
 namespace {
 
@@ -29,7 +30,12 @@ public:
     }
     void addEmpty() { append(blank); }
     QString text() const { return m_text; }
-    QString total() const { return trimmedNumber(m_total, 6); }
+    /// With as many decimals as the sum of this size has in a double.
+    QString total() const
+    {
+        const int whole = m_total == 0 ? 1 : static_cast<int>(std::log10(std::abs(m_total))) + 1;
+        return trimmedNumber(m_total, std::clamp(15 - whole, 0, 6));
+    }
 
 private:
     void append(const QString &entry)
@@ -48,7 +54,7 @@ private:
 
 QString chartTimeText(const QDateTime &wall)
 {
-    return QLocale().toString(wall, u"yyyy-MMM-dd HH:mm");
+    return localTimeText(wall, QStringLiteral("yyyy-MMM-dd HH:mm"));
 }
 
 void clsGraphEntry::setSeries(const DataSeries &data)

@@ -33,21 +33,25 @@ bool createWorkPath(const QString &path, QString &errorText)
     return false;
 }
 
+QString localTimeText(const QDateTime &wall, const QString &form)
+{
+    return QLocale().toString(wall, form).remove(u'.');
+}
+
 QString reportDateText(const QDateTime &runDate)
 {
-    return QLocale().toString(runDate, u"yyyy-MMM-dd");
+    return localTimeText(runDate, QStringLiteral("yyyy-MMM-dd"));
 }
 
 QString reportTimeText(const QDateTime &runDate)
 {
-    return QLocale().toString(runDate, u"HH:mm:ss");
+    return localTimeText(runDate, QStringLiteral("HH:mm:ss"));
 }
 
 QString dateRangeText(const QDateTime &start, const QDateTime &end)
 {
-    const QLocale locale;
-    return locale.toString(start, u"dd-MMM-yyyy HH:mm") + QLatin1String(" to ") +
-           locale.toString(end, u"dd-MMM-yyyy HH:mm");
+    const QString form = QStringLiteral("dd-MMM-yyyy HH:mm");
+    return localTimeText(start, form) + QLatin1String(" to ") + localTimeText(end, form);
 }
 
 QString periodText(const QDateTime &start, const QDateTime &end)

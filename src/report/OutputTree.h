@@ -14,6 +14,10 @@ QString deviceFolder(const clsReportDef &report, const QString &muid);
 /// "Unable to create work path: '<path>'", which is shown as a status line too.
 bool createWorkPath(const QString &path, QString &errorText);
 
+/// A wall time in a form of QLocale::toString, in the user's language. Months and days have no
+/// point behind them, even where the language writes one.
+QString localTimeText(const QDateTime &wall, const QString &form);
+
 /// The placeholders of the time at which the run began: "report.date", "report.time".
 QString reportDateText(const QDateTime &runDate);
 QString reportTimeText(const QDateTime &runDate);

@@ -41,10 +41,8 @@ clsGraphDef chartOf(const clsReportDef &report, const QDateTime &runDate)
 QString deviceKeyList(const clsReportDef &report)
 {
     QStringList keys;
-    for (const auto &device : report.ReportDevices) {
-        QString muid = device->MUID;
-        keys.append(u'\'' + muid.replace(u'\'', QLatin1String("''")) + u'\'');
-    }
+    for (const auto &device : report.ReportDevices)
+        keys.append(quoted(device->MUID));
     return keys.join(u',');
 }
 
@@ -80,8 +78,10 @@ DeviceCounts countsOf(const clsReportDeviceDef &device, const QString &ident,
                       const clsGraphDef &chart)
 {
     ShowStatus(QStringLiteral("Calculating Device Summary..."));
+    // A list that holds an apostrophe is taken as quoted already.
+    const QString muids = device.MUID.contains(u'\'') ? quoted(device.MUID) : device.MUID;
     StaticRecordset rows =
-        openStatic(GetStateSummarySQL(chart.StartTime, chart.EndTime, device.MUID));
+        openStatic(GetStateSummarySQL(chart.StartTime, chart.EndTime, muids));
     rows.setFilter(QStringLiteral("[IDent]='%1'").arg(ident));
     DeviceCounts counts;
     counts.name = device.DisplayName;
@@ -145,6 +145,8 @@ public:
             return;
         }
 
+        if (!fontsAvailable())
+            throw Error(FileNotFound, QString::fromUtf16(noFontsMessage));
         warmUpFonts();
         ChartPool pool;
         std::vector<PendingOutcome> files;
@@ -188,7 +190,7 @@ private:
         const int nameColumn = devices.column(QStringLiteral("MachName"));
         const int identColumn = devices.column(QStringLiteral("IDent"));
         const auto find = [&](const clsReportDeviceDef &device) {
-            devices.setFilter(QStringLiteral("[MUID]='%1'").arg(device.MUID));
+            devices.setFilter(QLatin1String("[MUID]=") + quoted(device.MUID));
             return !devices.eof();
         };
         std::vector<clsReportDeviceDef *> known;
@@ -250,32 +252,28 @@ ReportOutcome GenerateReport(clsReportDef &report, Progress &progress)
 
 void announceSamples(const std::vector<std::shared_ptr<clsReportDef>> &reports)
 {
-    QString message;
-    if (!OpenDatabase(message))
+    if (!gConnection || !gConnection->isOpen())
         return; // each report says so itself
     try {
-        SampleScope scope;
-        scope.from = std::numeric_limits<qint64>::max();
-        scope.to = std::numeric_limits<qint64>::min();
-        QSet<QString> muids;
         const QDateTime runDate = now();
         for (const auto &report : reports) {
             if (!gChartDefs.contains(report->ChartID))
                 continue;
             const clsGraphDef chart = chartOf(*report, runDate);
-            scope.from = std::min(scope.from, instantOf(chart.StartTime));
+            SampleScope scope;
+            scope.from = instantOf(chart.StartTime);
             // A period that ends with the report's own run reaches further by then.
-            scope.to = std::max(scope.to, chart.ChartDuration == CustomRange
-                                              ? instantOf(chart.EndTime)
-                                              : std::numeric_limits<qint64>::max());
+            scope.to = chart.ChartDuration == CustomRange ? instantOf(chart.EndTime)
+                                                          : std::numeric_limits<qint64>::max();
+            QSet<QString> muids;
             for (const auto &device : report->ReportDevices) {
                 muids.insert(device->MUID.toLower());
                 for (const auto &item : device->DataItems)
                     scope.dataIdents.insert(item->DataIDent.toLongLong());
             }
+            addStateItems(muids, scope);
+            gConnection->expectSamples(scope);
         }
-        addStateItems(muids, scope);
-        gConnection->expectSamples(scope);
     } catch (const Error &) {
         // Only a hint; the report that meets the same error names it.
     }

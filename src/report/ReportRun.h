@@ -27,8 +27,8 @@ struct ReportOutcome
 /// `progress` is the whole run's: its `done` grows by one with each data item charted.
 ReportOutcome GenerateReport(clsReportDef &report, Progress &progress);
 
-/// Tells the connection which samples the queries of these reports can ask for, so that an Access
-/// file is read only once for all of them. Opens the database; failures are left to the reports.
+/// Tells the open connection which samples the queries of these reports can ask for, so that an
+/// Access file is read only once for all of them. Failures are left to the reports.
 void announceSamples(const std::vector<std::shared_ptr<clsReportDef>> &reports);
 
 /// Copies the configured companion files into the output folder. A file that is missing or cannot

@@ -27,7 +27,7 @@ Placeholders rowValues(const QString &label, const QString &successes, const QSt
 QString StateRow::rateText() const
 {
     return tests() == 0 ? QStringLiteral("n/a")
-                        : QString::number(successes / tests() * 100, 'f', 2);
+                        : fixedNumber(successes / tests() * 100, 2);
 }
 
 QString StateRow::filled(const QString &rowTemplate) const

@@ -28,7 +28,7 @@ bool createOutputFolder(QString &errorText)
 /// Moves to a device's row; false when the database does not know the device.
 bool findDevice(StaticRecordset &devices, const QString &muid)
 {
-    devices.setFilter(QStringLiteral("[MUID]='%1'").arg(muid));
+    devices.setFilter(QLatin1String("[MUID]=") + quoted(muid));
     return !devices.eof();
 }
 

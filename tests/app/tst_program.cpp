@@ -78,6 +78,13 @@ void TestProgram::endsWithTheRightStatus_data()
     file.write("<VTRGRAPHER>\n  <oops\n</VTRGRAPHER>");
     file.close();
 
+    const QString odd = home(QStringLiteral("odd"));
+    QVERIFY(QDir().mkpath(odd + QLatin1String("/Config")));
+    QFile definitions(odd + QLatin1String("/Config/ChartSelection.XML"));
+    QVERIFY(definitions.open(QIODevice::WriteOnly));
+    definitions.write("<REPORTDEFINITIONS>\n<CUSTOMREPORT>\n</REPORTDEFINITIONS>");
+    definitions.close();
+
     QTest::newRow("help") << QStringList{"--help"} << 0 << "Usage: VantrelGrapher";
     QTest::newRow("version") << QStringList{"--version"} << 0 << "VantrelGrapher 6.";
     QTest::newRow("unknown option")
@@ -87,6 +94,8 @@ void TestProgram::endsWithTheRightStatus_data()
         << QStringList{"--home", empty, "--run", "x"} << 2 << "There is no report 'x'";
     QTest::newRow("malformed configuration")
         << QStringList{"--home", bad, "/AUTO"} << 2 << "VTRGConfigV6.XML:3:";
+    QTest::newRow("malformed definitions")
+        << QStringList{"--home", odd, "/AUTO"} << 2 << "ChartSelection.XML:3:";
 }
 
 void TestProgram::endsWithTheRightStatus()

@@ -110,6 +110,11 @@ private Q_SLOTS:
         row("grouped decimals", groupedNumber(1234567.891, 2), "1,234,567.89");
         row("grouped three digits", groupedNumber(-123, 0), "-123");
         row("grouped six digits", groupedNumber(-123456, 1), "-123,456.0");
+        row("grouped minus zero", groupedNumber(-0.04, 1), "0.0");
+        row("fixed tie", fixedNumber(78.125, 2), "78.12");
+        row("fixed tie to even", fixedNumber(78.375, 2), "78.38");
+        row("fixed minus zero", fixedNumber(-0.001, 2), "0.00");
+        row("fixed huge", fixedNumber(1e20, 2), "100000000000000000000.00");
         row("grouped below one", groupedNumber(0.1234567, 6), "0.123457");
     }
     void texts()

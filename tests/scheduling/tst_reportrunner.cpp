@@ -376,13 +376,15 @@ void TestReportRunner::namesABrokenReportAndGoesOn()
     QByteArray broken = reportFile;
     broken.replace("<CUSTOMREPORT ReportID=\"{R-2}\"",
                    "<CUSTOMREPORT ReportID=\"{R-0}\" ReportTitle=\"A broken one\" ChartID=\"{X}\"/>"
+                   "<CUSTOMREPORT ReportID=\"{R-E}\" ReportTitle=\"Empty\" ChartID=\"{C-1}\"/>"
                    "<CUSTOMREPORT ReportID=\"{R-2}\"");
     site.box.write(QStringLiteral("ChartSelection.XML"), broken);
-    const RunResult result =
-        runReports({QStringLiteral("{R-0}"), QStringLiteral("{R-2}"), QStringLiteral("{R-1}")},
-                   RunChoice::All);
-    QCOMPARE(result.reports, 3);
-    QCOMPARE(result.failed, 1);
+    const RunResult result = runReports({QStringLiteral("{R-0}"), QStringLiteral("{R-E}"),
+                                         QStringLiteral("{R-2}"), QStringLiteral("{R-1}")},
+                                        RunChoice::All);
+    QCOMPARE(result.reports, 4);
+    QCOMPARE(result.failed, 2);
+    QCOMPARE(site.box.status.filter(QStringLiteral("Error Generating Report [3001] ")).size(), 1);
     QCOMPARE(site.box.status
                  .filter(QStringLiteral("Error Generating Report [3265] There is no "
                                         "chart definition '{X}' - Setting Chart Def."))
