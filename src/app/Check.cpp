@@ -212,11 +212,14 @@ private:
         const auto isSet = [&](const char *name) {
             return xmlBoolean(GetAttr(file.root(), name, QStringLiteral("0")));
         };
-        if ((isSet("GraphDataSQL") || isSet("GraphDataDSN")) &&
-            GetAttr(file.root(), "GraphDataSQLConnect", QString()).trimmed().isEmpty())
-            file.add(file.root(), "GraphDataSQLConnect",
-                     QStringLiteral("a server is chosen, but GraphDataSQLConnect is empty: the "
-                                    "Access file is used instead"));
+        if (!GetAttr(file.root(), "GraphDataSQLConnect", QString()).trimmed().isEmpty())
+            return;
+        for (const char *flag : {"GraphDataSQL", "GraphDataDSN"}) {
+            if (isSet(flag))
+                file.add(file.root(), flag,
+                         QStringLiteral("a server is chosen, but GraphDataSQLConnect is empty: "
+                                        "the Access file is used instead"));
+        }
     }
 
     void checkGrapherConfiguration()

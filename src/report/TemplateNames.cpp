@@ -8,17 +8,20 @@ namespace {
     "total.rate total.tests total.failed total.devices total.troubled total.silent "
 #define VANTREL_DEVICE                                                                             \
     "mach.name mach.desc report.date report.time report.id report.title report.daterange "         \
-    "report.zone chart.title dev.prev dev.next page.lang img.width img.height "
+    "report.zone chart.title dev.prev dev.next page.lang "
 #define VANTREL_REPORT                                                                             \
     VANTREL_TOTALS                                                                                 \
     "report.title report.date report.time report.id report.daterange report.zone report.note "     \
     "report.worst chart.title page.lang img.width img.height img.alt "
-#define VANTREL_CHART                                                                              \
+#define VANTREL_ITEM                                                                               \
     VANTREL_DEVICE                                                                                 \
-    "chart.samplelabel varb.name varb.desc varb.unit chart.scroll chart.maxscroll "                \
-    "chart.starttime chart.endtime chart.series1 chart.series2 chart.series3 chart.labels "        \
-    "chart.series1.total chart.series2.total chart.series3.total chart.scalename chart.lowrange "  \
-    "chart.upperrange chart.ranged dev.graph sample.csv item.id img.alt"
+    "varb.name varb.desc varb.unit dev.graph dev.graphpage sample.csv item.id item.failed "        \
+    "img.width img.height img.alt "
+#define VANTREL_CHART                                                                              \
+    VANTREL_ITEM                                                                                   \
+    "chart.samplelabel chart.scroll chart.maxscroll chart.starttime chart.endtime chart.series1 "  \
+    "chart.series2 chart.series3 chart.labels chart.series1.total chart.series2.total "            \
+    "chart.series3.total chart.scalename chart.lowrange chart.upperrange chart.ranged"
 
 constexpr auto entry(const char *attribute, const char *marker, const char *names)
 {
@@ -44,8 +47,7 @@ const std::array pageTemplates = {
           "sample.name sample.csv sample.description sample.scale report.daterange chart.title"),
     entry("TIN_COUNT_DetailItem", "", "sample.label sample.value"),
     entry("TIN_DEV_Rep", "dev.varblist", VANTREL_DEVICE),
-    entry("TIN_VARB_Item", "detail.list",
-          VANTREL_DEVICE "varb.name varb.desc dev.graph dev.graphpage sample.csv item.id item.failed img.alt"),
+    entry("TIN_VARB_Item", "detail.list", VANTREL_ITEM),
 };
 
 const std::array chartTemplates = {
@@ -59,7 +61,8 @@ bool TemplateNames::knows(QStringView name) const
 {
     if (name == marker)
         return !marker.isEmpty();
-    for (const QLatin1String known : QLatin1String(names).tokenize(QLatin1Char(' '))) {
+    for (const QLatin1String known :
+         QLatin1String(names).tokenize(QLatin1Char(' '), Qt::SkipEmptyParts)) {
         if (name == known)
             return true;
     }
