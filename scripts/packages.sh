@@ -3,7 +3,7 @@
 build_packages=(g++ cmake ninja-build qt6-base-dev libgl1-mesa-dev libpugixml-dev libsqlite3-dev
     zlib1g-dev libdeflate-dev unixodbc-dev)
 run_packages=(tzdata fonts-inter fonts-dejavu-core)
-test_packages=(mdbtools chromium mariadb-server-core mariadb-client-core odbc-mariadb tdsodbc
+test_packages=(clang-format mdbtools chromium mariadb-server-core mariadb-client-core odbc-mariadb tdsodbc
     systemd cron dpkg-dev lintian bsdutils)
 bench_packages=(rrdtool mdbtools mariadb-server-core mariadb-client-core odbc-mariadb)
 

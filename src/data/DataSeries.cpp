@@ -26,7 +26,8 @@ struct Names
     {
         const QLocale locale;
         for (int i = 0; i < 12; ++i)
-            months[static_cast<size_t>(i)] = shortName(locale.monthName(i + 1, QLocale::ShortFormat));
+            months[static_cast<size_t>(i)] =
+                shortName(locale.monthName(i + 1, QLocale::ShortFormat));
         for (int i = 0; i < 7; ++i)
             days[static_cast<size_t>(i)] = shortName(locale.dayName(i + 1, QLocale::ShortFormat));
     }

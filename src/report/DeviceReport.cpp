@@ -339,11 +339,10 @@ void DevicePage::writeDetails(PageText &page, const Item &item) const
         const int decimals = valueDecimals(item.series);
         for (const SeriesBucket &bucket : item.series.buckets) {
             const bool empty = bucket.isEmpty();
-            page.write(
-                fillTemplate(builder.COUNT_DetailItem,
-                             {{QLatin1String("sample.label"), bucket.longLabel},
-                              {QLatin1String("sample.value"),
-                               empty ? QString() : fixedNumber(bucket.mean, decimals)}}));
+            page.write(fillTemplate(builder.COUNT_DetailItem,
+                                    {{QLatin1String("sample.label"), bucket.longLabel},
+                                     {QLatin1String("sample.value"),
+                                      empty ? QString() : fixedNumber(bucket.mean, decimals)}}));
             csv.text(item.name)
                 .text(chart.SampleLabel)
                 .text(bucket.longLabel)
@@ -371,8 +370,8 @@ void DevicePage::removeStaleCharts() const
     const QStringList names = folder.entryList(QDir::Files);
     for (const QString &name : names) {
         const QRegularExpressionMatch temporary = leftover.match(name);
-        const bool isLeftover = temporary.hasMatch()
-            && temporary.captured(1).toLongLong() != QCoreApplication::applicationPid();
+        const bool isLeftover = temporary.hasMatch() && temporary.captured(1).toLongLong() !=
+                                                            QCoreApplication::applicationPid();
         if (isLeftover || (!cited.contains(name) && chartFile.match(name).hasMatch()))
             folder.remove(name);
     }

@@ -80,8 +80,7 @@ DeviceCounts countsOf(const clsReportDeviceDef &device, const QString &ident,
     ShowStatus(QStringLiteral("Calculating Device Summary..."));
     // A list that holds an apostrophe is taken as quoted already.
     const QString muids = device.MUID.contains(u'\'') ? quoted(device.MUID) : device.MUID;
-    StaticRecordset rows =
-        openStatic(GetStateSummarySQL(chart.StartTime, chart.EndTime, muids));
+    StaticRecordset rows = openStatic(GetStateSummarySQL(chart.StartTime, chart.EndTime, muids));
     rows.setFilter(QStringLiteral("[IDent]='%1'").arg(ident));
     DeviceCounts counts;
     counts.name = device.DisplayName;

@@ -26,8 +26,7 @@ Placeholders rowValues(const QString &label, const QString &successes, const QSt
 
 QString StateRow::rateText() const
 {
-    return tests() == 0 ? QStringLiteral("n/a")
-                        : fixedNumber(successes / tests() * 100, 2);
+    return tests() == 0 ? QStringLiteral("n/a") : fixedNumber(successes / tests() * 100, 2);
 }
 
 QString StateRow::filled(const QString &rowTemplate) const

@@ -37,8 +37,8 @@ QString entryIgnoringCase(const QString &folder, const QString &name)
     QString found;
     while (const dirent *entry = entries ? ::readdir(entries.get()) : nullptr) {
         const QString candidate = QFile::decodeName(entry->d_name);
-        if (candidate.compare(name, Qt::CaseInsensitive) == 0
-            && (found.isNull() || candidate < found))
+        if (candidate.compare(name, Qt::CaseInsensitive) == 0 &&
+            (found.isNull() || candidate < found))
             found = candidate;
     }
     return found;

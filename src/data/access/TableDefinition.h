@@ -10,7 +10,8 @@ namespace mdb {
 Table readDefinition(PageReader &reader, const QString &name, quint32 page);
 
 /// What changes in a definition as rows come and go.
-struct TableState {
+struct TableState
+{
     qint64 statedRows = 0;
     RowPointer ownedPages; ///< the map of the table's pages
 };

@@ -67,8 +67,8 @@ std::vector<int> columnsByNumber(const mdb::Table &table)
     std::vector<int> columns(table.columns.size());
     std::iota(columns.begin(), columns.end(), 0);
     std::stable_sort(columns.begin(), columns.end(), [&](int a, int b) {
-        return table.columns[static_cast<size_t>(a)].number
-            < table.columns[static_cast<size_t>(b)].number;
+        return table.columns[static_cast<size_t>(a)].number <
+               table.columns[static_cast<size_t>(b)].number;
     });
     return columns;
 }
