@@ -30,6 +30,30 @@ QString durationText(qint64 milliseconds)
     return QString::number(seconds / 3600) + QLatin1Char(':') + twoDigits(seconds / 60 % 60) + tail;
 }
 
+/// Columns that a character may take, rather one too many: East Asian ones take two.
+int columnsOf(QChar character)
+{
+    const char16_t code = character.unicode();
+    const bool isWide = code >= 0x1100 && (code < 0x2000 || code >= 0x2E80) &&
+                        !character.isSurrogate(); // the two halves of one take two together
+    return isWide ? 2 : 1;
+}
+
+/// Cuts a line to fewer than `columns`: in the last one some terminals begin a new line.
+QString shortened(const QString &line, int columns)
+{
+    int used = 0;
+    qsizetype fitting = 0; // characters that leave room for the dots
+    for (qsizetype i = 0; i < line.size(); ++i) {
+        used += columnsOf(line[i]);
+        if (used < columns - 1)
+            fitting = i + 1;
+        if (used >= columns)
+            return line.left(fitting) + QChar(0x2026);
+    }
+    return line;
+}
+
 } // namespace
 
 QString progressLine(const Progress &progress, qint64 elapsed, int columns)
@@ -52,8 +76,7 @@ QString progressLine(const Progress &progress, qint64 elapsed, int columns)
         if (character.category() == QChar::Other_Control)
             character = u' ';
     }
-    // The last column stays free, or some terminals begin a new line.
-    return line.size() < columns ? line : line.left(std::max(columns - 2, 0)) + QChar(0x2026);
+    return shortened(line, columns);
 }
 
 RunDisplay::RunDisplay(std::FILE *stream)

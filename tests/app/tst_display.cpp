@@ -36,6 +36,8 @@ void TestDisplay::showsProgressInOneLine_data()
         << Progress{name, {}, {}, 0, 0} << 1 << 80 << "0 % (0 of 0): Report";
     QTest::newRow("narrow") << Progress{name, {}, {}, 0, 40} << 3 << 15
                             << QString::fromUtf8("0 % (0 of 40)…");
+    QTest::newRow("wide characters") << Progress{QString::fromUtf8("東京東京"), {}, {}, 0, 4} << 3
+                                     << 20 << QString::fromUtf8("0 % (0 of 4): 東京…");
     QTest::newRow("control characters")
         << Progress{"a\x1b[2Jb\n", {}, {}, 0, 1} << 0 << 80 << "0 % (0 of 1): a [2Jb ";
 }

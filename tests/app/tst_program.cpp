@@ -1,10 +1,14 @@
 #include <QDir>
+#include <QDirIterator>
 #include <QFile>
 #include <QProcess>
+#include <QRegularExpression>
 #include <QTemporaryDir>
 #include <QTest>
 
 #include <csignal>
+#include <memory>
+#include <vector>
 
 /// The program as its users start it: a process, its output and its exit status.
 class TestProgram : public QObject
@@ -17,7 +21,13 @@ private Q_SLOTS:
     void endsWithTheRightStatus();
     void fillsAHomeAndRunsWhatIsDue();
     void givesWayToAnotherInstance();
+    void runsOnceWhereManyStart();
+    void leavesTheFieldToTheLock();
     void cancelsOnASignal();
+    void endsAtOnceOnASecondSignal_data();
+    void endsAtOnceOnASecondSignal();
+    void showsALiveLineOnATerminal();
+    void registersWithTheFoldersGiven();
 
 private:
     struct Ended
@@ -34,6 +44,17 @@ private:
             return {-1, QString::fromUtf8(process.readAllStandardOutput()), process.errorString()};
         return {process.exitCode(), QString::fromUtf8(process.readAllStandardOutput()),
                 QString::fromUtf8(process.readAllStandardError())};
+    }
+    /// Whether a process no longer catches a signal: its handler has run.
+    static bool handled(pid_t process, int number)
+    {
+        QFile file(QStringLiteral("/proc/%1/status").arg(process));
+        if (!file.open(QIODevice::ReadOnly))
+            return true; // it has ended
+        const QByteArray text = file.readAll();
+        const qsizetype at = text.indexOf("SigCgt:");
+        const quint64 caught = text.mid(at + 7, 20).trimmed().toULongLong(nullptr, 16);
+        return at < 0 || (caught & (quint64(1) << (number - 1))) == 0;
     }
     QString home(const QString &name) const { return m_folder.filePath(name); }
     /// A home with demonstration reports that are due and a database of two days.
@@ -166,6 +187,177 @@ void TestProgram::cancelsOnASignal()
     QCOMPARE(process.exitCode(), 4);
     QVERIFY(output.contains("Report run cancelled by user."));
     QVERIFY(QDir(home(name)).entryList({QStringLiteral("*.tmp")}).isEmpty());
+}
+
+void TestProgram::runsOnceWhereManyStart()
+{
+    constexpr int many = 20;
+    const QString name = QStringLiteral("many");
+    makeSite(name, 12);
+    std::vector<std::unique_ptr<QProcess>> processes;
+    for (int i = 0; i < many; ++i) {
+        processes.push_back(std::make_unique<QProcess>());
+        processes.back()->start(QStringLiteral(VANTREL_PROGRAM),
+                                {QStringLiteral("--home"), home(name), QStringLiteral("/AUTO")});
+    }
+    QList<int> statuses;
+    int running = 0;
+    for (const auto &process : processes) {
+        QVERIFY(process->waitForFinished(240'000));
+        statuses.append(process->exitCode());
+        running += process->readAllStandardOutput().contains("Starting report build.") ? 1 : 0;
+    }
+    QCOMPARE(running, 1);
+    QCOMPARE(statuses.count(0), 1);
+    QCOMPARE(statuses.count(3), many - 1);
+
+    const Ended history = run({QStringLiteral("--home"), home(name), QStringLiteral("--history")});
+    QVERIFY2(history.output.count(QLatin1String("  scheduled: ")) == 1, qPrintable(history.output));
+    QVERIFY2(history.output.contains(QLatin1String("\n    ok         Everything - last month")),
+             qPrintable(history.output));
+}
+
+/// Another process that has the lock, by whatever name, works in this data folder.
+void TestProgram::leavesTheFieldToTheLock()
+{
+    const QString name = QStringLiteral("locked");
+    makeSite(name, 12);
+    const QStringList arguments{QStringLiteral("--home"), home(name), QStringLiteral("--run"),
+                                QStringLiteral("Everything - last month")};
+    const QString folder = home(name) + QLatin1String("/VTRDataRoot/RunHistory");
+    QVERIFY(QDir().mkpath(folder));
+    QProcess holder;
+    holder.start(QStringLiteral("flock"),
+                 {QStringLiteral("--no-fork"), folder + QLatin1String("/running.lock"),
+                  QStringLiteral("sh"), QStringLiteral("-c"),
+                  QStringLiteral("echo held; exec sleep 600")});
+    QVERIFY(holder.waitForReadyRead());
+    QCOMPARE(run(arguments).status, 3);
+    holder.kill();
+    QVERIFY(holder.waitForFinished());
+    const Ended ended = run(arguments);
+    QVERIFY2(ended.status == 0, qPrintable(ended.output.right(2000) + ended.errors));
+}
+
+void TestProgram::endsAtOnceOnASecondSignal_data()
+{
+    QTest::addColumn<int>("first");
+    QTest::addColumn<int>("second");
+    QTest::newRow("twice the same") << SIGTERM << SIGTERM;
+    QTest::newRow("one of each") << SIGINT << SIGTERM;
+}
+
+void TestProgram::endsAtOnceOnASecondSignal()
+{
+    QFETCH(int, first);
+    QFETCH(int, second);
+    const QString name = QStringLiteral("ended%1").arg(first);
+    makeSite(name, 40);
+    QProcess process;
+    process.start(QStringLiteral(VANTREL_PROGRAM),
+                  {QStringLiteral("--home"), home(name), QStringLiteral("/AUTO")});
+    QByteArray output;
+    while (!output.contains("Generating output...")) {
+        QVERIFY2(process.waitForReadyRead(60'000), output.constData());
+        output += process.readAllStandardOutput();
+    }
+    const auto id = static_cast<pid_t>(process.processId());
+    ::kill(id, first);
+    while (!handled(id, first))
+        QTest::qSleep(1);
+    ::kill(id, second);
+    QVERIFY(process.waitForFinished(60'000));
+    if (process.exitStatus() == QProcess::NormalExit)
+        QCOMPARE(process.exitCode(), 4); // it was quicker
+    // Whole files, or none: every page that is there has its end, every image too.
+    QDirIterator files(home(name) + QLatin1String("/Reports"), QDir::Files,
+                       QDirIterator::Subdirectories);
+    int pages = 0;
+    while (files.hasNext()) {
+        QFile file(files.next());
+        QVERIFY(file.open(QIODevice::ReadOnly));
+        const QByteArray text = file.readAll();
+        if (file.fileName().endsWith(QLatin1String(".HTM"))) {
+            QVERIFY2(text.contains("</html>"), qPrintable(file.fileName()));
+            ++pages;
+        } else if (file.fileName().endsWith(QLatin1String(".PNG"))) {
+            QVERIFY2(text.contains("IEND"), qPrintable(file.fileName()));
+        }
+    }
+    QVERIFY(pages > 0);
+    // Its record tells that it did not come to its end, or that it was cancelled.
+    const Ended history = run({QStringLiteral("--home"), home(name), QStringLiteral("--history")});
+    QVERIFY2(history.output.contains(QLatin1String("not finished")) ||
+                 history.output.contains(QLatin1String("    cancelled ")),
+             qPrintable(history.output));
+}
+
+void TestProgram::showsALiveLineOnATerminal()
+{
+    const QString name = QStringLiteral("terminal");
+    makeSite(name, 12);
+    const QString command = QStringLiteral("'%1' --home '%2' --run 'Everything - last month'")
+                                .arg(QStringLiteral(VANTREL_PROGRAM), home(name));
+    const auto output = [&](const QString &terminal) {
+        QProcess process;
+        QProcessEnvironment environment = QProcessEnvironment::systemEnvironment();
+        environment.insert(QStringLiteral("TERM"), terminal);
+        process.setProcessEnvironment(environment);
+        process.start(QStringLiteral("script"),
+                      {QStringLiteral("--quiet"), QStringLiteral("--return"),
+                       QStringLiteral("--command"), command, QStringLiteral("/dev/null")});
+        process.waitForFinished(120'000);
+        return process.readAll();
+    };
+    const QByteArray live = output(QStringLiteral("xterm"));
+    const QRegularExpression begin(
+        QStringLiteral("\\r\\x1b\\[K0 % \\(0 of (\\d+)\\): Everything - last month"));
+    const QString all = begin.match(QString::fromUtf8(live)).captured(1);
+    QVERIFY2(all.toInt() > 60, live.right(2000).constData());
+    QVERIFY(
+        live.contains("\x1b[K100 % (" + all.toUtf8() + " of " + all.toUtf8() + "), 0:00 left: "));
+    QVERIFY(live.endsWith("\r\x1b[K")); // nothing of it stays
+    QVERIFY(!output(QStringLiteral("dumb")).contains('\x1b'));
+    const Ended piped = run({QStringLiteral("--home"), home(name), QStringLiteral("--run"),
+                             QStringLiteral("Everything - last month")});
+    QVERIFY(piped.output.contains(QLatin1String("Summarizing ")));
+    QVERIFY(!piped.output.contains(u'\x1b') && !piped.output.contains(QLatin1String(" left: ")));
+}
+
+/// With a "systemctl" of the test's own first on PATH, and its own configuration folder.
+void TestProgram::registersWithTheFoldersGiven()
+{
+    const QString bin = home(QStringLiteral("bin"));
+    QVERIFY(QDir().mkpath(bin));
+    for (const char *program : {"/systemctl", "/crontab"}) {
+        QFile file(bin + QLatin1String(program));
+        QVERIFY(file.open(QIODevice::WriteOnly));
+        file.write("#!/bin/sh\n[ $1 = -l ] && { echo no crontab for me >&2; exit 1; }\n"
+                   "U=$XDG_CONFIG_HOME/systemd/user; W=$U/timers.target.wants\n"
+                   "case $2 in\nenable) mkdir -p $W && ln -sf $U/$4 $W/$4;;\n"
+                   "disable) rm -f $W/$4;;\nesac\n");
+        file.setPermissions(QFile::ReadOwner | QFile::WriteOwner | QFile::ExeOwner);
+    }
+    const QByteArray path = qgetenv("PATH");
+    qputenv("PATH", bin.toLocal8Bit() + ':' + path);
+    const QString name = home(QStringLiteral("registered here"));
+    const auto say = [&](const char *option) {
+        return run({QStringLiteral("--home"), name, QStringLiteral("--dbpath"),
+                    QStringLiteral("/srv/Monitor"), QLatin1String(option)});
+    };
+    QCOMPARE(say("--registered").output, QStringLiteral("There is no scheduled task.\n"));
+    const Ended added = say("--register");
+    QVERIFY2(added.status == 0, qPrintable(added.errors));
+    QVERIFY(added.output.startsWith(QLatin1String("Scheduled task has been added.\n")));
+    const QString line = QStringLiteral("\"%1\" \"/AUTO\" \"--home\" \"%2\" \"--dbpath\" "
+                                        "\"/srv/Monitor\"\n")
+                             .arg(QStringLiteral(VANTREL_PROGRAM), name);
+    QVERIFY2(say("--registered").output.startsWith(line), qPrintable(say("--registered").output));
+    QVERIFY(
+        say("--register").output.startsWith(QLatin1String("There is a scheduled task already")));
+    QCOMPARE(say("--unregister").output, QStringLiteral("Scheduled task has been removed.\n"));
+    QCOMPARE(say("--unregister").output, QStringLiteral("There is no scheduled task.\n"));
+    qputenv("PATH", path);
 }
 
 QTEST_GUILESS_MAIN(TestProgram)
