@@ -1,5 +1,6 @@
 #include "app/SingleInstance.h"
 
+#include "core/Clock.h"
 #include "core/Paths.h"
 #include "core/State.h"
 #include "core/platform/EventLog.h"
@@ -30,6 +31,14 @@ bool earlierOnesStay(std::chrono::milliseconds patience)
     return count > 0;
 }
 
+/// Whether another instance's run ended since this process began. A record from the future, left by
+/// a clock that was wrong once, tells nothing.
+bool ranWhileStarting()
+{
+    const qint64 end = lastRunEnd();
+    return end > platform::ownBegin() && end <= currentInstant();
+}
+
 } // namespace
 
 bool anotherInstanceRuns(std::chrono::milliseconds patience)
@@ -46,7 +55,7 @@ bool anotherInstanceRuns(std::chrono::milliseconds patience)
         another = true;
         break;
     case platform::InstanceLock::Held:
-        another = lastRunEnd() > platform::ownBegin() || earlierOnesStay(patience);
+        another = ranWhileStarting() || earlierOnesStay(patience);
         break;
     default:
         LogEvent(runEvent, EventWarning,

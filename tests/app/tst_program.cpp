@@ -235,6 +235,11 @@ void TestProgram::leavesTheFieldToTheLock()
     QCOMPARE(run(arguments).status, 3);
     holder.kill();
     QVERIFY(holder.waitForFinished());
+    // A record that a wrong clock left keeps nobody out.
+    QFile record(folder + QLatin1String("/21000101-000000-000.json"));
+    QVERIFY(record.open(QIODevice::WriteOnly));
+    record.write(R"({"start": "2100-01-01T00:00:00.000Z", "end": "2100-01-01T00:00:09.000Z"})");
+    record.close();
     const Ended ended = run(arguments);
     QVERIFY2(ended.status == 0, qPrintable(ended.output.right(2000) + ended.errors));
 }
