@@ -57,6 +57,31 @@ int valueDecimals(const DataSeries &series)
     return std::max(2, counterStatistics(series).decimals());
 }
 
+/// Adds the tests of a state item to those of the whole report. The items share one time axis, but
+/// for samples beyond its end.
+void addTests(DataSeries &overall, const DataSeries &series)
+{
+    if (overall.buckets.empty()) {
+        overall = series;
+        return;
+    }
+    std::vector<SeriesBucket> buckets;
+    buckets.reserve(overall.buckets.size());
+    auto other = series.buckets.begin();
+    for (const SeriesBucket &bucket : overall.buckets) {
+        for (; other != series.buckets.end() && other->start < bucket.start; ++other)
+            buckets.push_back(*other);
+        buckets.push_back(bucket);
+        if (other != series.buckets.end() && other->start == bucket.start) {
+            buckets.back().count += other->count;
+            buckets.back().successes += other->successes;
+            ++other;
+        }
+    }
+    buckets.insert(buckets.end(), other, series.buckets.end());
+    overall.buckets = std::move(buckets);
+}
+
 /// The outcome of a chart that never reached the pool.
 PendingOutcome failedOutcome(const Error &error)
 {
@@ -162,6 +187,8 @@ void DevicePage::chartItem(Item &item, const QString &dataIdent)
         item.image.outcome = failedOutcome(error);
         return;
     }
+    if (isState(item.series))
+        addTests(m_context.overall, item.series);
     ShowStatus(QStringLiteral("Generating output..."));
     const ChartFrame frame =
         chartFrame(m_context, chart.ChartTitle, m_name + QStringLiteral(" \u2013 ") + item.name);

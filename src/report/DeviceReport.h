@@ -27,7 +27,8 @@ struct ReportContext
     ChartPool &pool;
     std::vector<PendingOutcome> &files; ///< pages and CSV files that the pool writes
     ReportOutcome &outcome;
-    QString period; ///< of the charts' header
+    DataSeries &overall; ///< tests of all state items of the report, by bucket
+    QString period;      ///< of the charts' header
     QString zone;
     qint64 start = 0; ///< the period as instants, both inclusive
     qint64 end = 0;

@@ -149,6 +149,7 @@ public:
         warmUpFonts();
         ChartPool pool;
         std::vector<PendingOutcome> files;
+        DataSeries overall;
         const qint64 start = instantOf(chart.StartTime);
         const qint64 end = instantOf(chart.EndTime);
         const ReportContext context{m_report,
@@ -160,6 +161,7 @@ public:
                                     pool,
                                     files,
                                     m_outcome,
+                                    overall,
                                     periodText(chart.StartTime, chart.EndTime),
                                     zoneText(start, end),
                                     start,

@@ -1,6 +1,7 @@
 #include "report/ReportSummary.h"
 
 #include "charts/ChartPainter.h"
+#include "charts/ChartStatistics.h"
 #include "core/Error.h"
 #include "core/Files.h"
 #include "core/GrapherConfig.h"
@@ -20,6 +21,7 @@
 namespace {
 
 const QString imageName = QStringLiteral("DEVSUM.PNG");
+const QString overallName = QStringLiteral("OVERALL.PNG");
 
 void copyTransparentImage(const QString &path)
 {
@@ -46,6 +48,36 @@ clsChartImageRef DrawDeviceSummaryImage(const ReportContext &context,
     image.size = chartSize(chart);
     image.outcome = context.pool.submit(std::move(chart), path, gConfig->IMG_Format);
     return image;
+}
+
+/// Draws the success rate of all the report's state items over its period.
+clsChartImageRef drawOverallImage(const ReportContext &context)
+{
+    clsChartImageRef image{overallName, QSize(gConfig->IMG_Width, gConfig->IMG_Height), {}};
+    const QString path = reportFolder(context.report) + overallName;
+    if (stateStatistics(context.overall).bucketsWithData == 0) {
+        copyTransparentImage(path);
+        return image;
+    }
+    Chart chart = StateChart{chartFrame(context, context.chart.ChartTitle,
+                                        QStringLiteral("All state items of the report")),
+                             context.overall};
+    image.size = chartSize(chart);
+    image.outcome = context.pool.submit(std::move(chart), path, gConfig->IMG_Format);
+    return image;
+}
+
+/// The key figures of the overall image.
+QString overallAlternative(const ReportContext &context)
+{
+    const StateStatistics figures = stateStatistics(context.overall);
+    const qint64 tests = figures.successes + figures.failures;
+    if (tests == 0)
+        return QStringLiteral("All state items: no data in this period");
+    return QStringLiteral("All state items by time: success rate %1 %, %2 of %3 tests failed")
+        .arg(fixedNumber(figures.overallRate, 2))
+        .arg(figures.failures)
+        .arg(tests);
 }
 
 StateRow rowOf(const DeviceCounts &counts)
@@ -88,15 +120,15 @@ QString summaryAlternative(const StateRow &total, size_t devices, const Outcome 
     return htmlEscaped(text);
 }
 
-/// Waits for the summary image; the transparent one stands in for one that failed.
+/// Waits for an image of the summary; the transparent one stands in for one that failed.
 Outcome finishImage(const ReportContext &context, const clsChartImageRef &image)
 {
     if (!image.outcome.valid())
         return std::nullopt;
     Outcome problem = image.outcome.get();
     if (problem) {
-        const QString path = reportFolder(context.report) + imageName;
-        context.outcome.chartErrors.append(imageName + u' ' + errorTail(*problem));
+        const QString path = reportFolder(context.report) + image.fileName;
+        context.outcome.chartErrors.append(image.fileName + u' ' + errorTail(*problem));
         ShowStatus(QStringLiteral("Error generating chart '%1' ").arg(path) + errorTail(*problem));
         copyTransparentImage(path);
     }
@@ -131,7 +163,9 @@ void GenerateReportSummary(const ReportContext &context, const std::vector<Devic
                           static_cast<double>(device.failures));
     }
     const clsChartImageRef image = DrawDeviceSummaryImage(context, devices, total.tests() == 0);
+    const clsChartImageRef overall = drawOverallImage(context);
     const Outcome problem = finishImage(context, image);
+    finishImage(context, overall);
 
     const QString folder = reportFolder(report);
     const QString range = dateRangeText(context.chart.StartTime, context.chart.EndTime);
@@ -147,6 +181,10 @@ void GenerateReportSummary(const ReportContext &context, const std::vector<Devic
         {QLatin1String("img.width"), QString::number(image.size.width())},
         {QLatin1String("img.height"), QString::number(image.size.height())},
         {QLatin1String("img.alt"), summaryAlternative(total, devices.size(), problem)},
+        {QLatin1String("overall.graph"), overall.fileName},
+        {QLatin1String("overall.width"), QString::number(overall.size.width())},
+        {QLatin1String("overall.height"), QString::number(overall.size.height())},
+        {QLatin1String("overall.alt"), overallAlternative(context)},
         {QLatin1String("report.note"), noteText(context.outcome)},
         {QLatin1String("report.worst"), worstRows(devices, context.builder.STATE_DetailItem)},
     };

@@ -12,7 +12,8 @@ namespace {
 #define VANTREL_REPORT                                                                             \
     VANTREL_TOTALS                                                                                 \
     "report.title report.date report.time report.id report.daterange report.zone report.note "     \
-    "report.worst chart.title page.lang img.width img.height img.alt "
+    "report.worst chart.title page.lang img.width img.height img.alt "                             \
+    "overall.graph overall.width overall.height overall.alt "
 #define VANTREL_ITEM                                                                               \
     VANTREL_DEVICE                                                                                 \
     "varb.name varb.desc varb.unit dev.graph dev.graphpage sample.csv item.id item.failed "        \

@@ -301,7 +301,8 @@ void TestReportRunner::writesTheWholeTree()
     QCOMPARE(site.output(QStringLiteral("R1/M1/") + graphPage),
              QStringLiteral("1, ,1, ,1;1, ,0, ,0"));
     QVERIFY(!site.box.names(QStringLiteral("Out/R1")).contains(QLatin1String("M9")));
-    QCOMPARE(QImage(site.box.path(QStringLiteral("Out/R1/DEVSUM.PNG"))).isNull(), false);
+    QVERIFY(!QImage(site.box.path(QStringLiteral("Out/R1/DEVSUM.PNG"))).isNull());
+    QVERIFY(!QImage(site.box.path(QStringLiteral("Out/R1/OVERALL.PNG"))).isNull());
 
     QVERIFY(site.lastRunMoved());
     QVERIFY(site.box.status.contains(QStringLiteral("Total Values: 10")));
@@ -409,19 +410,19 @@ void TestReportRunner::citesTheTransparentImage()
     site.box.write(gConfig->TIN_REPORT, "%%report.note%%");
     const RunResult result = site.run(RunChoice::Due);
     QCOMPARE(result.failed, 0);
-    QCOMPARE(result.chartsWithoutImage, 5); // four items and the summary
+    QCOMPARE(result.chartsWithoutImage, 6); // four items, the summary and the overall state
     QVERIFY(site.output(QStringLiteral("R1/M2/DEVREP.HTM"))
                 .contains(QLatin1String("Ping ../../transdot.gif[")));
     QVERIFY(site.output(QStringLiteral("R1/M2/DEVREP.HTM"))
                 .contains(QLatin1String("]This chart could not be drawn: ")));
     QVERIFY(site.output(QStringLiteral("R1/REPORT.HTM"))
-                .endsWith(QLatin1String("5 charts could not be drawn; their values are in the "
+                .endsWith(QLatin1String("6 charts could not be drawn; their values are in the "
                                         "tables.")));
     const ReportRecord record = readRuns().at(0).reports.at(0);
     QCOMPARE(record.result, ReportResult::Partial);
     QCOMPARE(record.charts, 4);
     QCOMPARE(record.samples, 8);
-    QCOMPARE(record.chartsWithoutImage, 5);
+    QCOMPARE(record.chartsWithoutImage, 6);
     QVERIFY(record.chartErrors.first().contains(QLatin1String("NONE")));
     QVERIFY(record.error.isEmpty());
     QVERIFY(site.lastRunMoved());
