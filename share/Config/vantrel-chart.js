@@ -296,9 +296,10 @@ function drawAxes(scale, y) {
     const at = size.left + round(x(bucket));
     const half = text.length * 3.4 + 3;
     lines.push(svgElement('path', { d: `M${at} ${size.top}V${base + 4}`, class: strong ? 'day' : '' }));
-    if (at - half < free || at + half > size.left + size.width + size.right) continue;
-    free = at + half;
-    words.push(svgElement('text', { x: at, y: base + 17, 'text-anchor': 'middle', class: strong ? 'day' : '' }, text));
+    if (Math.max(at - half, size.left - 4) < free || at + half > size.left + size.width + size.right) continue;
+    const middle = Math.max(at, size.left - 4 + half); // clear of the lowest value's label
+    free = middle + half;
+    words.push(svgElement('text', { x: middle, y: base + 17, 'text-anchor': 'middle', class: strong ? 'day' : '' }, text));
   }
   grid.replaceChildren(...lines);
   axis.replaceChildren(...words);
