@@ -22,20 +22,6 @@ QString withSeparator(const QString &folder)
     return folder.isEmpty() || isSeparator(folder.back()) ? folder : folder + pathSeparator;
 }
 
-/// The folder with the factory files of an installed or a freshly built program.
-QString shareFolder()
-{
-    const QString beside = QCoreApplication::applicationDirPath();
-    const QStringList candidates = {beside, beside + QLatin1String("/../share/vantrel-grapher")};
-    for (const QString &candidate : candidates) {
-        if (QFileInfo::exists(candidate + u'/' + factoryConfiguration))
-            return QDir::cleanPath(candidate);
-    }
-    throw Error(FileNotFound,
-                QStringLiteral("The factory file %1 is neither in '%2' nor in '%3'")
-                    .arg(factoryConfiguration, candidates[0], QDir::cleanPath(candidates[1])));
-}
-
 /// Copies the factory files into a folder that lacks them; what stands there is never replaced.
 void fillFromShare(const QString &folder)
 {
@@ -56,6 +42,19 @@ void fillFromShare(const QString &folder)
 }
 
 } // namespace
+
+QString shareFolder()
+{
+    const QString beside = QCoreApplication::applicationDirPath();
+    const QStringList candidates = {beside, beside + QLatin1String("/../share/vantrel-grapher")};
+    for (const QString &candidate : candidates) {
+        if (QFileInfo::exists(candidate + u'/' + factoryConfiguration))
+            return QDir::cleanPath(candidate);
+    }
+    throw Error(FileNotFound,
+                QStringLiteral("The factory file %1 is neither in '%2' nor in '%3'")
+                    .arg(factoryConfiguration, candidates[0], QDir::cleanPath(candidates[1])));
+}
 
 bool isSeparator(QChar character)
 {

@@ -22,6 +22,10 @@ QString programFolder();
 /// Names the program's folder for this process (the option --home, and tests).
 void setProgramFolder(const QString &folder);
 
+/// Where the installed program keeps what it only reads: beside the program, or in the share folder
+/// of its installation. Throws Error when neither holds the factory files.
+QString shareFolder();
+
 /// Trims; an empty text becomes the program's folder; the result ends in a separator.
 QString NormalizeFolder(const QString &text);
 

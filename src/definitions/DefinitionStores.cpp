@@ -141,6 +141,29 @@ void showError(const char *what, const Error &error)
     ShowStatus(QStringLiteral("Error %1 ").arg(QLatin1String(what)) + errorTail(error));
 }
 
+template <typename T>
+std::optional<Error> saved(DefinitionFile &file, const Collection<T> &definitions, const char *what)
+{
+    try {
+        save(file, definitions);
+    } catch (const Error &error) {
+        showError(what, error);
+        return error;
+    }
+    return std::nullopt;
+}
+
+template <typename T, typename Change>
+void changeAndSave(Collection<T> &definitions, std::optional<Error> (*saveAll)(), Change change)
+{
+    const Collection<T> before = definitions;
+    change();
+    if (const std::optional<Error> error = saveAll()) {
+        definitions = before;
+        throw *error;
+    }
+}
+
 } // namespace
 
 QStringList definitionFileErrors()
@@ -182,34 +205,45 @@ void LoadReportDefs()
     }
 }
 
-void SaveChartDefs()
+std::optional<Error> SaveChartDefs()
 {
     ShowStatus(QStringLiteral("Saving chart definitions."));
-    try {
-        save(files.charts, gChartDefs);
-    } catch (const Error &error) {
-        showError("saving chart definitions", error);
-    }
+    return saved(files.charts, gChartDefs, "saving chart definitions");
 }
 
-void SaveScheduleDefs()
+std::optional<Error> SaveScheduleDefs()
 {
     ShowStatus(QStringLiteral("Saving schedule definitions."));
-    try {
-        save(files.schedules, gScheduleDefs);
-    } catch (const Error &error) {
-        showError("saving schedule definitions", error);
-    }
+    return saved(files.schedules, gScheduleDefs, "saving schedule definitions");
 }
 
-void SaveReportDefs()
+std::optional<Error> SaveReportDefs()
 {
     ShowStatus(QStringLiteral("Saving report definition."));
-    try {
-        save(files.reports, gReportDefs);
-    } catch (const Error &error) {
-        showError("saving report selections", error);
-    }
+    return saved(files.reports, gReportDefs, "saving report selections");
+}
+
+void storeDefinition(const std::shared_ptr<clsGraphDef> &chart)
+{
+    changeAndSave(gChartDefs, SaveChartDefs,
+                  [&chart] { gChartDefs.replace(chart->ChartID, chart); });
+}
+
+void storeDefinition(const std::shared_ptr<clsScheduleDef> &schedule)
+{
+    changeAndSave(gScheduleDefs, SaveScheduleDefs,
+                  [&schedule] { gScheduleDefs.replace(schedule->ScheduleID, schedule); });
+}
+
+void storeDefinition(const std::shared_ptr<clsReportDef> &report)
+{
+    changeAndSave(gReportDefs, SaveReportDefs,
+                  [&report] { gReportDefs.replace(report->ReportID, report); });
+}
+
+void removeReportDef(const QString &reportId)
+{
+    changeAndSave(gReportDefs, SaveReportDefs, [&reportId] { gReportDefs.remove(reportId); });
 }
 
 void resetDefinitions()

@@ -60,6 +60,26 @@ private:
     Listed m_months;
 };
 
+/// The first hour after the hour of `start` that passes `accept(slot)`; the last of the 8760 hours
+/// tried where none does.
+template <typename Accept>
+QDateTime firstSlot(const QDateTime &start, Accept accept, bool *found = nullptr)
+{
+    QDate date = start.isValid() ? start.date() : zeroDate().date();
+    int hour = start.isValid() ? start.time().hour() : 0;
+    for (int tried = 0; tried < hoursTried; ++tried) {
+        if (++hour > 23) {
+            date = date.addDays(1);
+            hour = 0;
+        }
+        if (accept(date, hour))
+            return wallDateTime(date, QTime(hour, 0));
+    }
+    if (found)
+        *found = false;
+    return wallDateTime(date, QTime(hour, 0));
+}
+
 } // namespace
 
 void clsScheduleDef::CalcNextSchedule(const QDateTime &start)
@@ -73,20 +93,9 @@ void clsScheduleDef::CalcNextSchedule(const QDateTime &start)
     const auto missed = [this, &present](const QDateTime &slot) {
         return Reschedule && slot < present && slot.secsTo(present) / 60 > RescheduleTime;
     };
-    QDate date = start.isValid() ? start.date() : zeroDate().date();
-    int hour = start.isValid() ? start.time().hour() : 0;
-    for (int tried = 0; tried < hoursTried; ++tried) {
-        if (++hour > 23) {
-            date = date.addDays(1);
-            hour = 0;
-        }
-        if (!isListed(date, hour))
-            continue;
-        NextRunTime = wallDateTime(date, QTime(hour, 0));
-        if (!missed(NextRunTime))
-            return;
-    }
-    NextRunTime = wallDateTime(date, QTime(hour, 0));
+    NextRunTime = firstSlot(start, [&](const QDate &date, int hour) {
+        return isListed(date, hour) && !missed(wallDateTime(date, QTime(hour, 0)));
+    });
 }
 
 pugi::xml_node clsScheduleDef::XMLConfigEL(pugi::xml_node parent) const
@@ -145,4 +154,21 @@ bool IsReportDue(const clsReportSchedule &reportSchedule, clsScheduleDef &schedu
 {
     scheduleDef.CalcNextSchedule(reportSchedule.LastRunDate);
     return scheduleDef.SchedInterval != NotScheduled && scheduleDef.NextRunTime <= now();
+}
+
+std::vector<QDateTime> nextRuns(const clsScheduleDef &schedule, const QDateTime &from, int most)
+{
+    std::vector<QDateTime> runs;
+    if (schedule.SchedInterval == NotScheduled)
+        return runs;
+    const SlotTest isListed(schedule);
+    bool found = true;
+    QDateTime slot = from;
+    while (static_cast<int>(runs.size()) < most) {
+        slot = firstSlot(slot, isListed, &found);
+        if (!found)
+            break;
+        runs.push_back(slot);
+    }
+    return runs;
 }

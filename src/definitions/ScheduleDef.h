@@ -3,6 +3,7 @@
 #include "definitions/Dates.h"
 
 #include <pugixml.hpp>
+#include <vector>
 
 class clsReportSchedule;
 
@@ -54,3 +55,8 @@ public:
 /// Whether a report has fallen due under one of its schedules: the slot that follows its last run
 /// has come. Sets `scheduleDef.NextRunTime`.
 bool IsReportDue(const clsReportSchedule &reportSchedule, clsScheduleDef &scheduleDef);
+
+/// The next slots of a schedule after the hour of `from`, at most `most` of them, as the search of
+/// CalcNextSchedule finds them from slot to slot when none is missed. Empty for a schedule that is
+/// not scheduled or that has no slot within the 8760 hours after `from`: it never runs.
+std::vector<QDateTime> nextRuns(const clsScheduleDef &schedule, const QDateTime &from, int most);

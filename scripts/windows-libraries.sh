@@ -1,0 +1,158 @@
+# Sourced by scripts/build-windows: the libraries of the Windows program, cross-built from the source
+# packages of Debian and kept in a cache folder outside the tree. A library is built anew when its
+# version, its options, the compiler or the toolchain file change.
+
+windows_packages=(g++-mingw-w64-x86-64-posix gcc-mingw-w64-x86-64-posix mingw-w64-tools dpkg-dev
+    qt6-base-dev-tools tcl librsvg2-bin icoutils zip)
+cache=${VANTREL_CACHE:-$HOME/.cache/vantrel}
+toolchain=$PWD/cmake/Windows.toolchain.cmake
+cross=x86_64-w64-mingw32
+low=(nice -n 10)
+
+# The machine's own Debian mirrors, with their source packages, without touching its configuration.
+apt_folder=$cache/apt
+prepare_apt() {
+    [ -z "${apt_prepared:-}" ] || return 0
+    mkdir -p "$apt_folder/lists/partial"
+    apt-get indextargets --format 'deb-src $(REPO_URI) $(CODENAME) main' \
+        'Created-By: Packages' 'Origin: Debian' 'Component: main' | sort -u >"$apt_folder/sources.list"
+    [ -s "$apt_folder/sources.list" ] || {
+        echo "apt-get knows no Debian mirror: run apt-get update" >&2
+        return 1
+    }
+    cat >"$apt_folder/apt.conf" <<END
+Dir::Etc::sourcelist "$apt_folder/sources.list";
+Dir::Etc::sourceparts "-";
+Dir::State::lists "$apt_folder/lists";
+Dir::Cache::srcpkgcache "";
+Dir::Cache::pkgcache "";
+APT::Sandbox::User "root";
+END
+    apt_prepared=1
+    APT_CONFIG=$apt_folder/apt.conf apt-get -qq update
+}
+
+# source_version PACKAGE: the version of the source of an installed package.
+source_version() {
+    dpkg-query -W -f='${source:Version}' "$1"
+}
+
+# fetch_source PACKAGE VERSION: unpacks it into $work/PACKAGE, patched as Debian has it.
+fetch_source() {
+    mkdir -p "$work"
+    rm -rf "${work:?}/$1"
+    (cd "$work" && APT_CONFIG=$apt_folder/apt.conf apt-get -qq source "$1=$2" >/dev/null)
+    mv "$work/$1"-[0-9]*/ "$work/$1"
+    rm -f "$work/$1"_*
+}
+
+# keep_licence PACKAGE PREFIX: what Debian records of its authors and terms.
+keep_licence() {
+    mkdir -p "$2/licences"
+    cp "$work/$1/debian/copyright" "$2/licences/$1.txt"
+}
+
+cross_cmake() { # SOURCE BUILD PREFIX OPTION...
+    local source=$1 build=$2 prefix=$3
+    shift 3
+    "${low[@]}" cmake -G Ninja -S "$source" -B "$build" -DCMAKE_TOOLCHAIN_FILE="$toolchain" \
+        -DCMAKE_BUILD_TYPE=Release -DCMAKE_INSTALL_PREFIX="$prefix" -DBUILD_SHARED_LIBS=OFF "$@"
+}
+
+qt_options=(
+    -DQT_QMAKE_TARGET_MKSPEC=win32-g++
+    -DQT_HOST_PATH=/usr
+    -DQT_HOST_PATH_CMAKE_DIR=/usr/lib/x86_64-linux-gnu/cmake
+    -DQT_BUILD_EXAMPLES=OFF -DQT_BUILD_TESTS=OFF -DQT_BUILD_TOOLS_WHEN_CROSSCOMPILING=OFF
+    -DFEATURE_pkg_config=OFF
+    -DFEATURE_system_zlib=OFF -DFEATURE_system_png=OFF -DFEATURE_system_jpeg=OFF
+    -DFEATURE_system_freetype=OFF -DFEATURE_system_harfbuzz=OFF -DFEATURE_system_pcre2=OFF
+    -DFEATURE_system_doubleconversion=OFF
+    -DINPUT_opengl=no -DFEATURE_opengl=OFF -DFEATURE_vulkan=OFF
+    -DFEATURE_network=OFF -DFEATURE_dbus=OFF -DFEATURE_sql=OFF -DFEATURE_zstd=OFF
+    -DFEATURE_icu=OFF -DFEATURE_glib=OFF
+    # Debian's source package lacks what pen tablets need.
+    -DFEATURE_tabletevent=OFF
+    -DFEATURE_direct2d=ON -DFEATURE_direct2d1_1=OFF
+    -DFEATURE_xml=ON -DFEATURE_printsupport=ON -DFEATURE_testlib=ON)
+build_qt() { # VERSION PREFIX
+    fetch_source qt6-base "$1"
+    cross_cmake "$work/qt6-base" "$work/qt6-base-build" "$2" "${qt_options[@]}" >"$work/qt6-base.log"
+    "${low[@]}" cmake --build "$work/qt6-base-build" >>"$work/qt6-base.log"
+    cmake --install "$work/qt6-base-build" >>"$work/qt6-base.log"
+    keep_licence qt6-base "$2"
+}
+
+pugixml_options=(-DPUGIXML_BUILD_TESTS=OFF)
+build_pugixml() {
+    fetch_source pugixml "$1"
+    cross_cmake "$work/pugixml" "$work/pugixml-build" "$2" "${pugixml_options[@]}" >/dev/null
+    cmake --build "$work/pugixml-build" -- --quiet
+    cmake --install "$work/pugixml-build" >/dev/null
+    keep_licence pugixml "$2"
+}
+
+# As Debian's own library, less what nothing here uses.
+sqlite3_options=(-O2 -DSQLITE_THREADSAFE=1 -DSQLITE_OMIT_LOAD_EXTENSION -DSQLITE_USE_URI=0)
+build_sqlite3() {
+    fetch_source sqlite3 "$1"
+    # The amalgamation is made by the source's own Makefile, which wants a compiler of this machine.
+    (mkdir -p "$work/sqlite3-build" && cd "$work/sqlite3-build" &&
+        ../sqlite3/configure --disable-tcl >/dev/null && make sqlite3.c >/dev/null)
+    local object=$work/sqlite3.o
+    "${low[@]}" $cross-gcc-posix "${sqlite3_options[@]}" -c "$work/sqlite3-build/sqlite3.c" -o "$object"
+    mkdir -p "$2/lib" "$2/include"
+    rm -f "$2/lib/libsqlite3.a"
+    $cross-gcc-ar-posix rcs "$2/lib/libsqlite3.a" "$object"
+    cp "$work/sqlite3-build/sqlite3.h" "$2/include"
+    keep_licence sqlite3 "$2"
+}
+
+libdeflate_options=(-O2)
+build_libdeflate() {
+    fetch_source libdeflate "$1"
+    (cd "$work/libdeflate" && "${low[@]}" make -s CC=$cross-gcc-posix AR=$cross-gcc-ar-posix \
+        CFLAGS="${libdeflate_options[*]}" libdeflatestatic.lib >/dev/null)
+    mkdir -p "$2/lib" "$2/include"
+    cp "$work/libdeflate/libdeflatestatic.lib" "$2/lib/libdeflate.a"
+    cp "$work/libdeflate/libdeflate.h" "$2/include"
+    keep_licence libdeflate "$2"
+}
+
+# The terms of the compiler's own run-time parts that end up in the program.
+keep_toolchain_licences() { # FOLDER
+    cp /usr/share/doc/mingw-w64-common/copyright "$1/mingw-w64.txt"
+    cp /usr/share/doc/gcc-mingw-w64-base/copyright "$1/gcc-mingw-w64.txt"
+}
+
+# ensure_library NAME INSTALLED: the library in the version of which this machine has the
+# package INSTALLED, so that both systems' programs hold the same. Adds its folder to `prefixes`.
+prefixes=()
+ensure_library() {
+    local name=$1 version hash prefix
+    version=$(source_version "$2")
+    local -n options=${name}_options
+    hash=$({
+        printf '%s\n' "${options[@]}"
+        declare -f "build_$name"
+        cat "$toolchain"
+        $cross-gcc-posix -dumpfullversion
+    } | sha256sum | cut -c1-12)
+    prefix=$cache/$name-${version%%[-+]*}-$hash
+    prefixes+=("$prefix")
+    [ ! -e "$prefix/built" ] || return 0
+    prepare_apt
+    echo "Building $name $version for Windows (once; into $prefix)"
+    work=$cache/work-$name
+    rm -rf "$prefix" "$work"
+    "build_$name" "$version" "$prefix"
+    rm -rf "$work"
+    touch "$prefix/built"
+}
+
+build_libraries() {
+    ensure_library qt qt6-base-dev
+    ensure_library pugixml libpugixml-dev
+    ensure_library sqlite3 libsqlite3-dev
+    ensure_library libdeflate libdeflate-dev
+}

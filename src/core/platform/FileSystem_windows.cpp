@@ -1,0 +1,129 @@
+#include "core/platform/FileSystem.h"
+#include "core/platform/WindowsApi_windows.h"
+
+#include <QStringList>
+
+#include <aclapi.h>
+#include <io.h>
+
+namespace platform {
+
+namespace {
+
+constexpr DWORD longestWait = 2000; // milliseconds
+
+/// Whether another program may be in the way for a moment: scanners, indexers and backups open
+/// what was just written, and browsers the page that they show.
+bool mayPass(DWORD error)
+{
+    return error == ERROR_SHARING_VIOLATION || error == ERROR_LOCK_VIOLATION ||
+           error == ERROR_ACCESS_DENIED || error == ERROR_USER_MAPPED_FILE;
+}
+
+/// Gives a file the rights that another one has, where that is allowed: a file takes those of its
+/// folder when it is made.
+void copyRights(const QString &from, const QString &to)
+{
+    PACL rights = nullptr;
+    PSECURITY_DESCRIPTOR descriptor = nullptr;
+    if (::GetNamedSecurityInfoW(wide(from), SE_FILE_OBJECT, DACL_SECURITY_INFORMATION, nullptr,
+                                nullptr, &rights, nullptr, &descriptor) != ERROR_SUCCESS)
+        return;
+    SECURITY_DESCRIPTOR_CONTROL control = 0;
+    DWORD revision = 0;
+    ::GetSecurityDescriptorControl(descriptor, &control, &revision);
+    const SECURITY_INFORMATION inheritance = control & SE_DACL_PROTECTED
+                                                 ? PROTECTED_DACL_SECURITY_INFORMATION
+                                                 : UNPROTECTED_DACL_SECURITY_INFORMATION;
+    std::wstring target = to.toStdWString();
+    ::SetNamedSecurityInfoW(target.data(), SE_FILE_OBJECT, DACL_SECURITY_INFORMATION | inheritance,
+                            nullptr, nullptr, rights, nullptr);
+    ::LocalFree(descriptor);
+}
+
+/// The names that mean a device in every folder, whatever their extension.
+bool isDevice(const QString &name)
+{
+    const QString base = name.section(u'.', 0, 0).trimmed().toUpper();
+    if (base.size() == 4 && (base.startsWith(QLatin1String("COM")) ||
+                             base.startsWith(QLatin1String("LPT"))))
+        return base[3].isDigit() && base[3] != u'0';
+    return base == u"CON" || base == u"PRN" || base == u"AUX" || base == u"NUL" ||
+           base == u"CONIN$" || base == u"CONOUT$";
+}
+
+bool holdsForbidden(const QString &name)
+{
+    for (const QChar character : name) {
+        if (character < u' ' || QStringLiteral("<>:\"|?*").contains(character))
+            return true;
+    }
+    return false;
+}
+
+} // namespace
+
+qint64 processId()
+{
+    return ::GetCurrentProcessId();
+}
+
+bool syncToDisk(int fileHandle)
+{
+    return ::FlushFileBuffers(reinterpret_cast<HANDLE>(::_get_osfhandle(fileHandle)));
+}
+
+bool replaceFile(const QString &from, const QString &to, QString &reason)
+{
+    const QString source = longPath(from);
+    const QString target = longPath(to);
+    const DWORD attributes = ::GetFileAttributesW(wide(target));
+    const bool replaces = attributes != INVALID_FILE_ATTRIBUTES;
+    if (replaces)
+        copyRights(target, source);
+    // What nobody may write, or what is a folder, stays so however long one waits.
+    const bool isFixed =
+        replaces && (attributes & (FILE_ATTRIBUTE_READONLY | FILE_ATTRIBUTE_DIRECTORY));
+    DWORD waited = 0;
+    for (DWORD pause = 10;; pause *= 2) {
+        if (::MoveFileExW(wide(source), wide(target),
+                          MOVEFILE_REPLACE_EXISTING | MOVEFILE_WRITE_THROUGH))
+            return true;
+        const DWORD error = ::GetLastError();
+        if (isFixed || !mayPass(error) || waited >= longestWait) {
+            reason = systemText(error);
+            return false;
+        }
+        ::Sleep(pause);
+        waited += pause;
+    }
+}
+
+QString entryIgnoringCase(const QString &, const QString &)
+{
+    return QString();
+}
+
+QString nameFault(const QString &path)
+{
+    QString rest = path;
+    rest.replace(u'/', u'\\');
+    if (rest.startsWith(QLatin1String("\\\\?\\")))
+        rest.remove(0, 4);
+    if (rest.size() >= 2 && rest[0].isLetter() && rest[1] == u':')
+        rest.remove(0, 2);
+    const QStringList names = rest.split(u'\\', Qt::SkipEmptyParts);
+    for (const QString &name : names) {
+        if (name == u"." || name == u"..")
+            continue;
+        if (isDevice(name))
+            return QStringLiteral("'%1' is the name of a device").arg(name);
+        if (holdsForbidden(name))
+            return QStringLiteral("'%1' holds one of the characters < > : \" | ? *").arg(name);
+        if (name.endsWith(u'.') || name.endsWith(u' '))
+            return QStringLiteral("'%1' ends in a point or a blank").arg(name);
+    }
+    return QString();
+}
+
+} // namespace platform

@@ -1,0 +1,56 @@
+#include "core/platform/ProductSettings.h"
+#include "core/platform/WindowsApi_windows.h"
+
+#include <vector>
+
+namespace platform {
+
+namespace {
+
+struct Place
+{
+    HKEY hive;
+    REGSAM view;
+};
+
+/// What the set-up stored for all users comes first, so that a scheduled run under another account
+/// sees the same. Set-ups of 32 bits write into a view of their own.
+constexpr REGSAM views[] = {KEY_WOW64_64KEY, KEY_WOW64_32KEY};
+
+QString readValue(const Place &place, const QString &key, const QString &name)
+{
+    HKEY opened = nullptr;
+    if (::RegOpenKeyExW(place.hive, wide(key), 0, KEY_QUERY_VALUE | place.view, &opened) !=
+        ERROR_SUCCESS)
+        return QString();
+    // Variables such as %ProgramFiles% are put in.
+    constexpr DWORD kinds = RRF_RT_REG_SZ | RRF_RT_REG_EXPAND_SZ;
+    DWORD bytes = 0;
+    QString value;
+    if (::RegGetValueW(opened, nullptr, wide(name), kinds, nullptr, nullptr, &bytes) ==
+        ERROR_SUCCESS) {
+        std::vector<wchar_t> buffer(bytes / sizeof(wchar_t) + 1);
+        if (::RegGetValueW(opened, nullptr, wide(name), kinds, nullptr, buffer.data(), &bytes) ==
+            ERROR_SUCCESS)
+            value = QString::fromWCharArray(buffer.data());
+    }
+    ::RegCloseKey(opened);
+    return value;
+}
+
+} // namespace
+
+QString productSetting(const QString &productKey, const QString &name)
+{
+    const QString key = QLatin1String("SOFTWARE\\Orlek INC\\") + productKey;
+    for (const HKEY hive : {HKEY_LOCAL_MACHINE, HKEY_CURRENT_USER}) {
+        for (const REGSAM view : views) {
+            const QString value = readValue({hive, view}, key, name);
+            if (!value.isEmpty())
+                return value;
+        }
+    }
+    return QString();
+}
+
+} // namespace platform

@@ -1,0 +1,206 @@
+#include "ui/HelpWindow.h"
+
+#include "core/Error.h"
+#include "core/Files.h"
+#include "ui/UiState.h"
+
+#include <QAction>
+#include <QDesktopServices>
+#include <QDir>
+#include <QLabel>
+#include <QLineEdit>
+#include <QListWidget>
+#include <QRegularExpression>
+#include <QSplitter>
+#include <QStyle>
+#include <QTextBrowser>
+#include <QTextDocumentFragment>
+#include <QToolBar>
+#include <QVBoxLayout>
+
+namespace {
+
+/// Quiet colours of the window's own palette, so that pages follow a dark theme.
+QString pageStyle(const QPalette &palette)
+{
+    return QStringLiteral("body { line-height: 140%; }"
+                          "h1 { font-size: x-large; } h2 { font-size: large; margin-top: 18px; }"
+                          "a { color: %1; } code, kbd { background-color: %2; }"
+                          "th { text-align: left; } th, td { padding: 4px 14px 4px 0; }")
+        .arg(palette.color(QPalette::Link).name(), palette.color(QPalette::AlternateBase).name());
+}
+
+QStringList wordsOf(const QString &text)
+{
+    static const QRegularExpression blanks(QStringLiteral("\\s+"));
+    return text.split(blanks, Qt::SkipEmptyParts);
+}
+
+} // namespace
+
+frmHelp::frmHelp(const QString &folder, QWidget *parent)
+    : QDialog(parent)
+    , m_search(new QLineEdit)
+    , m_list(new QListWidget)
+    , m_browser(new QTextBrowser)
+{
+    setObjectName(QStringLiteral("frmHelp"));
+    setWindowTitle(QStringLiteral("Vantrel Graphing Tool Help"));
+    setWindowFlag(Qt::WindowMinMaxButtonsHint);
+    readPages(folder);
+
+    m_search->setObjectName(QStringLiteral("txtSearch"));
+    m_search->setPlaceholderText(QStringLiteral("Search the help"));
+    m_search->setClearButtonEnabled(true);
+    m_list->setObjectName(QStringLiteral("lvPages"));
+    m_browser->setObjectName(QStringLiteral("txtPage"));
+    m_browser->setSearchPaths({folder});
+    m_browser->setOpenLinks(false);
+    m_browser->document()->setDocumentMargin(14);
+    m_browser->document()->setDefaultStyleSheet(pageStyle(palette()));
+
+    auto *tools = new QToolBar;
+    QAction *back = tools->addAction(style()->standardIcon(QStyle::SP_ArrowBack),
+                                     QStringLiteral("Back"), m_browser, &QTextBrowser::backward);
+    back->setShortcut(QKeySequence::Back);
+    back->setEnabled(false);
+    QAction *forward =
+        tools->addAction(style()->standardIcon(QStyle::SP_ArrowForward), QStringLiteral("Forward"),
+                         m_browser, &QTextBrowser::forward);
+    forward->setShortcut(QKeySequence::Forward);
+    forward->setEnabled(false);
+    auto *find = new QAction(this);
+    find->setShortcut(QKeySequence::Find);
+    addAction(find);
+
+    auto *side = new QWidget;
+    auto *sideLayout = new QVBoxLayout(side);
+    sideLayout->setContentsMargins(0, 0, 0, 0);
+    sideLayout->addWidget(m_search);
+    sideLayout->addWidget(m_list);
+    auto *splitter = new QSplitter;
+    splitter->setObjectName(QStringLiteral("sspHelp"));
+    splitter->addWidget(side);
+    splitter->addWidget(m_browser);
+    splitter->setStretchFactor(1, 1);
+    splitter->setSizes({230, 640});
+    auto *layout = new QVBoxLayout(this);
+    layout->addWidget(tools);
+    layout->addWidget(splitter, 1);
+    resize(900, 640);
+    restoreWindowState(this);
+
+    connect(find, &QAction::triggered, m_search, [this] {
+        m_search->setFocus();
+        m_search->selectAll();
+    });
+    connect(m_browser, &QTextBrowser::backwardAvailable, back, &QAction::setEnabled);
+    connect(m_browser, &QTextBrowser::forwardAvailable, forward, &QAction::setEnabled);
+    connect(m_browser, &QTextBrowser::sourceChanged, this,
+            [this](const QUrl &url) { followPage(url.fileName()); });
+    connect(m_browser, &QTextBrowser::anchorClicked, this, [this](const QUrl &url) {
+        if (url.isRelative())
+            m_browser->setSource(url);
+        else
+            QDesktopServices::openUrl(url);
+    });
+    connect(m_search, &QLineEdit::textChanged, this, &frmHelp::search);
+    connect(m_list, &QListWidget::currentRowChanged, this, [this](int row) {
+        if (row >= 0)
+            m_browser->setSource(QUrl(m_list->item(row)->data(Qt::UserRole).toString()));
+        markFound();
+    });
+    search({});
+    m_search->setFocus();
+}
+
+void frmHelp::readPages(const QString &folder)
+{
+    static const QRegularExpression titleForm(QStringLiteral("<title>([^<]*)</title>"));
+    const QStringList files =
+        QDir(folder).entryList({QStringLiteral("*.html")}, QDir::Files, QDir::Name);
+    for (const QString &file : files) {
+        const QString html = readTextFile(folder + u'/' + file);
+        const QString title = titleForm.match(html).captured(1);
+        m_pages.append({file, title, QTextDocumentFragment::fromHtml(html).toPlainText()});
+    }
+    if (m_pages.isEmpty())
+        throw Error(FileNotFound, QStringLiteral("There are no help pages in '%1'").arg(folder));
+    // The contents first, the others by title.
+    std::stable_sort(m_pages.begin(), m_pages.end(), [](const Page &a, const Page &b) {
+        const bool aFirst = a.file == QLatin1String("index.html");
+        const bool bFirst = b.file == QLatin1String("index.html");
+        return aFirst != bFirst ? aFirst : a.title.localeAwareCompare(b.title) < 0;
+    });
+}
+
+/// Lists the pages that hold every word, those with all of them in the title first.
+void frmHelp::search(const QString &words)
+{
+    const QStringList wanted = wordsOf(words);
+    const auto holdsAll = [&wanted](const QString &text) {
+        return std::all_of(wanted.begin(), wanted.end(), [&text](const QString &word) {
+            return text.contains(word, Qt::CaseInsensitive);
+        });
+    };
+    const QSignalBlocker quiet(m_list);
+    m_list->clear();
+    for (const bool inTitle : {true, false}) {
+        for (const Page &page : m_pages) {
+            if (holdsAll(page.title) != inTitle || !holdsAll(page.title + u' ' + page.text))
+                continue;
+            auto *item = new QListWidgetItem(page.title, m_list);
+            item->setData(Qt::UserRole, page.file);
+        }
+    }
+    m_list->setEnabled(m_list->count() > 0);
+    if (m_list->count() == 0)
+        m_list->addItem(QStringLiteral("No page holds these words"));
+    followPage(m_browser->source().fileName());
+    markFound();
+}
+
+/// Marks the words searched for in the page shown.
+void frmHelp::markFound()
+{
+    QList<QTextEdit::ExtraSelection> marks;
+    QTextCharFormat format;
+    format.setBackground(palette().highlight());
+    format.setForeground(palette().highlightedText());
+    for (const QString &word : wordsOf(m_search->text())) {
+        QTextCursor cursor(m_browser->document());
+        while (!(cursor = m_browser->document()->find(word, cursor)).isNull())
+            marks.append({cursor, format});
+    }
+    m_browser->setExtraSelections(marks);
+}
+
+/// Points the list at the page that is shown.
+void frmHelp::followPage(const QString &file)
+{
+    const QSignalBlocker quiet(m_list);
+    m_list->setCurrentRow(-1);
+    for (int row = 0; row < m_list->count(); ++row) {
+        if (m_list->item(row)->data(Qt::UserRole).toString() == file)
+            m_list->setCurrentRow(row);
+    }
+}
+
+void frmHelp::open(const QString &page)
+{
+    m_browser->setSource(QUrl(page));
+    show();
+    raise();
+    activateWindow();
+}
+
+void frmHelp::closeEvent(QCloseEvent *event)
+{
+    saveWindowState(this);
+    QDialog::closeEvent(event);
+}
+
+void frmHelp::reject()
+{
+    close();
+}

@@ -1,0 +1,16 @@
+#pragma once
+
+class QWidget;
+
+/// Window layouts: placement, column widths and order, sort order and splitters of each window,
+/// kept in "UISTATE.XML" in the tool's data folder, in the group "VTRGRAPHER". Main thread only.
+///
+/// A window is known by its objectName, the header views, trees and splitters inside it by theirs;
+/// those without a name are left alone. A file that is missing or damaged, or one that cannot be
+/// written, is no error: the windows then open in their usual layout.
+
+/// False when nothing is known of the window; it then keeps its layout. A window whose screen has
+/// gone comes back on one that is there.
+bool restoreWindowState(QWidget *window);
+
+void saveWindowState(QWidget *window);
