@@ -10,7 +10,9 @@
 #include "core/Paths.h"
 #include "core/StartUp.h"
 #include "core/State.h"
+#include "core/platform/Drawing.h"
 #include "core/platform/EventLog.h"
+#include "core/platform/Terminal.h"
 #include "data/Connection.h"
 #include "definitions/DefinitionStores.h"
 #include "scheduling/Registration.h"
@@ -19,7 +21,6 @@
 
 #include <QGuiApplication>
 
-#include <csignal>
 #include <cstdio>
 
 namespace {
@@ -28,14 +29,6 @@ void print(std::FILE *stream, const QString &line)
 {
     std::fputs((line + u'\n').toUtf8().constData(), stream);
     std::fflush(stream);
-}
-
-/// The first signal cancels at the run's next check; any second one ends the process.
-void cancelOnSignal(int)
-{
-    CancelRequested = true;
-    std::signal(SIGINT, SIG_DFL);
-    std::signal(SIGTERM, SIG_DFL);
 }
 
 QStringList allReportIds()
@@ -66,11 +59,7 @@ QStringList reportIdsOf(const QStringList &names)
 int runUnattended(const QStringList &ids, RunChoice choice)
 {
     const RunDisplay display(stdout);
-    std::signal(SIGINT, cancelOnSignal);
-    std::signal(SIGTERM, cancelOnSignal);
-#ifdef SIGPIPE
-    std::signal(SIGPIPE, SIG_IGN); // reports matter more than who reads the status lines
-#endif
+    platform::onCancelRequest([] { CancelRequested = true; }); // at the run's next check
     const RunResult result = runReports(ids, choice);
     if (result.cancelled)
         return Cancelled;
@@ -88,6 +77,11 @@ int changeRegistration(const Options &options)
         show(registerTask(*scheduler, {}, options.folderOptions())
                  ? QStringLiteral("Scheduled task has been added.\n")
                  : QStringLiteral("There is a scheduled task already; it stays as it is.\n"));
+        QString reason;
+        if (!registerEventSource(reason))
+            show(QStringLiteral("The event log will show this program's entries without their "
+                                "description: %1\nRun --register as administrator once.\n")
+                     .arg(reason));
     }
     if (!isTaskRegistered(*scheduler))
         return show(QStringLiteral("There is no scheduled task.\n"));
@@ -215,7 +209,7 @@ int refuse(const QString &why)
 std::unique_ptr<QCoreApplication> createApplication(int &argc, char *argv[], const Options &options)
 {
     if (options.unattended()) {
-        qputenv("QT_QPA_PLATFORM", "offscreen");
+        qputenv("QT_QPA_PLATFORM", platform::drawingPlatform());
         // Outside of a login session Qt warns of a missing runtime folder, which nothing here uses:
         // an hourly job would mail it every hour.
         if (qEnvironmentVariableIsEmpty("XDG_RUNTIME_DIR"))

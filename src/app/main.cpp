@@ -1,14 +1,14 @@
 #include "app/Application.h"
 #include "app/Options.h"
+#include "core/platform/Terminal.h"
 
 #include <QCoreApplication>
 
 int main(int argc, char *argv[])
 {
-    QStringList arguments;
-    for (int i = 1; i < argc; ++i)
-        arguments.append(QString::fromLocal8Bit(argv[i]));
-    const Options options = parseOptions(arguments);
+    const Options options = parseOptions(platform::programArguments(argc, argv));
+    if (options.unattended() || !options.error.isEmpty())
+        platform::attachTerminal();
 
     QCoreApplication::setApplicationName(QStringLiteral("VantrelGrapher"));
     QCoreApplication::setApplicationVersion(QStringLiteral(VANTREL_VERSION));

@@ -9,6 +9,7 @@
 enum ErrorNumber : int {
     Overflow = 6,             ///< a number does not fit where it has to go
     TypeMismatch = 13,        ///< a value is of another type than the one asked for
+    BadFileName = 52,         ///< the system can have no file of that name
     FileNotFound = 53,        ///< a file that has to exist does not
     DeviceIO = 57,            ///< reading, writing or syncing failed
     DiskFull = 61,            ///< fewer bytes stand on the disk than were written

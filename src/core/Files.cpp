@@ -139,6 +139,8 @@ QString readTextFile(const QString &configured, qint64 most)
 void saveFile(const QString &configured, QByteArrayView content)
 {
     const QString path = nativePath(configured);
+    if (const QString fault = platform::nameFault(path); !fault.isEmpty())
+        throw Error(BadFileName, QStringLiteral("Cannot write '%1': %2").arg(path, fault));
     const QString temporary = temporaryName(path);
     QFile file(temporary);
     if (!file.open(QIODevice::WriteOnly | QIODevice::NewOnly | QIODevice::Unbuffered)) {

@@ -2,6 +2,7 @@
 
 #include "core/Error.h"
 #include "core/Files.h"
+#include "core/platform/FileSystem.h"
 
 #include <QCoreApplication>
 #include <QDir>
@@ -123,6 +124,10 @@ int EnsureFolder(const QString &path, QString &message)
         message = QStringLiteral("Path exists.");
         LastFolder = path;
         return 0;
+    }
+    if (const QString fault = platform::nameFault(path); !fault.isEmpty()) {
+        message = QStringLiteral("Cannot create folder '%1': %2").arg(path, fault);
+        return BadFileName;
     }
     const FolderParts split = folderParts(path);
     QString current = split.root;

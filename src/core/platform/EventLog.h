@@ -12,6 +12,11 @@ inline constexpr int runEvent = 6;
 /// Writes one entry. Never fails; a system without a log service drops it.
 void LogEvent(int eventId, EventType type, const QString &message);
 
+/// Tells the system's log how to show the entries, where it has to know: on Windows an entry of the
+/// registry, made by an administrator once. False with the system's reason when it cannot be made;
+/// entries are written all the same, under a remark that their description is missing.
+bool registerEventSource(QString &reason);
+
 /// Also hands each entry to `observer` (null: nobody); for tests.
 using EventObserver = void (*)(int eventId, EventType type, const QString &message);
 void setEventObserver(EventObserver observer);

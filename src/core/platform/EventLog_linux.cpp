@@ -33,6 +33,11 @@ void LogEvent(int eventId, EventType type, const QString &message)
         eventObserver(eventId, type, message);
 }
 
+bool registerEventSource(QString &)
+{
+    return true;
+}
+
 void setEventObserver(EventObserver observer)
 {
     eventObserver = observer;

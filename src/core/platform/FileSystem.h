@@ -19,4 +19,8 @@ bool replaceFile(const QString &from, const QString &to, QString &reason);
 /// current one. Costs one reading of the folder's names.
 QString entryIgnoringCase(const QString &folder, const QString &name);
 
+/// Why the system can have no file or folder of a path's names, such as "CON" or "a?b" on Windows;
+/// empty when it can. Looks at the text alone.
+QString nameFault(const QString &path);
+
 } // namespace platform

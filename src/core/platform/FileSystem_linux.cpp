@@ -44,4 +44,9 @@ QString entryIgnoringCase(const QString &folder, const QString &name)
     return found;
 }
 
+QString nameFault(const QString &)
+{
+    return QString();
+}
+
 } // namespace platform

@@ -45,8 +45,8 @@ void copyRights(const QString &from, const QString &to)
 bool isDevice(const QString &name)
 {
     const QString base = name.section(u'.', 0, 0).trimmed().toUpper();
-    if (base.size() == 4 && (base.startsWith(QLatin1String("COM")) ||
-                             base.startsWith(QLatin1String("LPT"))))
+    if (base.size() == 4 &&
+        (base.startsWith(QLatin1String("COM")) || base.startsWith(QLatin1String("LPT"))))
         return base[3].isDigit() && base[3] != u'0';
     return base == u"CON" || base == u"PRN" || base == u"AUX" || base == u"NUL" ||
            base == u"CONIN$" || base == u"CONOUT$";

@@ -18,10 +18,9 @@ InstanceLock::State InstanceLock::tryLock()
         return Held;
     // Shared with everybody: a scanner that looks at the file must not look like an instance. What
     // decides is the lock on its first byte. Started programs do not inherit the handle.
-    const HANDLE file =
-        ::CreateFileW(wide(longPath(m_path)), GENERIC_READ | GENERIC_WRITE,
-                      FILE_SHARE_READ | FILE_SHARE_WRITE | FILE_SHARE_DELETE, nullptr, OPEN_ALWAYS,
-                      FILE_ATTRIBUTE_NORMAL, nullptr);
+    const HANDLE file = ::CreateFileW(wide(longPath(m_path)), GENERIC_READ | GENERIC_WRITE,
+                                      FILE_SHARE_READ | FILE_SHARE_WRITE | FILE_SHARE_DELETE,
+                                      nullptr, OPEN_ALWAYS, FILE_ATTRIBUTE_NORMAL, nullptr);
     DWORD error = ::GetLastError();
     if (file != INVALID_HANDLE_VALUE) {
         OVERLAPPED firstByte{};

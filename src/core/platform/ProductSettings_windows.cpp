@@ -7,21 +7,10 @@ namespace platform {
 
 namespace {
 
-struct Place
-{
-    HKEY hive;
-    REGSAM view;
-};
-
-/// What the set-up stored for all users comes first, so that a scheduled run under another account
-/// sees the same. Set-ups of 32 bits write into a view of their own.
-constexpr REGSAM views[] = {KEY_WOW64_64KEY, KEY_WOW64_32KEY};
-
-QString readValue(const Place &place, const QString &key, const QString &name)
+QString readValue(HKEY hive, REGSAM view, const QString &key, const QString &name)
 {
     HKEY opened = nullptr;
-    if (::RegOpenKeyExW(place.hive, wide(key), 0, KEY_QUERY_VALUE | place.view, &opened) !=
-        ERROR_SUCCESS)
+    if (::RegOpenKeyExW(hive, wide(key), 0, KEY_QUERY_VALUE | view, &opened) != ERROR_SUCCESS)
         return QString();
     // Variables such as %ProgramFiles% are put in.
     constexpr DWORD kinds = RRF_RT_REG_SZ | RRF_RT_REG_EXPAND_SZ;
@@ -43,9 +32,11 @@ QString readValue(const Place &place, const QString &key, const QString &name)
 QString productSetting(const QString &productKey, const QString &name)
 {
     const QString key = QLatin1String("SOFTWARE\\Orlek INC\\") + productKey;
+    // What the set-up stored for all users comes first, so that a scheduled run under another
+    // account sees the same. Set-ups of 32 bits write into a view of their own.
     for (const HKEY hive : {HKEY_LOCAL_MACHINE, HKEY_CURRENT_USER}) {
-        for (const REGSAM view : views) {
-            const QString value = readValue({hive, view}, key, name);
+        for (const REGSAM view : {KEY_WOW64_64KEY, KEY_WOW64_32KEY}) {
+            const QString value = readValue(hive, view, key, name);
             if (!value.isEmpty())
                 return value;
         }

@@ -2,10 +2,35 @@
 
 #include <QByteArray>
 
+#include <csignal>
 #include <sys/ioctl.h>
 #include <unistd.h>
 
 namespace platform {
+
+namespace {
+
+void (*cancelHandler)() = nullptr;
+
+/// Any second signal has the system's own effect.
+void onSignal(int)
+{
+    cancelHandler();
+    std::signal(SIGINT, SIG_DFL);
+    std::signal(SIGTERM, SIG_DFL);
+}
+
+} // namespace
+
+QStringList programArguments(int argc, char *argv[])
+{
+    QStringList arguments;
+    for (int i = 1; i < argc; ++i)
+        arguments.append(QString::fromLocal8Bit(argv[i]));
+    return arguments;
+}
+
+void attachTerminal() {}
 
 int terminalColumns(std::FILE *stream)
 {
@@ -17,6 +42,14 @@ int terminalColumns(std::FILE *stream)
     if (::ioctl(file, TIOCGWINSZ, &size) != 0 || size.ws_col == 0)
         return 80;
     return size.ws_col;
+}
+
+void onCancelRequest(void (*handler)())
+{
+    cancelHandler = handler;
+    std::signal(SIGINT, onSignal);
+    std::signal(SIGTERM, onSignal);
+    std::signal(SIGPIPE, SIG_IGN);
 }
 
 } // namespace platform

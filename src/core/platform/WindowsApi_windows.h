@@ -1,6 +1,7 @@
 #pragma once
 
-// What the _windows.cpp files need of the system beside its own calls, which take UTF-16 texts only.
+// What the _windows.cpp files need of the system beside its own calls, which take UTF-16 texts
+// only.
 
 #include <QString>
 

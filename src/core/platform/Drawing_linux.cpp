@@ -1,0 +1,10 @@
+#include "core/platform/Drawing.h"
+
+namespace platform {
+
+QByteArray drawingPlatform()
+{
+    return "offscreen";
+}
+
+} // namespace platform
