@@ -1,0 +1,78 @@
+#include "core/Error.h"
+#include "core/Paths.h"
+#include "support/Sandbox.h"
+#include "ui/HelpWindow.h"
+
+#include <QFile>
+#include <QLineEdit>
+#include <QListWidget>
+#include <QRegularExpression>
+#include <QTest>
+#include <QTextBrowser>
+
+class tst_Help : public QObject
+{
+    Q_OBJECT
+
+private Q_SLOTS:
+    void initTestCase() { m_folder = shareFolder() + "/Help"; }
+
+    /// Every page is listed once and every link of a page leads to a page or a place in it.
+    void linksLeadSomewhere()
+    {
+        static const QRegularExpression link("href=\"([^\"#]*)(?:#([^\"]*))?\"");
+        const QStringList files = QDir(m_folder).entryList({"*.html"});
+        QVERIFY(files.size() >= 10);
+        for (const QString &file : files) {
+            const QString html = readTextFile(m_folder + '/' + file);
+            QVERIFY2(html.contains("<title>"), qPrintable(file));
+            for (auto found = link.globalMatch(html); found.hasNext();) {
+                const auto match = found.next();
+                const QString target = match.captured(1).isEmpty() ? file : match.captured(1);
+                QVERIFY2(files.contains(target), qPrintable(file + " to " + target));
+                if (!match.captured(2).isEmpty())
+                    QVERIFY(readTextFile(m_folder + '/' + target)
+                                .contains("id=\"" + match.captured(2) + "\""));
+            }
+        }
+    }
+
+    void searchAndGo()
+    {
+        const Sandbox sandbox;
+        frmHelp help(m_folder, nullptr);
+        help.open("schedule-editor.html");
+        auto *list = help.findChild<QListWidget *>("lvPages");
+        auto *page = help.findChild<QTextBrowser *>("txtPage");
+        auto *search = help.findChild<QLineEdit *>("txtSearch");
+        const int all = list->count();
+        QCOMPARE(list->item(0)->text(), QString("Contents"));
+        QCOMPARE(list->currentItem()->text(), QString("Schedule definition editor"));
+        QVERIFY(page->toPlainText().contains("Reschedule"));
+
+        QTest::keyClicks(search, "percentile 95th");
+        QVERIFY(list->count() > 0 && list->count() < all);
+        list->setCurrentRow(0);
+        QVERIFY(page->toPlainText().contains("95th percentile"));
+        QVERIFY(page->extraSelections().size() >= 2);
+
+        search->setText("no such words anywhere");
+        QCOMPARE(list->count(), 1);
+        QVERIFY(!list->isEnabled());
+        search->clear();
+        QCOMPARE(list->count(), all);
+        QVERIFY(page->extraSelections().isEmpty());
+    }
+
+    void aFolderWithoutPages()
+    {
+        const Sandbox sandbox;
+        QVERIFY_EXCEPTION_THROWN(frmHelp(sandbox.path(), nullptr), Error);
+    }
+
+private:
+    QString m_folder;
+};
+
+QTEST_MAIN(tst_Help)
+#include "tst_Help.moc"
