@@ -5,6 +5,7 @@ build_packages=(g++ cmake ninja-build qt6-base-dev libgl1-mesa-dev libpugixml-de
 run_packages=(tzdata fonts-inter fonts-dejavu-core)
 test_packages=(clang-format mdbtools chromium mariadb-server-core mariadb-client-core odbc-mariadb tdsodbc
     systemd cron dpkg-dev lintian bsdutils)
+screenshot_packages=(xvfb xauth)
 bench_packages=(rrdtool mdbtools mariadb-server-core mariadb-client-core odbc-mariadb)
 
 # ensure_packages PACKAGE... : does nothing when all are installed.

@@ -53,6 +53,7 @@ frmHelp::frmHelp(const QString &folder, QWidget *parent)
     m_search->setPlaceholderText(QStringLiteral("Search the help"));
     m_search->setClearButtonEnabled(true);
     m_list->setObjectName(QStringLiteral("lvPages"));
+    m_list->setSpacing(2);
     m_browser->setObjectName(QStringLiteral("txtPage"));
     m_browser->setSearchPaths({folder});
     m_browser->setOpenLinks(false);

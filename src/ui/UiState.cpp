@@ -173,6 +173,8 @@ bool restoreWindowState(QWidget *window)
 
 void saveWindowState(QWidget *window)
 {
+    if (gGraphDataPath.isEmpty())
+        return; // start-up has not come that far
     pugi::xml_document document;
     readLayouts(document);
     pugi::xml_node root = childOf(document, "UISTATE");

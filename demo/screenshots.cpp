@@ -1,0 +1,112 @@
+#include "core/GrapherConfig.h"
+#include "core/Paths.h"
+#include "core/StartUp.h"
+#include "core/State.h"
+#include "definitions/DefinitionStores.h"
+#include "ui/HelpWindow.h"
+
+#include <QApplication>
+#include <QDir>
+#include <QEventLoop>
+#include <QStyleFactory>
+#include <QTimer>
+#include <QWindow>
+
+#include <cstdio>
+
+/// Makes a PNG of every window, filled from a home with demonstration data.
+
+namespace {
+
+QPalette darkPalette()
+{
+    QPalette palette(QColor(0x35, 0x35, 0x35), QColor(0x2b, 0x2b, 0x2b));
+    palette.setColor(QPalette::Base, QColor(0x1f, 0x1f, 0x1f));
+    palette.setColor(QPalette::AlternateBase, QColor(0x2a, 0x2a, 0x2a));
+    palette.setColor(QPalette::Highlight, QColor(0x2f, 0x6f, 0xb5));
+    palette.setColor(QPalette::HighlightedText, Qt::white);
+    palette.setColor(QPalette::Link, QColor(0x7f, 0xb6, 0xf0));
+    palette.setColor(QPalette::PlaceholderText, QColor(0x9a, 0x9a, 0x9a));
+    palette.setColor(QPalette::ToolTipBase, palette.color(QPalette::Window));
+    palette.setColor(QPalette::ToolTipText, palette.color(QPalette::WindowText));
+    for (const auto role : {QPalette::WindowText, QPalette::Text, QPalette::ButtonText})
+        palette.setColor(QPalette::Disabled, role, QColor(0x80, 0x80, 0x80));
+    return palette;
+}
+
+class Album
+{
+public:
+    Album(const QString &folder, const QString &theme)
+        : m_folder(folder)
+        , m_theme(theme)
+    {}
+
+    /// Shows a window, and keeps its picture.
+    void take(QWidget &window, const QString &name)
+    {
+        window.show();
+        wait(500); // previews and filters act a moment after the last key
+        if (!window.windowHandle()->isExposed())
+            fail(name + QLatin1String(": the window does not show"));
+        const QString file = QStringLiteral("%1/%2-%3.png").arg(m_folder, name, m_theme);
+        if (!window.grab().save(file))
+            fail(file + QLatin1String(": cannot be written"));
+        std::printf("%s\n", qPrintable(file));
+        window.hide();
+    }
+
+    int faults() const { return m_faults; }
+
+private:
+    static void wait(int milliseconds)
+    {
+        QEventLoop loop;
+        QTimer::singleShot(milliseconds, &loop, &QEventLoop::quit);
+        loop.exec();
+    }
+    void fail(const QString &what)
+    {
+        ++m_faults;
+        std::fprintf(stderr, "%s\n", qPrintable(what));
+    }
+
+    QString m_folder;
+    QString m_theme;
+    int m_faults = 0;
+};
+
+void takeAll(Album &album)
+{
+    frmHelp help(shareFolder() + QLatin1String("/Help"), nullptr);
+    help.open(QStringLiteral("main-window.html"));
+    album.take(help, QStringLiteral("help"));
+}
+
+} // namespace
+
+int main(int argc, char *argv[])
+{
+    QApplication application(argc, argv);
+    QApplication::setApplicationName(QStringLiteral("VantrelGrapher"));
+    const QStringList arguments = QApplication::arguments();
+    if (arguments.size() != 4 || (arguments[3] != u"light" && arguments[3] != u"dark")) {
+        std::fputs("Usage: window-screenshots HOME FOLDER light|dark\n", stderr);
+        return 2;
+    }
+    QApplication::setStyle(QStyleFactory::create(QStringLiteral("Fusion")));
+    if (arguments[3] == u"dark")
+        QApplication::setPalette(darkPalette());
+    QDir().mkpath(arguments[2]);
+    locateProgramFolder(arguments[1]);
+    InitGrapher();
+    gDataPath = NormalizeFolder(arguments[1] + QLatin1String("/VTRDataRoot"));
+    loadGrapherConfig();
+    LoadChartDefs();
+    LoadScheduleDefs();
+    LoadReportDefs();
+    gStartupDone = true;
+    Album album(arguments[2], arguments[3]);
+    takeAll(album);
+    return album.faults() == 0 ? 0 : 1;
+}
