@@ -67,6 +67,9 @@ function(vantrel_test name)
     target_compile_options(tst_${name} PRIVATE ${test_options})
     target_precompile_headers(tst_${name} REUSE_FROM precompiled_tests)
     set_target_properties(tst_${name} PROPERTIES AUTOMOC ON)
+    if(WIN32)
+        vantrel_windows_plugins(tst_${name})
+    endif()
     add_test(NAME ${name} COMMAND tst_${name})
     set_tests_properties(${name} PROPERTIES
         TIMEOUT 300

@@ -59,10 +59,11 @@ cross_cmake() { # SOURCE BUILD PREFIX OPTION...
         -DCMAKE_BUILD_TYPE=Release -DCMAKE_INSTALL_PREFIX="$prefix" -DBUILD_SHARED_LIBS=OFF "$@"
 }
 
+# Qt's tools are this machine's own, of the same version.
+qt_host=(-DQT_HOST_PATH=/usr
+    "-DQT_HOST_PATH_CMAKE_DIR=/usr/lib/$(dpkg --print-architecture | sed 's/amd64/x86_64/; s/arm64/aarch64/')-linux-gnu/cmake")
 qt_options=(
     -DQT_QMAKE_TARGET_MKSPEC=win32-g++
-    -DQT_HOST_PATH=/usr
-    -DQT_HOST_PATH_CMAKE_DIR=/usr/lib/x86_64-linux-gnu/cmake
     -DQT_BUILD_EXAMPLES=OFF -DQT_BUILD_TESTS=OFF -DQT_BUILD_TOOLS_WHEN_CROSSCOMPILING=OFF
     -DFEATURE_pkg_config=OFF
     -DFEATURE_system_zlib=OFF -DFEATURE_system_png=OFF -DFEATURE_system_jpeg=OFF
@@ -77,7 +78,8 @@ qt_options=(
     -DFEATURE_xml=ON -DFEATURE_printsupport=ON -DFEATURE_testlib=ON)
 build_qt() { # VERSION PREFIX
     fetch_source qt6-base "$1"
-    cross_cmake "$work/qt6-base" "$work/qt6-base-build" "$2" "${qt_options[@]}" >"$work/qt6-base.log"
+    cross_cmake "$work/qt6-base" "$work/qt6-base-build" "$2" "${qt_host[@]}" \
+        "${qt_options[@]}" >"$work/qt6-base.log"
     "${low[@]}" cmake --build "$work/qt6-base-build" >>"$work/qt6-base.log"
     cmake --install "$work/qt6-base-build" >>"$work/qt6-base.log"
     keep_licence qt6-base "$2"
