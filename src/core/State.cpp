@@ -40,4 +40,6 @@ void resetState()
     resetHostSettings();
     resetPaths();
     setStatusSink({});
+    setProgressSink({});
+    setYieldHook({});
 }

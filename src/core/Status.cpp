@@ -5,6 +5,7 @@
 namespace {
 StatusSink statusSink;
 ProgressSink progressSink;
+std::function<void()> yieldHook;
 } // namespace
 
 void setStatusSink(StatusSink sink)
@@ -27,4 +28,15 @@ void showProgress(const Progress &progress)
 {
     if (progressSink)
         progressSink(progress);
+}
+
+void setYieldHook(std::function<void()> hook)
+{
+    yieldHook = std::move(hook);
+}
+
+void yieldToUser()
+{
+    if (yieldHook)
+        yieldHook();
 }

@@ -26,3 +26,9 @@ struct Progress
 using ProgressSink = std::function<void(const Progress &progress)>;
 void setProgressSink(ProgressSink sink);
 void showProgress(const Progress &progress);
+
+/// Long work calls this every few milliseconds, so that a window stays alive meanwhile; it costs
+/// nothing where no hook is set. The hook may handle any of the user's events: call it only where
+/// nothing is half done. It must not throw.
+void yieldToUser();
+void setYieldHook(std::function<void()> hook);

@@ -63,6 +63,10 @@ public:
 
     /// What a user has to know about tasks here, such as that they need a log-in; else empty.
     virtual QString advice() = 0;
+
+    /// Whether a task has to be given an account and its password; else it runs as the present
+    /// user.
+    virtual bool needsAccount() { return true; }
 };
 
 std::unique_ptr<TaskScheduler> systemTaskScheduler();

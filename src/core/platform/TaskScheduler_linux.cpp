@@ -270,6 +270,8 @@ public:
             .arg(name);
     }
 
+    bool needsAccount() override { return false; }
+
 private:
     static Error notThere(const QString &name)
     {

@@ -1,9 +1,8 @@
 #include "data/sqlite/SampleIndex.h"
 
 #include "core/Error.h"
+#include "core/Status.h"
 #include "data/sqlite/Columns.h"
-
-#include <QCoreApplication>
 
 #include <algorithm>
 #include <array>
@@ -15,7 +14,7 @@ namespace {
 constexpr quint32 firstBlock = 64;   ///< samples
 constexpr quint32 growthDivisor = 6; ///< a new block holds a sixth of what is there already
 constexpr size_t sampleBytes = sizeof(qint64) + sizeof(double) + sizeof(qint32);
-constexpr qint64 rowsBetweenYields = 1 << 18;
+constexpr qint64 rowsBetweenYields = 1 << 14;
 
 // NULLs are kept as values that no sample can have: a NaN (SQL knows none) and the least integer.
 constexpr qint32 nullState = std::numeric_limits<qint32>::min();
@@ -149,7 +148,7 @@ public:
         mdb::RowCursor row(m_file, m_table);
         while (row.next()) {
             if (++m_index.m_rowCount % rowsBetweenYields == 0)
-                QCoreApplication::processEvents();
+                yieldToUser();
             take(row);
         }
         for (SampleIndex::Item &item : m_index.m_items)

@@ -1,0 +1,392 @@
+#include "ui/MainWindow.h"
+
+#include "core/Clock.h"
+#include "core/Error.h"
+#include "core/Files.h"
+#include "core/GrapherConfig.h"
+#include "core/State.h"
+#include "core/platform/EventLog.h"
+#include "data/Connection.h"
+#include "definitions/DefinitionStores.h"
+#include "report/OutputTree.h"
+#include "scheduling/Registration.h"
+#include "ui/Automate.h"
+#include "ui/GraphDefEditor.h"
+#include "ui/HelpViewer.h"
+#include "ui/Messages.h"
+#include "ui/OutputPath.h"
+#include "ui/ReportDefEditor.h"
+#include "ui/ReportList.h"
+#include "ui/ReportView.h"
+#include "ui/StatusBox.h"
+#include "ui/UiState.h"
+
+#include <QAction>
+#include <QApplication>
+#include <QCloseEvent>
+#include <QDesktopServices>
+#include <QLabel>
+#include <QMenu>
+#include <QPointer>
+#include <QProgressBar>
+#include <QPushButton>
+#include <QScopedValueRollback>
+#include <QTimer>
+#include <QUrl>
+
+namespace {
+
+constexpr qint64 millisecondsPerMinute = 60'000;
+constexpr qint64 minutesBetweenRuns = 60;
+constexpr qint64 millisecondsBetweenYields = 15;
+
+const QString cancelToolTip = QStringLiteral("Click to cancel reporting...");
+const QString runAgainToolTip = QStringLiteral("Click to start reporing..."); // as users know it
+
+QString pageOf(const clsReportDef &report)
+{
+    return reportFolder(report) + gConfig->TOU_REPORT;
+}
+
+} // namespace
+
+void frmGrapherMain::restoreLayout()
+{
+    restoreWindowState(this);
+}
+
+void frmGrapherMain::loadReports()
+{
+    LoadReportDefs();
+    LoadChartDefs();
+    LoadScheduleDefs();
+    m_list->refresh();
+    const QStringList errors = definitionFileErrors();
+    if (errors.isEmpty())
+        return;
+    for (const QString &error : errors)
+        txtStatusInfo->addLine(QLatin1String("Error reading definitions: ") + error);
+    showCritical(this, windowTitle(),
+                 QStringLiteral("These definition files could not be read whole, so some "
+                                "definitions may be missing:\n\n%1\n\nCorrect them by hand, then "
+                                "start again. The first change that is saved here writes such a "
+                                "file anew; the present one is then kept beside it with \".bad\" "
+                                "added to its name.")
+                     .arg(errors.join(u'\n')));
+}
+
+void frmGrapherMain::updateAutomate()
+{
+    try {
+        mnuToolsAutomate->setChecked(isTaskRegistered(m_scheduler));
+    } catch (const Error &error) {
+        mnuToolsAutomate->setChecked(false);
+        txtStatusInfo->addLine(QLatin1String("Error reading the scheduled tasks ") +
+                               errorTail(error));
+    }
+}
+
+void frmGrapherMain::start()
+{
+    updateCommands();
+    lvReports->setFocus();
+    Timer1->start();
+}
+
+void frmGrapherMain::tick()
+{
+    if (!mnuToolsAutomate->isChecked())
+        return;
+    const qint64 present = currentInstant();
+    if (m_lastCheck == 0 || m_isRunning) {
+        m_lastCheck = present;
+        return;
+    }
+    const qint64 minutes = std::abs(present - m_lastCheck) / millisecondsPerMinute;
+    if (minutes < minutesBetweenRuns) {
+        m_firstPanel->setText(QStringLiteral("Scheduled report run in %1 minutes.")
+                                  .arg(minutesBetweenRuns - minutes));
+    } else if (QApplication::activeModalWidget()) {
+        // A run reads all definitions afresh: not under an editor that is about to save some.
+        m_firstPanel->setText(
+            QStringLiteral("The scheduled report run waits for the open dialog to be closed."));
+    } else {
+        runWhatIsDue();
+    }
+}
+
+void frmGrapherMain::runWhatIsDue()
+{
+    QPointer<QWidget> focus = focusWidget();
+    m_lastCheck = currentInstant();
+    Timer1->stop();
+    gAutoMode = true;
+    setEnabled(false);
+    m_firstPanel->setText(QStringLiteral("Scheduled report run in progress."));
+    lvReports->selectAll();
+    updateCommands();
+    mnuReportView->trigger();
+    m_firstPanel->clear();
+    setEnabled(true);
+    gAutoMode = false;
+    Timer1->start();
+    m_lastCheck = currentInstant();
+    if (focus)
+        focus->setFocus();
+}
+
+void frmGrapherMain::updateCommands()
+{
+    const qsizetype selected = lvReports->selectedIds().size();
+    const bool isOne = selected == 1;
+    const auto enable = [](QAction *action, QPushButton *button, bool enabled) {
+        action->setEnabled(enabled);
+        button->setEnabled(enabled);
+    };
+    enable(mnuReportView, cmdReportView, m_isRunning || selected > 0);
+    enable(mnuReportOpen, cmdReportOpen, isOne);
+    enable(mnuReportModify, cmdReportModify, isOne && !m_isRunning);
+    enable(mnuReportRemove, cmdReportRemove, isOne && !m_isRunning);
+    enable(mnuReportAdd, cmdReportAdd, !m_isRunning);
+    lvReports->addButton()->setEnabled(!m_isRunning);
+    mnuSetOutput->setEnabled(!m_isRunning);
+    mnuToolsAutomate->setEnabled(!m_isRunning);
+}
+
+void frmGrapherMain::showMenu(const QPoint &place)
+{
+    updateCommands();
+    mnuEdit->popup(lvReports->viewport()->mapToGlobal(place));
+}
+
+void frmGrapherMain::addReport()
+{
+    ShowStatus(QStringLiteral("Loading report definition editor."));
+    editReport({});
+    ShowStatus(QStringLiteral("Idle."));
+}
+
+void frmGrapherMain::modifyReport()
+{
+    updateCommands();
+    if (cmdReportModify->isEnabled())
+        editReport(lvReports->selectedIds().constFirst());
+}
+
+/// Lets the user edit a report, a new one when there is none of that id. True when it was saved.
+bool frmGrapherMain::editReport(const QString &reportId)
+{
+    const auto present = gReportDefs.find(reportId);
+    const clsReportDef shown = present ? *present : clsReportDef();
+    frmReportDefEditor editor(this);
+    editor.load(shown);
+    editor.setSaveAction([&] {
+        const auto latest = gReportDefs.find(shown.ReportID);
+        const auto changed = std::make_shared<clsReportDef>(latest ? *latest : shown);
+        editor.store(*changed);
+        storeDefinition(changed);
+    });
+    editor.exec();
+    // Charts and schedules may have changed even where the report has not.
+    m_list->refresh();
+    if (editor.tag() != u"SAVE") {
+        updateCommands();
+        return false;
+    }
+    lvReports->select(shown.ReportID);
+    updateCommands();
+    return true;
+}
+
+void frmGrapherMain::removeReport()
+{
+    updateCommands();
+    if (!cmdReportRemove->isEnabled())
+        return;
+    const QString id = lvReports->selectedIds().constFirst();
+    if (!askYesNo(this, QStringLiteral("Remove Chart Definition"),
+                  QStringLiteral("This operation can NOT be undone.\n"
+                                 "Are you sure you wish to remove the selected report "
+                                 "definition?")))
+        return;
+    try {
+        removeReportDef(id);
+    } catch (const Error &error) {
+        showCritical(this, QStringLiteral("Not Removed"),
+                     QStringLiteral("The report definition could not be removed. It stays as it "
+                                    "was.") +
+                         QLatin1String("\n\n") + errorTail(error));
+    }
+    m_list->refresh();
+    updateCommands();
+}
+
+void frmGrapherMain::runOrCancel()
+{
+    if (!m_isRunning) {
+        run(lvReports->selectedIds());
+        return;
+    }
+    CancelRequested = true;
+    ShowStatus(QStringLiteral("Cancel requested."));
+}
+
+void frmGrapherMain::run(const QStringList &reportIds)
+{
+    if (reportIds.isEmpty() || !mayRun())
+        return;
+    setRunning(true);
+    if (gAutoMode)
+        runReports(reportIds, RunChoice::Due);
+    else
+        runReports(reportIds, RunChoice::All, this);
+    setRunning(false);
+    m_list->refresh();
+    updateCommands();
+    if (m_closesAfterRun)
+        QTimer::singleShot(0, this, &QWidget::close);
+}
+
+/// A run loads the definition files and saves them at its end: one that cannot be read whole would
+/// lose what it could not give.
+bool frmGrapherMain::mayRun()
+{
+    LoadReportDefs();
+    LoadChartDefs();
+    LoadScheduleDefs();
+    const QStringList errors = definitionFileErrors();
+    if (errors.isEmpty())
+        return true;
+    const QString text = errors.join(u'\n');
+    ShowStatus(QLatin1String("Error reading definitions: ") + text);
+    if (gAutoMode) {
+        LogEvent(runEvent, EventError, QLatin1String("Error reading definitions: ") + text);
+        return false;
+    }
+    return askYesNo(this, QStringLiteral("Report Execution"),
+                    QStringLiteral("These definition files cannot be read whole:\n\n%1\n\nRun the "
+                                   "reports all the same? The files are then written anew; the "
+                                   "present ones are kept beside them with \".bad\" added to their "
+                                   "names.")
+                        .arg(text));
+}
+
+void frmGrapherMain::setRunning(bool running)
+{
+    m_isRunning = running;
+    cmdReportView->setText(running ? QStringLiteral("&Cancel") : QStringLiteral("&Run"));
+    cmdReportView->setToolTip(running ? cancelToolTip : runAgainToolTip);
+    mnuReportView->setText(running ? QStringLiteral("&Cancel Run")
+                                   : QStringLiteral("Run / &View Report"));
+    pbarCurrent->setRange(0, 1);
+    pbarCurrent->setValue(0);
+    pbarCurrent->setFormat(QString());
+    m_sinceYield.invalidate();
+    updateCommands();
+}
+
+void frmGrapherMain::showDone(const Progress &progress)
+{
+    pbarCurrent->setRange(0, std::max(progress.all, 1));
+    pbarCurrent->setValue(progress.done);
+    pbarCurrent->setFormat(QStringLiteral("%v of %m items"));
+    yield();
+}
+
+/// Lets the message loop run for a moment, unless it did a moment ago.
+void frmGrapherMain::yield()
+{
+    if (!m_isRunning || m_isYielding ||
+        (m_sinceYield.isValid() && m_sinceYield.elapsed() < millisecondsBetweenYields))
+        return;
+    const QScopedValueRollback guard(m_isYielding, true);
+    QCoreApplication::processEvents();
+    m_sinceYield.start();
+}
+
+void frmGrapherMain::openPage()
+{
+    const QStringList selected = lvReports->selectedIds();
+    const auto report = selected.size() == 1 ? gReportDefs.find(selected.constFirst()) : nullptr;
+    if (!report)
+        return;
+    const QString page = pageOf(*report);
+    if (fileExists(page))
+        openInBrowser(QLatin1String("file://") + page);
+    else
+        showInformation(this, QStringLiteral("Open Page"),
+                        QStringLiteral("There is no page of this report yet. Run the report "
+                                       "first."));
+}
+
+void frmGrapherMain::setOutputLocation()
+{
+    frmOutputPath dialog(this);
+    dialog.exec();
+}
+
+void frmGrapherMain::switchAutomation()
+{
+    // The click has changed the check mark already.
+    const bool wasChecked = !mnuToolsAutomate->isChecked();
+    try {
+        if (wasChecked) {
+            unregisterTask(m_scheduler);
+            m_firstPanel->clear();
+            m_lastCheck = 0;
+            return;
+        }
+        frmAutomate dialog(m_scheduler, m_taskOptions, this);
+        dialog.exec();
+    } catch (const Error &error) {
+        showCritical(this, QStringLiteral("Automate Graphing"),
+                     QStringLiteral("The scheduled task could not be changed.") +
+                         QLatin1String("\n\n") + errorTail(error));
+    }
+    updateAutomate();
+    tick();
+}
+
+void frmGrapherMain::showCompactNotice()
+{
+    showInformation(this, QStringLiteral("Feature Removed"),
+                    QStringLiteral("Please use the Compact Database option from the Vantrel "
+                                   "Console Tools menu."));
+}
+
+void frmGrapherMain::closeEvent(QCloseEvent *event)
+{
+    if (m_isRunning) {
+        event->ignore();
+        if (m_closesAfterRun || !askYesNo(this, windowTitle(),
+                                          QStringLiteral("A report run is in progress.\n"
+                                                         "Cancel it and exit when it has ended?")))
+            return;
+        m_closesAfterRun = true;
+        CancelRequested = true;
+        ShowStatus(QStringLiteral("Cancel requested."));
+        return;
+    }
+    Timer1->stop();
+    saveWindowState(this);
+    CloseDatabase();
+    QMainWindow::closeEvent(event);
+}
+
+bool frmGrapherMain::askCustomRange(clsGraphDef &chart)
+{
+    return editCustomRange(chart, this);
+}
+
+void frmGrapherMain::showMessage(const QString &title, const QString &text)
+{
+    if (!m_closesAfterRun) // the user has said goodbye already
+        showInformation(this, title, text);
+}
+
+void frmGrapherMain::openInBrowser(const QString &url)
+{
+    const QString path = nativePath(url.mid(int(qstrlen("file://"))));
+    if (!QDesktopServices::openUrl(QUrl::fromLocalFile(path)))
+        ShowStatus(QLatin1String("No browser could be started. The page is: ") + path);
+}

@@ -1,0 +1,119 @@
+#pragma once
+
+#include "core/Status.h"
+#include "core/platform/TaskScheduler.h"
+#include "scheduling/ReportRunner.h"
+
+#include <QElapsedTimer>
+#include <QMainWindow>
+
+class QAction;
+class QLabel;
+class QProgressBar;
+class QPushButton;
+class QTimer;
+class ReportList;
+class ReportView;
+class StatusBox;
+
+/// The main window: the configured reports, the commands on them, the status lines and the progress
+/// of a run, and the timer of scheduled runs. Takes the status, progress and yield sinks of
+/// core/Status for as long as it lives; there is one at a time.
+///
+/// A run takes place inside one of its handlers, which yields to the message loop every few
+/// milliseconds: every other handler may be entered meanwhile. What could change definitions is
+/// disabled then, and the Run command cancels.
+class frmGrapherMain : public QMainWindow, private RunHost
+{
+    Q_OBJECT
+
+public:
+    /// `taskOptions`: what the hourly job needs behind "/AUTO" to find this program's folders.
+    frmGrapherMain(platform::TaskScheduler &scheduler, QStringList taskOptions);
+    ~frmGrapherMain() override;
+
+    /// Puts the window where it was when it last closed.
+    void restoreLayout();
+
+    /// Loads the definitions and fills the list; says which files could not be read whole.
+    void loadReports();
+
+    /// Checks "Automated Reporting" when the hourly job is registered.
+    void updateAutomate();
+
+    /// Recomputes the command states, and starts Timer1.
+    void start();
+
+public Q_SLOTS:
+    /// What Timer1 does every second.
+    void tick();
+
+protected:
+    void closeEvent(QCloseEvent *event) override;
+
+private:
+    // Construction
+    void makeActions();
+    void makeMenus();
+    QWidget *makeListPane();
+    QWidget *makeRunPane();
+    QAction *newAction(const char *name, const QString &text, void (frmGrapherMain::*handler)());
+
+    // Commands
+    void addReport();
+    void modifyReport();
+    void removeReport();
+    void runOrCancel();
+    void openPage();
+    void setOutputLocation();
+    void switchAutomation();
+    void showCompactNotice();
+
+    void updateCommands();
+    void showMenu(const QPoint &place);
+    bool editReport(const QString &reportId);
+    void run(const QStringList &reportIds);
+    bool mayRun();
+    void setRunning(bool running);
+    void runWhatIsDue();
+    void showDone(const Progress &progress);
+    void yield();
+
+    // RunHost
+    bool askCustomRange(clsGraphDef &chart) override;
+    void showMessage(const QString &title, const QString &text) override;
+    void openInBrowser(const QString &url) override;
+
+    platform::TaskScheduler &m_scheduler;
+    QStringList m_taskOptions;
+    ReportList *m_list;
+
+    ReportView *lvReports;
+    StatusBox *txtStatusInfo;
+    QPushButton *cmdReportView;
+    QPushButton *cmdReportOpen;
+    QPushButton *cmdReportModify;
+    QPushButton *cmdReportAdd;
+    QPushButton *cmdReportRemove;
+    QProgressBar *pbarCurrent;
+    QLabel *m_firstPanel; ///< of StatusBar1
+    QTimer *Timer1;
+
+    QMenu *mnuEdit;
+    QAction *mnuFileExit;
+    QAction *mnuReportAdd;
+    QAction *mnuReportModify;
+    QAction *mnuReportRemove;
+    QAction *mnuReportView;
+    QAction *mnuReportOpen;
+    QAction *mnuSetOutput;
+    QAction *mnuToolsAutomate;
+    QAction *mnuToolsCompact;
+    QAction *mnuHelp;
+
+    bool m_isRunning = false;
+    bool m_isYielding = false;
+    bool m_closesAfterRun = false;
+    QElapsedTimer m_sinceYield;
+    qint64 m_lastCheck = 0; ///< instant at which the countdown started; 0: not yet
+};

@@ -1,0 +1,31 @@
+#pragma once
+
+#include "ui/EditorDialog.h"
+
+class QLabel;
+class QLineEdit;
+
+/// The output-location dialog: the folder that reports are written to. OK makes sure that the
+/// folder is there and can be written to, and saves it in the grapher configuration.
+class frmOutputPath : public EditorDialog
+{
+    Q_OBJECT
+
+public:
+    explicit frmOutputPath(QWidget *parent = nullptr);
+
+    void accept() override;
+
+protected:
+    QString contentText() const override;
+    QString inputError(QWidget *&field) const override;
+
+private:
+    QString folder() const;
+    bool makeReady(const QString &folder);
+    void browse();
+    void showFolder();
+
+    QLineEdit *txtOutputPath;
+    QLabel *lblFolder;
+};
