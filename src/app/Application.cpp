@@ -1,6 +1,7 @@
 #include "app/Application.h"
 
 #include "app/Check.h"
+#include "app/Interactive.h"
 #include "app/Listings.h"
 #include "app/RunDisplay.h"
 #include "app/SingleInstance.h"
@@ -146,21 +147,19 @@ int startUp(const Options &options)
     }
     if (options.command == Command::Check)
         return check();
+    if (!runs && options.command == Command::None)
+        return runInteractive(options);
     loadGrapherConfig();
     LoadReportDefs();
     if (options.command == Command::List) {
         LoadScheduleDefs();
         return show(reportListText());
     }
-    if (runs)
-        checkDefinitionFiles();
+    checkDefinitionFiles();
     gStartupDone = true;
 
     if (!options.run.isEmpty())
         return runUnattended(reportIdsOf(options.run), RunChoice::All);
-    if (!gAutoMode)
-        return refuse(QStringLiteral("this program has no window; use /AUTO, --run or --list "
-                                     "(see --help)"));
     const QStringList ids = allReportIds();
     return ids.isEmpty() ? Done : runUnattended(ids, RunChoice::Due);
 }
@@ -228,6 +227,7 @@ int runApplication(const Options &options)
         if (gAutoMode)
             recordFailedStart(text);
         refuse(text);
+        showStartError(text);
     }
     shutDown(status);
     return status;

@@ -39,9 +39,9 @@ bool ranWhileStarting()
     return end > platform::ownBegin() && end <= currentInstant();
 }
 
-} // namespace
-
-bool anotherInstanceRuns(std::chrono::milliseconds patience)
+/// Takes the lock, and keeps it unless `isOther()` finds another instance all the same.
+template <typename IsOther>
+bool isAnother(IsOther isOther)
 {
     if (!instanceLock) {
         QString message; // a folder that cannot be made shows in the lock
@@ -55,7 +55,7 @@ bool anotherInstanceRuns(std::chrono::milliseconds patience)
         another = true;
         break;
     case platform::InstanceLock::Held:
-        another = ranWhileStarting() || earlierOnesStay(patience);
+        another = isOther();
         break;
     default:
         LogEvent(runEvent, EventWarning,
@@ -65,6 +65,18 @@ bool anotherInstanceRuns(std::chrono::milliseconds patience)
     if (another)
         releaseInstance();
     return another;
+}
+
+} // namespace
+
+bool anotherInstanceRuns(std::chrono::milliseconds patience)
+{
+    return isAnother([patience] { return ranWhileStarting() || earlierOnesStay(patience); });
+}
+
+bool anotherInstanceWorks()
+{
+    return isAnother([] { return earlierOnesStay(std::chrono::milliseconds(0)); });
 }
 
 void releaseInstance()

@@ -17,5 +17,9 @@
 /// may stay the same before they count as working. Not for several threads.
 bool anotherInstanceRuns(std::chrono::milliseconds patience = std::chrono::seconds(3));
 
+/// The same for a window that asks its user to wait: looks at the present alone, without patience,
+/// and does not mind that a run has ended since this process began.
+bool anotherInstanceWorks();
+
 /// Gives the lock back, for the moment in which a program ends or waits for another instance.
 void releaseInstance();

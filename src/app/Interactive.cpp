@@ -1,0 +1,104 @@
+#include "app/Interactive.h"
+
+#include "app/Application.h"
+#include "app/SingleInstance.h"
+#include "core/Error.h"
+#include "core/GrapherConfig.h"
+#include "core/State.h"
+#include "scheduling/Registration.h"
+#include "ui/MainWindow.h"
+#include "ui/Messages.h"
+
+#include <QApplication>
+#include <QMessageBox>
+
+#include <cstdio>
+#include <cstdlib>
+
+namespace {
+
+const QString toolName = QStringLiteral("Vantrel Graphing Tool");
+
+/// Qt ends the process by a crash where it finds no display.
+void endWithoutDisplay(QtMsgType type, const QMessageLogContext &, const QString &message)
+{
+    if (type != QtFatalMsg) {
+        std::fputs((message + u'\n').toLocal8Bit().constData(), stderr);
+        return;
+    }
+    refuse(QStringLiteral("there is no display for the window. Start it in a desktop session, or "
+                          "name one in the variable DISPLAY. Without a window: --auto runs the "
+                          "reports that are due, --run one of them, --help tells the rest."));
+    std::fflush(nullptr);
+    std::_Exit(WrongUse);
+}
+
+/// Ends a job that runs still though its registration is gone. One that cannot be asked for or
+/// ended is left to the question that follows.
+void endForgottenJob(platform::TaskScheduler &scheduler)
+{
+    try {
+        if (!isTaskRegistered(scheduler) && scheduler.isRunning(scheduledTaskName))
+            scheduler.endTask(scheduledTaskName);
+    } catch (const Error &) {
+    }
+}
+
+/// False for Cancel.
+bool askToRetry(QWidget *window)
+{
+    QMessageBox box(QMessageBox::Critical, toolName,
+                    QStringLiteral("Another instance of Vantrel Graphing Tool is currently "
+                                   "running.\nYou may wait for the previous instance to complete "
+                                   "processing"),
+                    QMessageBox::Retry | QMessageBox::Cancel, window);
+    box.setDefaultButton(QMessageBox::Retry);
+    return box.exec() == QMessageBox::Retry;
+}
+
+} // namespace
+
+std::unique_ptr<QCoreApplication> createWindowApplication(int &argc, char *argv[])
+{
+    const QtMessageHandler usual = qInstallMessageHandler(endWithoutDisplay);
+    auto application = std::make_unique<QApplication>(argc, argv);
+    qInstallMessageHandler(usual);
+    QGuiApplication::setDesktopFileName(QStringLiteral("vantrel-grapher"));
+    return application;
+}
+
+bool waitForOtherInstance(frmGrapherMain &window, platform::TaskScheduler &scheduler,
+                          const std::function<bool()> &anotherRuns)
+{
+    if (!anotherRuns())
+        return true;
+    window.setEnabled(false);
+    endForgottenJob(scheduler);
+    bool goesOn = true;
+    for (bool another = anotherRuns(); another && goesOn; another = anotherRuns())
+        goesOn = askToRetry(&window);
+    window.setEnabled(true);
+    return goesOn;
+}
+
+int runInteractive(const Options &options)
+{
+    const std::unique_ptr<platform::TaskScheduler> scheduler = platform::systemTaskScheduler();
+    frmGrapherMain window(*scheduler, options.folderOptions());
+    window.restoreLayout();
+    if (!waitForOtherInstance(window, *scheduler, [] { return anotherInstanceWorks(); }))
+        return OtherInstance;
+    window.updateAutomate();
+    loadGrapherConfig();
+    window.show();
+    window.loadReports();
+    gStartupDone = true;
+    window.start();
+    return QCoreApplication::exec();
+}
+
+void showStartError(const QString &why)
+{
+    if (qobject_cast<QApplication *>(QCoreApplication::instance()))
+        showCritical(nullptr, toolName, why);
+}
