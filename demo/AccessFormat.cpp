@@ -333,6 +333,7 @@ void UsageMaps::writeGlobalMap(PageFile &file)
         while (maps * pagesPerMapPage < file.pageCount() + maps)
             ++maps;
         std::vector<int> numbers;
+        numbers.reserve(static_cast<size_t>(maps));
         for (int i = 0; i < maps; ++i)
             numbers.push_back(file.allocate());
         Page full{}; // a stretch without a free page

@@ -56,14 +56,14 @@ ChartPool::~ChartPool()
         thread.join();
 }
 
-PendingOutcome ChartPool::submit(Chart chart, QString path, QString format)
+PendingOutcome ChartPool::submit(Chart chart, const QString &path, QString format)
 {
     return enqueue(path, [chart = std::move(chart), path, format = std::move(format)] {
         saveFile(path, encodeImage(drawChart(chart), format, compressionOf(chart)));
     });
 }
 
-PendingOutcome ChartPool::submitFile(QString path, QByteArray bytes)
+PendingOutcome ChartPool::submitFile(const QString &path, QByteArray bytes)
 {
     return enqueue(path, [path, bytes = std::move(bytes)] { saveFile(path, bytes); });
 }

@@ -36,9 +36,9 @@ public:
     ChartPool &operator=(const ChartPool &) = delete;
 
     /// Draws a chart into an image file of the given format (see charts/ImageFile.h).
-    PendingOutcome submit(Chart chart, QString path, QString format);
+    PendingOutcome submit(Chart chart, const QString &path, QString format);
     /// Saves bytes as they are.
-    PendingOutcome submitFile(QString path, QByteArray bytes);
+    PendingOutcome submitFile(const QString &path, QByteArray bytes);
 
     /// Waits until every job is done; false when `milliseconds` (negative: no limit) were not
     /// enough, so that a main thread can look after its events meanwhile.

@@ -49,7 +49,9 @@ public:
             for (int x = 0; x < m_bounds.width(); ++x) {
                 if (change[x] != 0) {
                     share += change[x];
-                    ink = inks[static_cast<size_t>(std::min(std::abs(share), 1.0F) * 255 + 0.5F)];
+                    // Halves go up: no share is negative.
+                    ink = inks[static_cast<size_t>( // NOLINT(bugprone-incorrect-roundings)
+                        std::min(std::abs(share), 1.0F) * 255 + 0.5F)];
                 }
                 *pixel++ = ink;
             }

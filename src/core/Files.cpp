@@ -26,8 +26,8 @@ QString temporaryName(const QString &path)
 {
     static std::atomic<unsigned> count = 0;
     for (;;) {
-        const QString name = path + u'.' + QString::number(platform::processId()) + u'-' +
-                             QString::number(count.fetch_add(1)) + QLatin1String(".tmp");
+        QString name = path + u'.' + QString::number(platform::processId()) + u'-' +
+                       QString::number(count.fetch_add(1)) + QLatin1String(".tmp");
         if (!QFileInfo::exists(name))
             return name;
     }
