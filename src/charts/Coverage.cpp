@@ -49,9 +49,8 @@ public:
             for (int x = 0; x < m_bounds.width(); ++x) {
                 if (change[x] != 0) {
                     share += change[x];
-                    // Halves go up: no share is negative.
-                    ink = inks[static_cast<size_t>( // NOLINT(bugprone-incorrect-roundings)
-                        std::min(std::abs(share), 1.0F) * 255 + 0.5F)];
+                    const float covered = std::min(std::abs(share), 1.0F) * 255; // never negative
+                    ink = inks[static_cast<size_t>(covered + 0.5F)]; // NOLINT(*-roundings)
                 }
                 *pixel++ = ink;
             }
