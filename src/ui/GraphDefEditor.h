@@ -1,7 +1,19 @@
 #pragma once
 
 #include "definitions/GraphDef.h"
+#include "ui/ChartPeriod.h"
+#include "ui/CustomRange.h"
 #include "ui/EditorDialog.h"
+
+#include <QTimer>
+
+class ChartPreview;
+class QCheckBox;
+class QComboBox;
+class QLabel;
+class QLineEdit;
+class QRadioButton;
+class QSpinBox;
 
 /// The editor of a chart definition, with a live preview drawn by the reports' own renderer.
 class frmGraphDefEditor : public EditorDialog
@@ -11,18 +23,66 @@ class frmGraphDefEditor : public EditorDialog
 public:
     explicit frmGraphDefEditor(QWidget *parent = nullptr);
 
-    /// Fills the fields; from here on changes count.
+    /// Fills the fields; from here on changes count. A chart made a moment ago, which has neither
+    /// intervals nor templates yet, gets the usual ones.
     void load(const clsGraphDef &chart);
 
     /// Copies the fields into a chart; what the editor does not show (ChartID, codes of a file that
-    /// nobody changed) stays.
+    /// nobody changed) stays. Reads the templates that were changed.
     void store(clsGraphDef &chart) const;
 
 protected:
     QString contentText() const override;
     QString inputError(QWidget *&field) const override;
-};
+    bool eventFilter(QObject *watched, QEvent *event) override;
 
-/// The custom-range dialog of a run: shows the chart's StartTime and EndTime and sets them; false
-/// when it was closed with anything but OK.
-bool editCustomRange(clsGraphDef &chart, QWidget *parent);
+private:
+    QWidget *chartBox();
+    QWidget *intervalBox();
+    QWidget *periodBox();
+    QWidget *pagesBox();
+    QWidget *previewBox();
+    void connectFields();
+
+    ChartSpan chosenSpan() const;
+    void storeFields(clsGraphDef &chart) const;
+    void storeSpan(clsGraphDef &chart) const;
+    clsGraphDef edited() const;
+    void spanChosen(bool chosen);
+    void refresh();
+    void showPreview();
+    QStringList templateWarnings() const;
+    void browse(QComboBox *field);
+
+    clsGraphDef m_loaded;
+    clsGraphDef m_shown; ///< with the period that the window tells
+    bool m_filling = false;
+    bool m_rangeEdited = false;
+    QTimer m_debounce; ///< the preview follows when typing pauses
+
+    QLineEdit *txtTitle;
+    QLineEdit *txtSampleLabel;
+    QComboBox *cmbQuality;
+    QComboBox *cmbFrequency;
+    QSpinBox *txtMinuteInterval;
+    QLabel *lblMinuteInterval;
+    QRadioButton *optLastIntervals;
+    QSpinBox *txtIntervalCount;
+    QLabel *lblIntervalCount;
+    QRadioButton *optFixedPeriod;
+    QComboBox *cmbDuration;
+    QRadioButton *optCustomRange;
+    RangeEdit *m_range;
+    QComboBox *cmbStateTemplate;
+    QComboBox *cmbCountTemplate;
+    QCheckBox *chkDetails;
+    QSpinBox *txtDetailCount;
+    QLabel *lblDetailCount;
+    QRadioButton *optPreviewState;
+    QRadioButton *optPreviewCounter;
+    ChartPreview *m_preview;
+    QLabel *lblPreview;
+    QLabel *lblPeriod;
+    QLabel *lblWarningIcon;
+    QLabel *lblWarnings;
+};

@@ -3,6 +3,16 @@
 #include "definitions/ScheduleDef.h"
 #include "ui/EditorDialog.h"
 
+#include <array>
+
+class CheckListCombo;
+class QButtonGroup;
+class QCheckBox;
+class QLabel;
+class QLineEdit;
+class QPushButton;
+class QSpinBox;
+
 /// The editor of a schedule definition, with the next five runs as they follow from each click.
 class frmScheduleDefEditor : public EditorDialog
 {
@@ -11,13 +21,59 @@ class frmScheduleDefEditor : public EditorDialog
 public:
     explicit frmScheduleDefEditor(QWidget *parent = nullptr);
 
-    /// Fills the fields; from here on changes count.
+    /// Fills the fields; from here on changes count. An entry of a list checks what it stands for
+    /// in the search for the next run; "ALL" and "None" start unchecked.
     void load(const clsScheduleDef &schedule);
 
-    /// Copies the fields into a schedule; what the editor does not show stays.
+    /// Copies the fields into a schedule; what the editor does not show stays, as does the text of
+    /// a list in which the same entries are checked as at first.
     void store(clsScheduleDef &schedule) const;
 
 protected:
     QString contentText() const override;
     QString inputError(QWidget *&field) const override;
+
+private:
+    enum Option { OptDaily, OptWeekly, OptMonthly, OptYearly, OptNotScheduled };
+    static constexpr int noOption = -1;
+
+    /// A list of a schedule beside the box that shows it.
+    struct List
+    {
+        CheckListCombo *box;
+        QString clsScheduleDef::*text;
+        bool twoDigits;      ///< how its numbers are written
+        QStringList checked; ///< when the schedule was loaded
+    };
+
+    void InitializeSelectionCombos();
+    QWidget *intervalBox();
+    QWidget *listsBox();
+    QWidget *runsBox();
+    void setControlStates();
+    void showNextRuns();
+    void autoSet();
+    void applyPreset(int option);
+
+    clsScheduleDef m_loaded;
+    QLineEdit *txtScheduleName;
+    QButtonGroup *optSchedInterval;
+    CheckListCombo *sscomboHours;
+    CheckListCombo *sscomboWeekDays;
+    CheckListCombo *sscomboMonthDay;
+    CheckListCombo *sscomboMonths;
+    QLabel *lblHours;
+    QLabel *lblDays;
+    QLabel *lblMonthDays;
+    QLabel *lblMonths;
+    QCheckBox *chkReschedule;
+    QSpinBox *txtRescheduleTime;
+    QLabel *lblReschedule;
+    QPushButton *cmdAutoSet;
+    QLabel *lblNextRuns;
+    QLabel *lblHint;
+    std::array<List, 4> m_lists;
 };
+
+/// Why a schedule has no next run, in words for the user; empty when it has one.
+QString whyItNeverRuns(const clsScheduleDef &schedule, const QDateTime &from);

@@ -1,0 +1,182 @@
+#include "ui/CustomRange.h"
+
+#include "core/Clock.h"
+#include "ui/ChartPeriod.h"
+
+#include <QDateTimeEdit>
+#include <QGridLayout>
+#include <QLabel>
+#include <QMenu>
+#include <QPushButton>
+#include <QSignalBlocker>
+#include <QVBoxLayout>
+
+namespace {
+
+const QTime lastSecond(23, 59, 59);
+
+DateRange wholeDays(const QDate &first, const QDate &last)
+{
+    return {wallDateTime(first), wallDateTime(last, lastSecond)};
+}
+
+QDateTimeEdit *newField(const QString &name, const QString &toolTip)
+{
+    auto *field = new QDateTimeEdit;
+    field->setObjectName(name);
+    field->setTimeSpec(Qt::UTC); // wall times: every hour of the day exists
+    field->setDisplayFormat(QStringLiteral("yyyy-MM-dd HH:mm"));
+    field->setCalendarPopup(true);
+    field->setToolTip(toolTip);
+    return field;
+}
+
+/// A moment that the field can show: the first one it can for one before the calendar's begin.
+QDateTime shown(const QDateTimeEdit *field, const QDateTime &moment)
+{
+    const QDateTime valid = moment.isValid() ? moment : zeroDate();
+    return std::clamp(valid, field->minimumDateTime(), field->maximumDateTime());
+}
+
+} // namespace
+
+DateRange presetRange(RangePreset preset, const QDate &today)
+{
+    const QDate month(today.year(), today.month(), 1);
+    switch (preset) {
+    case LastSevenDays:
+        return wholeDays(today.addDays(-7), today.addDays(-1));
+    case WholeLastMonth:
+        return wholeDays(month.addMonths(-1), month.addDays(-1));
+    case WholeLastQuarter: {
+        const QDate quarter = month.addMonths(-((today.month() - 1) % 3));
+        return wholeDays(quarter.addMonths(-3), quarter.addDays(-1));
+    }
+    case WholeThisYear:
+        break;
+    }
+    return wholeDays(QDate(today.year(), 1, 1), QDate(today.year(), 12, 31));
+}
+
+RangeEdit::RangeEdit(QWidget *parent)
+    : QWidget(parent)
+    , txtStart(newField(QStringLiteral("txtStart"), QStringLiteral("First minute of the range")))
+    , txtEnd(newField(QStringLiteral("txtEnd"), QStringLiteral("Last minute of the range")))
+{
+    auto *from = new QLabel(QStringLiteral("&From"));
+    from->setBuddy(txtStart);
+    auto *to = new QLabel(QStringLiteral("&To"));
+    to->setBuddy(txtEnd);
+    auto *presets = new QPushButton(QStringLiteral("&Presets"));
+    presets->setObjectName(QStringLiteral("cmdPresets"));
+    presets->setAutoDefault(false);
+    auto *menu = new QMenu(presets);
+    addPreset(menu, QStringLiteral("Last &7 days"), LastSevenDays);
+    addPreset(menu, QStringLiteral("Last &month"), WholeLastMonth);
+    addPreset(menu, QStringLiteral("Last &quarter"), WholeLastQuarter);
+    addPreset(menu, QStringLiteral("This &year"), WholeThisYear);
+    presets->setMenu(menu);
+
+    auto *layout = new QGridLayout(this);
+    layout->setContentsMargins(0, 0, 0, 0);
+    layout->addWidget(from, 0, 0);
+    layout->addWidget(txtStart, 0, 1);
+    layout->addWidget(to, 1, 0);
+    layout->addWidget(txtEnd, 1, 1);
+    layout->addWidget(presets, 1, 2);
+    layout->setColumnStretch(3, 1);
+    setFocusProxy(txtStart);
+
+    connect(txtStart, &QDateTimeEdit::dateTimeChanged, this, [this](const QDateTime &moment) {
+        m_start = wallDateTime(moment.date(), QTime(moment.time().hour(), moment.time().minute()));
+        Q_EMIT edited();
+    });
+    connect(txtEnd, &QDateTimeEdit::dateTimeChanged, this, [this](const QDateTime &moment) {
+        m_end =
+            wallDateTime(moment.date(), QTime(moment.time().hour(), moment.time().minute(), 59));
+        Q_EMIT edited();
+    });
+}
+
+void RangeEdit::addPreset(QMenu *menu, const QString &text, int preset)
+{
+    menu->addAction(text, this, [this, preset] {
+        const DateRange range = presetRange(static_cast<RangePreset>(preset), now().date());
+        setRange(range.start, range.end);
+        Q_EMIT edited();
+    });
+}
+
+void RangeEdit::setRange(const QDateTime &start, const QDateTime &end)
+{
+    m_start = start;
+    m_end = end;
+    const QSignalBlocker quietStart(txtStart);
+    const QSignalBlocker quietEnd(txtEnd);
+    txtStart->setDateTime(shown(txtStart, start));
+    txtEnd->setDateTime(shown(txtEnd, end));
+}
+
+frmCustomRange::frmCustomRange(const clsGraphDef &chart, QWidget *parent)
+    : EditorDialog(QStringLiteral("frmCustomRange"), QStringLiteral("chart-editor.html"), parent)
+    , m_chart(chart)
+    , m_range(new RangeEdit)
+    , lblPeriod(new QLabel)
+{
+    setWindowTitle(QStringLiteral("Custom Range"));
+    auto *title =
+        new QLabel(QStringLiteral("Period of the charts \u201c%1\u201d").arg(chart.ChartTitle));
+    title->setTextFormat(Qt::PlainText);
+    title->setWordWrap(true);
+    lblPeriod->setObjectName(QStringLiteral("lblPeriod"));
+    lblPeriod->setTextFormat(Qt::PlainText);
+    lblPeriod->setWordWrap(true);
+    lblPeriod->setMinimumHeight(lblPeriod->fontMetrics().lineSpacing() * 3);
+    lblPeriod->setAlignment(Qt::AlignTop);
+    auto *layout = new QVBoxLayout(content());
+    layout->setContentsMargins(0, 0, 0, 0);
+    layout->addWidget(title);
+    layout->addWidget(m_range);
+    layout->addWidget(lblPeriod);
+    layout->addStretch(1);
+
+    const DateRange usual = presetRange(LastSevenDays, now().date());
+    const bool isRange = chart.StartTime < chart.EndTime;
+    m_range->setRange(isRange ? chart.StartTime : usual.start, isRange ? chart.EndTime : usual.end);
+    connect(m_range, &RangeEdit::edited, this, &frmCustomRange::showLength);
+    showLength();
+    m_range->setFocus();
+    markUnchanged();
+}
+
+void frmCustomRange::showLength()
+{
+    m_chart.StartTime = start();
+    m_chart.EndTime = end();
+    const QStringList warnings = periodWarnings(m_chart);
+    lblPeriod->setText(warnings.isEmpty() ? periodInWords(m_chart) : warnings.join(u'\n'));
+}
+
+QString frmCustomRange::contentText() const
+{
+    return DateToXML(start()) + DateToXML(end());
+}
+
+QString frmCustomRange::inputError(QWidget *&field) const
+{
+    if (end() > start())
+        return {};
+    field = m_range;
+    return QStringLiteral("The range ends before it starts. Please enter a later end.");
+}
+
+bool editCustomRange(clsGraphDef &chart, QWidget *parent)
+{
+    frmCustomRange dialog(chart, parent);
+    dialog.exec();
+    if (dialog.tag() != u"SAVE")
+        return false;
+    chart.StartTime = dialog.start();
+    chart.EndTime = dialog.end();
+    return true;
+}

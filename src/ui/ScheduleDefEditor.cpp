@@ -1,0 +1,411 @@
+#include "ui/ScheduleDefEditor.h"
+
+#include "core/Clock.h"
+#include "ui/CheckListCombo.h"
+#include "ui/Messages.h"
+
+#include <QButtonGroup>
+#include <QCheckBox>
+#include <QFormLayout>
+#include <QGroupBox>
+#include <QLabel>
+#include <QLineEdit>
+#include <QLocale>
+#include <QPushButton>
+#include <QRadioButton>
+#include <QSpinBox>
+#include <QVBoxLayout>
+
+#include <limits>
+
+namespace {
+
+constexpr int runsShown = 5;
+constexpr int lastDay = 32; ///< "Last", a day that never comes
+
+QString keyOf(int number, bool twoDigits)
+{
+    return u'k' + QString::number(number).rightJustified(twoDigits ? 2 : 1, u'0');
+}
+
+QString weekDayName(int day)
+{
+    return QLocale().standaloneDayName(day == 1 ? 7 : day - 1, QLocale::LongFormat);
+}
+
+QString monthName(int month)
+{
+    return QLocale().standaloneMonthName(month, QLocale::LongFormat);
+}
+
+/// Whether a list names the number of a key, as the search for the next run reads it: a list of two
+/// digits takes a plain number too.
+bool listNames(const QString &list, QStringView number)
+{
+    const QString framed = u',' + list.trimmed() + u',';
+    if (framed.contains(u',' + number.toString() + u','))
+        return true;
+    return number.size() == 2 && number.front() == u'0' &&
+           framed.contains(u',' + number.mid(1).toString() + u',');
+}
+
+bool listNamesAny(const QString &list, int first, int last)
+{
+    for (int number = first; number <= last; ++number) {
+        if (listNames(list, keyOf(number, true).mid(1)))
+            return true;
+    }
+    return false;
+}
+
+bool namesLastDay(const clsScheduleDef &schedule)
+{
+    return listNames(schedule.MonthDayList, QString::number(lastDay));
+}
+
+QString runText(const QDateTime &run)
+{
+    return QLocale().toString(run, QStringLiteral("dddd yyyy-MM-dd HH:mm"));
+}
+
+/// The option that stands for a code; -1 for none.
+int optionOf(qint32 schedInterval)
+{
+    switch (schedInterval) {
+    case DailyOld:
+    case Daily:
+        return 0;
+    case Weekly:
+        return 1;
+    case Monthly:
+        return 2;
+    case Yearly:
+        return 3;
+    case NotScheduled:
+        return 4;
+    default:
+        return -1;
+    }
+}
+
+constexpr std::array optionCodes{Daily, Weekly, Monthly, Yearly, NotScheduled};
+
+QString presetQuestion(int option)
+{
+    switch (option) {
+    case 0:
+        return QStringLiteral("Set schedule to every day at 00:00");
+    case 1:
+        return QStringLiteral("Set schedule to every Sunday at 00:00");
+    case 2:
+        return QStringLiteral("Set schedule to 1st of every month at 00:00");
+    default:
+        return QStringLiteral("Set schedule to every %1 1st at 00:00").arg(monthName(1));
+    }
+}
+
+} // namespace
+
+QString whyItNeverRuns(const clsScheduleDef &schedule, const QDateTime &from)
+{
+    if (schedule.SchedInterval == NotScheduled)
+        return QStringLiteral("Not scheduled: reports run only when you run them.");
+    if (!nextRuns(schedule, from, 1).empty())
+        return {};
+    if (!listNamesAny(schedule.HourList, 0, 23))
+        return QStringLiteral("This schedule never runs: no hour is checked.");
+    if (!listNamesAny(schedule.MonthList, 1, 12))
+        return QStringLiteral("This schedule never runs: no month is checked.");
+    if (schedule.SchedInterval == Weekly)
+        return QStringLiteral("This schedule never runs: no day of the week is checked.");
+    if (listNamesAny(schedule.MonthDayList, 1, lastDay - 1))
+        return QStringLiteral("No run within a year: none of the checked days comes in the "
+                              "checked months.");
+    if (namesLastDay(schedule))
+        return QStringLiteral("This schedule never runs: \u201cLast\u201d is the only day checked, "
+                              "and it never comes. Check day 1 instead, with a chart of the last "
+                              "month.");
+    return QStringLiteral("This schedule never runs: no day of the month is checked.");
+}
+
+frmScheduleDefEditor::frmScheduleDefEditor(QWidget *parent)
+    : EditorDialog(QStringLiteral("frmScheduleDefEditor"), QStringLiteral("schedule-editor.html"),
+                   parent)
+    , txtScheduleName(new QLineEdit)
+    , optSchedInterval(new QButtonGroup(this))
+    , sscomboHours(new CheckListCombo(QStringLiteral("sscomboHours")))
+    , sscomboWeekDays(new CheckListCombo(QStringLiteral("sscomboWeekDays")))
+    , sscomboMonthDay(new CheckListCombo(QStringLiteral("sscomboMonthDay")))
+    , sscomboMonths(new CheckListCombo(QStringLiteral("sscomboMonths")))
+    , m_lists{List{sscomboHours, &clsScheduleDef::HourList, true, {}},
+              List{sscomboWeekDays, &clsScheduleDef::WeekDayList, false, {}},
+              List{sscomboMonthDay, &clsScheduleDef::MonthDayList, true, {}},
+              List{sscomboMonths, &clsScheduleDef::MonthList, true, {}}}
+{
+    setWindowTitle(QStringLiteral("Add/Edit Schedule Definition " VANTREL_VERSION));
+    InitializeSelectionCombos();
+    txtScheduleName->setObjectName(QStringLiteral("txtScheduleName"));
+    auto *name = new QFormLayout;
+    name->addRow(QStringLiteral("&Name"), txtScheduleName);
+    auto *layout = new QVBoxLayout(content());
+    layout->setContentsMargins(0, 0, 0, 0);
+    layout->addLayout(name);
+    layout->addWidget(intervalBox());
+    layout->addWidget(listsBox());
+    layout->addWidget(runsBox());
+    layout->addStretch(1);
+
+    connect(optSchedInterval, &QButtonGroup::idToggled, this, [this] {
+        setControlStates();
+        showNextRuns();
+    });
+    for (const List &list : m_lists)
+        connect(list.box, &CheckListCombo::checksChanged, this,
+                &frmScheduleDefEditor::showNextRuns);
+    connect(chkReschedule, &QCheckBox::toggled, this, &frmScheduleDefEditor::setControlStates);
+    connect(cmdAutoSet, &QPushButton::clicked, this, &frmScheduleDefEditor::autoSet);
+    load(clsScheduleDef());
+}
+
+void frmScheduleDefEditor::InitializeSelectionCombos()
+{
+    for (int hour = 0; hour < 24; ++hour)
+        sscomboHours->addEntry(keyOf(hour, true), keyOf(hour, true).mid(1) + QLatin1String(":00"));
+    for (int day = 1; day <= 7; ++day)
+        sscomboWeekDays->addEntry(keyOf(day, false), weekDayName(day));
+    for (int month = 1; month <= 12; ++month)
+        sscomboMonths->addEntry(keyOf(month, true), monthName(month));
+    for (int day = 1; day < lastDay; ++day)
+        sscomboMonthDay->addEntry(keyOf(day, true), QString::number(day));
+    sscomboMonthDay->addEntry(
+        keyOf(lastDay, true), QStringLiteral("Last"),
+        QStringLiteral("Kept for older files: this day never comes, so nothing runs on it. For the "
+                       "end of a month check day 1, with a chart of the last month."));
+}
+
+QWidget *frmScheduleDefEditor::intervalBox()
+{
+    auto *box = new QGroupBox(QStringLiteral("Runs"));
+    auto *layout = new QHBoxLayout(box);
+    const QStringList texts{QStringLiteral("&Daily"), QStringLiteral("&Weekly"),
+                            QStringLiteral("&Monthly"), QStringLiteral("&Yearly"),
+                            QStringLiteral("No&t scheduled")};
+    for (int option = OptDaily; option <= OptNotScheduled; ++option) {
+        auto *button = new QRadioButton(texts[option]);
+        button->setObjectName(QStringLiteral("optSchedInterval%1").arg(option));
+        optSchedInterval->addButton(button, option);
+        layout->addWidget(button);
+    }
+    layout->addStretch(1);
+    return box;
+}
+
+QWidget *frmScheduleDefEditor::listsBox()
+{
+    auto *box = new QGroupBox(QStringLiteral("On"));
+    auto *form = new QFormLayout(box);
+    form->setFieldGrowthPolicy(QFormLayout::AllNonFixedFieldsGrow);
+    const auto addRow = [form](const QString &name, const QString &text, QWidget *field) {
+        auto *label = new QLabel(text);
+        label->setObjectName(name);
+        label->setBuddy(field);
+        form->addRow(label, field);
+        return label;
+    };
+    lblHours = addRow(QStringLiteral("lblHours"), QStringLiteral("&Hours"), sscomboHours);
+    lblDays =
+        addRow(QStringLiteral("lblDays"), QStringLiteral("Days of the w&eek"), sscomboWeekDays);
+    lblMonthDays = addRow(QStringLiteral("lblMonthDays"), QStringLiteral("Da&ys of the month"),
+                          sscomboMonthDay);
+    lblMonths = addRow(QStringLiteral("lblMonths"), QStringLiteral("M&onths"), sscomboMonths);
+
+    cmdAutoSet = new QPushButton(QStringLiteral("&Auto Set..."));
+    cmdAutoSet->setObjectName(QStringLiteral("cmdAutoSet"));
+    cmdAutoSet->setAutoDefault(false);
+    cmdAutoSet->setToolTip(QStringLiteral("Check the usual hours, days and months"));
+    auto *presets = new QHBoxLayout;
+    presets->addWidget(cmdAutoSet);
+    presets->addStretch(1);
+    form->addRow(QString(), presets);
+
+    chkReschedule =
+        new QCheckBox(QStringLiteral("&Reschedule: pass over runs missed by more than"));
+    chkReschedule->setObjectName(QStringLiteral("chkReschedule"));
+    chkReschedule->setToolTip(
+        QStringLiteral("Unchecked, a missed run is made up for, however late it is"));
+    txtRescheduleTime = new QSpinBox;
+    txtRescheduleTime->setObjectName(QStringLiteral("txtRescheduleTime"));
+    lblReschedule = new QLabel(QStringLiteral("m&inutes"));
+    lblReschedule->setObjectName(QStringLiteral("lblReschedule"));
+    lblReschedule->setBuddy(txtRescheduleTime);
+    auto *missed = new QHBoxLayout;
+    missed->addWidget(chkReschedule);
+    missed->addWidget(txtRescheduleTime);
+    missed->addWidget(lblReschedule);
+    missed->addStretch(1);
+    form->addRow(missed);
+    return box;
+}
+
+QWidget *frmScheduleDefEditor::runsBox()
+{
+    auto *box = new QGroupBox(QStringLiteral("Next five runs"));
+    auto *layout = new QVBoxLayout(box);
+    lblNextRuns = new QLabel;
+    lblNextRuns->setObjectName(QStringLiteral("lblNextRuns"));
+    lblHint = new QLabel;
+    lblHint->setObjectName(QStringLiteral("lblHint"));
+    for (QLabel *label : {lblNextRuns, lblHint}) {
+        label->setWordWrap(true);
+        label->setTextFormat(Qt::PlainText);
+        label->setTextInteractionFlags(Qt::TextSelectableByMouse);
+        label->setAlignment(Qt::AlignTop);
+        layout->addWidget(label);
+    }
+    // The window keeps its size, whatever is checked.
+    lblNextRuns->setMinimumHeight(lblNextRuns->fontMetrics().lineSpacing() * runsShown);
+    lblHint->setMinimumHeight(lblHint->fontMetrics().lineSpacing() * 2);
+    return box;
+}
+
+void frmScheduleDefEditor::load(const clsScheduleDef &schedule)
+{
+    m_loaded = schedule;
+    txtScheduleName->setText(schedule.ScheduleName);
+    for (List &list : m_lists) {
+        QStringList keys = list.box->regularKeys();
+        keys.removeIf([&](const QString &key) {
+            return !listNames(schedule.*list.text, QStringView(key).mid(1));
+        });
+        list.checked = keys;
+        list.box->setCheckedKeys(keys);
+    }
+    chkReschedule->setChecked(schedule.Reschedule);
+    txtRescheduleTime->setRange(
+        std::clamp<int>(schedule.RescheduleTime, std::numeric_limits<qint16>::min(), 0),
+        std::numeric_limits<qint16>::max());
+    txtRescheduleTime->setValue(schedule.RescheduleTime);
+
+    optSchedInterval->setExclusive(false); // so that none can be selected
+    for (QAbstractButton *button : optSchedInterval->buttons())
+        button->setChecked(optSchedInterval->id(button) == optionOf(schedule.SchedInterval));
+    optSchedInterval->setExclusive(true);
+    setControlStates();
+    showNextRuns();
+    markUnchanged();
+}
+
+void frmScheduleDefEditor::store(clsScheduleDef &schedule) const
+{
+    schedule.ScheduleName = txtScheduleName->text().trimmed();
+    if (const int option = optSchedInterval->checkedId(); option != noOption)
+        schedule.SchedInterval = optionCodes[static_cast<size_t>(option)];
+    for (const List &list : m_lists) {
+        QStringList keys = list.box->checkedKeys();
+        if (keys == list.checked) {
+            schedule.*list.text = m_loaded.*list.text;
+            continue;
+        }
+        for (QString &key : keys)
+            key.remove(0, 1);
+        schedule.*list.text = keys.join(u',');
+    }
+    schedule.Reschedule = chkReschedule->isChecked();
+    schedule.RescheduleTime = txtRescheduleTime->value();
+}
+
+QString frmScheduleDefEditor::contentText() const
+{
+    clsScheduleDef schedule = m_loaded;
+    store(schedule);
+    return schedule.XMLConfig();
+}
+
+QString frmScheduleDefEditor::inputError(QWidget *&field) const
+{
+    if (!txtScheduleName->text().trimmed().isEmpty())
+        return {};
+    field = txtScheduleName;
+    return QStringLiteral("Please give the schedule a name.");
+}
+
+void frmScheduleDefEditor::setControlStates()
+{
+    const int option = optSchedInterval->checkedId();
+    const bool scheduled = option != OptNotScheduled;
+    sscomboWeekDays->setEnabled(option == OptWeekly);
+    for (QWidget *control : std::initializer_list<QWidget *>{
+             lblDays, lblMonthDays, lblHours, lblMonths, lblReschedule, chkReschedule, cmdAutoSet})
+        control->setEnabled(scheduled);
+    txtRescheduleTime->setEnabled(scheduled && chkReschedule->isChecked());
+}
+
+void frmScheduleDefEditor::showNextRuns()
+{
+    clsScheduleDef schedule = m_loaded;
+    store(schedule);
+    const QDateTime from = now();
+    QStringList lines;
+    for (const QDateTime &run : nextRuns(schedule, from, runsShown))
+        lines.append(runText(run));
+    lblNextRuns->setText(lines.isEmpty() ? whyItNeverRuns(schedule, from) : lines.join(u'\n'));
+
+    QStringList hints;
+    if (!lines.isEmpty() && schedule.SchedInterval != Weekly && namesLastDay(schedule))
+        hints.append(QStringLiteral("\u201cLast\u201d is checked, but that day never comes."));
+    if (optSchedInterval->checkedId() == noOption)
+        hints.append(
+            QStringLiteral("The file holds a kind of schedule that is not known (code %1); "
+                           "it runs by the days of the month.")
+                .arg(m_loaded.SchedInterval));
+    for (const List &list : m_lists) {
+        if (list.box->isEnabled() && list.box->isChecked(CheckListCombo::noneKey))
+            hints.append(QStringLiteral("\u201cNone\u201d is checked in a list: uncheck it to "
+                                        "choose entries there."));
+    }
+    hints.removeDuplicates();
+    lblHint->setText(hints.join(u'\n'));
+}
+
+void frmScheduleDefEditor::autoSet()
+{
+    const int option = optSchedInterval->checkedId();
+    if (option == noOption) {
+        showInformation(this, QStringLiteral("Auto Set Frequency"),
+                        QStringLiteral("Please choose first whether the schedule runs daily, "
+                                       "weekly, monthly or yearly."));
+        return;
+    }
+    if (askYesNo(this, QStringLiteral("Auto Set Frequency"),
+                 presetQuestion(option) + QLatin1String("\nAuto configure the scheduled dates?")))
+        applyPreset(option);
+}
+
+void frmScheduleDefEditor::applyPreset(int option)
+{
+    const auto checkAll = [](CheckListCombo *box) {
+        box->setCheckedKeys(QStringList(CheckListCombo::allKey) + box->regularKeys());
+    };
+    for (const List &list : m_lists)
+        list.box->setCheckedKeys({});
+    sscomboHours->setCheckedKeys({QStringLiteral("k00")});
+    switch (option) {
+    case OptDaily:
+        checkAll(sscomboWeekDays);
+        checkAll(sscomboMonthDay);
+        checkAll(sscomboMonths);
+        break;
+    case OptWeekly:
+        sscomboWeekDays->setCheckedKeys({QStringLiteral("k1")});
+        checkAll(sscomboMonthDay);
+        checkAll(sscomboMonths);
+        break;
+    case OptMonthly:
+        sscomboMonthDay->setCheckedKeys({QStringLiteral("k01")});
+        checkAll(sscomboMonths);
+        break;
+    default:
+        sscomboMonths->setCheckedKeys({QStringLiteral("k01")});
+        sscomboMonthDay->setCheckedKeys({QStringLiteral("k01")});
+    }
+}
