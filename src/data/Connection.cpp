@@ -34,15 +34,6 @@ QString connectionText()
            QLatin1Char('\'');
 }
 
-/// The place where kinds of connection are told apart.
-std::unique_ptr<Connection> makeConnection()
-{
-    if (usesConnectionText())
-        return std::make_unique<OdbcConnection>(gSQLConnect, gConnectionTimeout, gCommandTimeout,
-                                                gUseClientCursor);
-    return std::make_unique<AccessConnection>(nativePath(accessPath()));
-}
-
 } // namespace
 
 void Connection::expectSamples(const SampleScope &) {}
@@ -67,13 +58,26 @@ DatabaseRun::~DatabaseRun()
         gConnection->releaseSamples();
 }
 
+/// The place where kinds of connection are told apart.
+std::function<std::unique_ptr<Connection>()> connectionOpener()
+{
+    if (!usesConnectionText())
+        return
+            [path = nativePath(accessPath())] { return std::make_unique<AccessConnection>(path); };
+    return [text = gSQLConnect, connectionTimeout = gConnectionTimeout,
+            commandTimeout = gCommandTimeout, fetchesWhole = gUseClientCursor] {
+        return std::make_unique<OdbcConnection>(text, connectionTimeout, commandTimeout,
+                                                fetchesWhole);
+    };
+}
+
 bool OpenDatabase(QString &message)
 {
     ShowStatus(QStringLiteral("Opening database connection."));
     try {
         if (!gConnection || !gConnection->isOpen()) {
             CloseDatabase();
-            gConnection = makeConnection();
+            gConnection = connectionOpener()();
         } else if (openRuns == 0) {
             gConnection->refresh();
         }

@@ -4,6 +4,7 @@
 
 #include <QSet>
 
+#include <functional>
 #include <memory>
 
 /// What the sample queries of a run can ask for, so that an Access file is read only once and no
@@ -15,7 +16,8 @@ struct SampleScope
     qint64 to = 0;
 };
 
-/// An open monitoring database, read-only. Main thread only.
+/// An open monitoring database, read-only. Used on one thread only, with its recordsets;
+/// gConnection on the main thread.
 class Connection
 {
 public:
@@ -62,6 +64,10 @@ public:
 /// `message` then holds "Error opening database '<connection text>' [number] description", which
 /// also goes to the status line and to the event log.
 bool OpenDatabase(QString &message);
+
+/// Opens a further connection to the database of the present settings, for work beside the main
+/// thread. Ask for it on the main thread; it can be called on any, and throws Error.
+std::function<std::unique_ptr<Connection>()> connectionOpener();
 
 /// Closes it; what the connection kept in memory is released. Errors are ignored.
 void CloseDatabase();

@@ -9,7 +9,7 @@
 #include <vector>
 
 /// The rows of one query, read once from first to last. Columns are found once by name, values are
-/// read by column number without allocation (texts excepted). Main thread only.
+/// read by column number without allocation (texts excepted). Used on one thread only.
 ///
 /// Dates are instants: milliseconds since 1970-01-01 UTC of the date-time as stored, rounded to
 /// the millisecond. NULL reads as 0, an empty text or an invalid QVariant; isNull tells it apart.

@@ -1,7 +1,15 @@
 #pragma once
 
+#include "definitions/GraphDef.h"
 #include "definitions/ReportDef.h"
 #include "ui/EditorDialog.h"
+
+class DevicePicker;
+class QComboBox;
+class QLabel;
+class QLineEdit;
+class QPushButton;
+class SchedulePicker;
 
 /// The editor of a report definition: its title, chart, devices and data items, and schedules.
 /// Charts and schedules added or changed from it go to gChartDefs and gScheduleDefs and are saved
@@ -20,7 +28,30 @@ public:
     /// Copies the fields into a report; ReportID and the last runs of schedules that stay are kept.
     void store(clsReportDef &report) const;
 
+    /// A report of nothing is saved only after a question: its runs fail.
+    void accept() override;
+
 protected:
     QString contentText() const override;
     QString inputError(QWidget *&field) const override;
+
+private:
+    QWidget *makeHead();
+    QWidget *makeDevices();
+    QWidget *makeSchedules();
+    QWidget *makeOutput();
+    void fillCharts(const QString &chartId);
+    void addChart();
+    void changeChart();
+    void editChart(const clsGraphDef &chart);
+    void browseTemplate();
+
+    QLineEdit *txtTitle;
+    QComboBox *cboChart;
+    QPushButton *cmdChartModify;
+    DevicePicker *m_devices;
+    SchedulePicker *m_schedules;
+    QLineEdit *txtOutputFile;
+    QLineEdit *txtOutputTemplate;
+    QLabel *lblOutputFolder;
 };

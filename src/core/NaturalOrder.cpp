@@ -1,0 +1,52 @@
+#include "core/NaturalOrder.h"
+
+#include <algorithm>
+
+namespace {
+
+constexpr qsizetype longestNumber = 0x2000; ///< digits; longer ones are cut into several numbers
+
+bool isAscii(const QString &text)
+{
+    return std::all_of(text.begin(), text.end(), [](QChar c) { return c.unicode() < 0x80; });
+}
+
+} // namespace
+
+QString foldedText(const QString &text)
+{
+    if (isAscii(text))
+        return text.toLower();
+    QString folded = text.toCaseFolded().normalized(QString::NormalizationForm_KD);
+    folded.removeIf([](QChar c) { return c.category() == QChar::Mark_NonSpacing; });
+    return folded;
+}
+
+QString naturalKey(const QString &text)
+{
+    const QString folded = foldedText(text);
+    const auto isDigit = [](QChar c) { return c >= u'0' && c <= u'9'; };
+    QString key;
+    key.reserve(folded.size() + 4);
+    for (qsizetype i = 0; i < folded.size();) {
+        if (!isDigit(folded[i])) {
+            key += folded[i++];
+            continue;
+        }
+        while (i + 1 < folded.size() && folded[i] == u'0' && isDigit(folded[i + 1]))
+            ++i;
+        qsizetype end = i;
+        while (end < folded.size() && end - i < longestNumber && isDigit(folded[end]))
+            ++end;
+        // Its length before its digits: a longer number is a greater one. The length begins where
+        // the digits do in the alphabet, so that numbers keep their place among other characters.
+        const qsizetype length = end - i;
+        if (length < 9)
+            key += QChar(static_cast<char16_t>(u'0' + length));
+        else
+            key += QLatin1Char('9') + QChar(static_cast<char16_t>(length));
+        key += QStringView(folded).mid(i, length);
+        i = end;
+    }
+    return key;
+}

@@ -1,0 +1,46 @@
+#pragma once
+
+#include "definitions/ReportDef.h"
+
+#include <QWidget>
+
+class QListWidget;
+class QListWidgetItem;
+class QPushButton;
+class clsScheduleDef;
+
+/// Chooses the schedules of a report from gScheduleDefs, with the next five runs of all chosen ones
+/// together. Schedules can be added and changed; they are saved at once.
+///
+/// A schedule that is chosen but no longer defined stays in the list, marked.
+class SchedulePicker : public QWidget
+{
+    Q_OBJECT
+
+public:
+    explicit SchedulePicker(QWidget *parent = nullptr);
+
+    void setSelection(const Collection<clsReportSchedule> &schedules);
+
+    /// The chosen schedules. One of setSelection keeps its LastRunDate; a newly chosen one gets the
+    /// present time: counted from no run at all it would be overdue by a century and run at the
+    /// next check, whatever its hours say.
+    Collection<clsReportSchedule> selection() const;
+
+    /// The ids of the chosen schedules in one text, in no order.
+    QString selectionText() const;
+
+private:
+    void fill(const QStringList &checked);
+    void addRow(const QString &id, const QString &name, bool checked);
+    QStringList checkedIds() const;
+    void add();
+    void change();
+    void edit(const clsScheduleDef &schedule);
+    void showRuns();
+
+    Collection<clsReportSchedule> m_former;
+    QListWidget *lvSchedules;
+    QPushButton *cmdScheduleModify;
+    QListWidget *lvNextRuns;
+};
