@@ -27,6 +27,11 @@ std::optional<Command> commandOf(const QString &name)
     return std::nullopt;
 }
 
+QString absoluteFolder(const QString &folder)
+{
+    return QDir::toNativeSeparators(QDir().absoluteFilePath(folder));
+}
+
 /// Takes one long option; false when there is none of that name.
 bool take(Options &options, QStringList &rest, const QString &name, const QString &value)
 {
@@ -38,9 +43,9 @@ bool take(Options &options, QStringList &rest, const QString &name, const QStrin
     } else if (name == u"--auto") {
         rest.append(QStringLiteral("/AUTO"));
     } else if (name == u"--dbpath") {
-        options.dataPath = QDir().absoluteFilePath(value);
+        options.dataPath = absoluteFolder(value);
     } else if (name == u"--home") {
-        options.home = QDir().absoluteFilePath(value);
+        options.home = absoluteFolder(value);
     } else if (name == u"--run") {
         options.run.append(value);
     } else {

@@ -9,9 +9,16 @@ namespace {
 constexpr qint64 second = 1000;
 constexpr qint64 day = 86'400 * second;
 
+/// On some systems Qt does not look at the variable TZ by itself.
+QTimeZone localZone()
+{
+    const QTimeZone named(qgetenv("TZ"));
+    return named.isValid() ? named : QTimeZone::systemTimeZone();
+}
+
 struct Zone
 {
-    QTimeZone zone = QTimeZone::systemTimeZone();
+    QTimeZone zone = localZone();
     OffsetSpan last{0, 0, 0}; // empty: contains nothing
 };
 

@@ -20,11 +20,14 @@ HANDLE handleOf(std::FILE *stream)
     return file < 0 ? INVALID_HANDLE_VALUE : reinterpret_cast<HANDLE>(::_get_osfhandle(file));
 }
 
-/// Whether a stream was given a file or a pipe by whoever started the program.
-bool isRedirected(DWORD standardHandle)
+/// Whether whoever started the program gave a stream a place of its own: a file, a pipe, nothing.
+/// Consoles can be told from other devices once the process has one.
+bool leadsElsewhere(HANDLE stream)
 {
-    const DWORD kind = ::GetFileType(::GetStdHandle(standardHandle));
-    return kind == FILE_TYPE_DISK || kind == FILE_TYPE_PIPE;
+    DWORD mode = 0;
+    const DWORD kind = ::GetFileType(stream);
+    return kind == FILE_TYPE_DISK || kind == FILE_TYPE_PIPE ||
+           (kind == FILE_TYPE_CHAR && !::GetConsoleMode(stream, &mode));
 }
 
 void restoreCodePage()
@@ -64,13 +67,13 @@ void attachTerminal()
 {
     // A program with windows has no console by itself. Without a caller's one, as in a scheduled
     // run, what is written goes nowhere.
-    const bool output = isRedirected(STD_OUTPUT_HANDLE);
-    const bool errors = isRedirected(STD_ERROR_HANDLE);
+    const HANDLE output = ::GetStdHandle(STD_OUTPUT_HANDLE);
+    const HANDLE errors = ::GetStdHandle(STD_ERROR_HANDLE);
     if (!::AttachConsole(ATTACH_PARENT_PROCESS))
         return;
-    if (!output)
+    if (!leadsElsewhere(output))
         static_cast<void>(std::freopen("CONOUT$", "w", stdout));
-    if (!errors)
+    if (!leadsElsewhere(errors))
         static_cast<void>(std::freopen("CONOUT$", "w", stderr));
     codePageBefore = ::GetConsoleOutputCP();
     ::SetConsoleOutputCP(CP_UTF8);
