@@ -207,13 +207,13 @@ int refuse(const QString &why)
 
 std::unique_ptr<QCoreApplication> createApplication(int &argc, char *argv[], const Options &options)
 {
-    if (options.unattended()) {
-        qputenv("QT_QPA_PLATFORM", platform::drawingPlatform());
-        // Outside of a login session Qt warns of a missing runtime folder, which nothing here uses:
-        // an hourly job would mail it every hour.
-        if (qEnvironmentVariableIsEmpty("XDG_RUNTIME_DIR"))
-            qInstallMessageHandler(printQtMessage);
-    }
+    if (!options.unattended())
+        return createWindowApplication(argc, argv);
+    qputenv("QT_QPA_PLATFORM", platform::drawingPlatform());
+    // Outside of a login session Qt warns of a missing runtime folder, which nothing here uses: an
+    // hourly job would mail it every hour.
+    if (qEnvironmentVariableIsEmpty("XDG_RUNTIME_DIR"))
+        qInstallMessageHandler(printQtMessage);
     return std::make_unique<QGuiApplication>(argc, argv);
 }
 
