@@ -93,21 +93,30 @@ double noise(quint64 seed)
     return static_cast<double>((seed ^ (seed >> 31)) >> 11) / 9007199254740992.0; // 2^53
 }
 
-/// One test every five minutes, a few of them failed; values that swing with the hours of the day.
-SummaryRow sampleRow(const Bucket &bucket, double part)
+/// A bucket in the sample data.
+struct Place
+{
+    double part;    ///< of the period that lies before it
+    qint64 stretch; ///< milliseconds over which failures come together
+};
+
+/// One test every five minutes, in a few stretches some of them failed; values that swing with the
+/// hours of the day.
+SummaryRow sampleRow(const Bucket &bucket, const Place &place)
 {
     const auto seed = static_cast<quint64>(bucket.start / minute);
+    const auto stretch = static_cast<quint64>(bucket.start / place.stretch);
     SummaryRow row;
     row.start = bucket.start;
     row.end = bucket.end;
     row.QCount = row.ValueCount = std::max<qint64>(1, (bucket.end - bucket.start) / (5 * minute));
     row.sumiState = row.QCount;
-    if (noise(seed) < 0.07)
-        row.sumiState -= std::max(qint64(1), static_cast<qint64>(static_cast<double>(row.QCount) *
-                                                                 noise(seed + 1) * 0.4));
+    if (noise(stretch) < 0.06)
+        row.sumiState -=
+            std::llround(static_cast<double>(row.QCount) * (0.1 + 0.6 * noise(seed + 1)));
     const double turns = static_cast<double>(bucket.wallStart.time().msecsSinceStartOfDay()) /
                              static_cast<double>(day) +
-                         part * 3;
+                         place.part * 3;
     row.avgiValue = 45 + 20 * std::sin(2 * std::numbers::pi * turns) + 10 * noise(seed + 2);
     row.miniValue = row.avgiValue - 3 - 8 * noise(seed + 3);
     row.maxiValue = row.avgiValue + 3 + 18 * noise(seed + 4);
@@ -123,11 +132,12 @@ bool inGap(double part)
 std::vector<SummaryRow> sampleRows(const clsGraphDef &chart, qint64 start, qint64 end)
 {
     std::vector<SummaryRow> rows;
+    const qint64 stretch = std::max((end - start) / 60, shortestInterval(chart));
     for (qint64 at = start; at <= end;) {
         const Bucket bucket = bucketAt(at, chart.ChartFrequency, chart.MinuteInterval);
         const double part = static_cast<double>(at - start) / static_cast<double>(end - start + 1);
         if (!inGap(part))
-            rows.push_back(sampleRow(bucket, part));
+            rows.push_back(sampleRow(bucket, {part, stretch}));
         at = bucket.end;
     }
     return rows;

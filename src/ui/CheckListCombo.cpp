@@ -5,6 +5,7 @@
 #include <QMouseEvent>
 #include <QStandardItemModel>
 #include <QStylePainter>
+#include <QStyledItemDelegate>
 
 namespace {
 
@@ -30,7 +31,7 @@ CheckListCombo::CheckListCombo(const QString &name, QWidget *parent)
              QStringLiteral("While this is checked, every click checks all entries."));
     addEntry(noneKey, QStringLiteral("None"),
              QStringLiteral("While this is checked, every click unchecks all entries."));
-    setCurrentIndex(-1);
+    setItemDelegate(new QStyledItemDelegate(this)); // check boxes, where a style would draw a menu
     // Before the list's own filters, which would close it on the first click.
     view()->installEventFilter(this);
     view()->viewport()->installEventFilter(this);

@@ -133,6 +133,7 @@ frmCustomRange::frmCustomRange(const clsGraphDef &chart, QWidget *parent)
     lblPeriod->setWordWrap(true);
     lblPeriod->setMinimumHeight(lblPeriod->fontMetrics().lineSpacing() * 3);
     lblPeriod->setAlignment(Qt::AlignTop);
+    lblPeriod->setMinimumWidth(lblPeriod->fontMetrics().averageCharWidth() * 60);
     auto *layout = new QVBoxLayout(content());
     layout->setContentsMargins(0, 0, 0, 0);
     layout->addWidget(title);

@@ -17,6 +17,7 @@
 #include <QLineEdit>
 #include <QPushButton>
 #include <QRadioButton>
+#include <QScreen>
 #include <QScrollArea>
 #include <QScrollBar>
 #include <QSpinBox>
@@ -180,7 +181,8 @@ frmGraphDefEditor::frmGraphDefEditor(QWidget *parent)
     warnings->addWidget(lblWarningIcon);
     warnings->addWidget(lblWarnings, 1);
     layout->addLayout(warnings);
-    resize(1060, std::max(fields->sizeHint().height() + 140, 640));
+    resize(QSize(1060, fields->sizeHint().height() + 140)
+               .boundedTo(screen()->availableSize() - QSize(40, 60)));
 
     m_debounce.setSingleShot(true);
     m_debounce.setInterval(previewDelay);
@@ -210,16 +212,17 @@ QWidget *frmGraphDefEditor::intervalBox()
 {
     cmbFrequency = newCodeField(QStringLiteral("cmbFrequency"), frequencyNames());
     txtMinuteInterval = newNumberField(QStringLiteral("txtMinuteInterval"));
-    lblMinuteInterval = new QLabel(QStringLiteral("of so many &minutes"));
+    lblMinuteInterval = new QLabel(QStringLiteral("&minutes"));
     lblMinuteInterval->setBuddy(txtMinuteInterval);
     auto *box = new QGroupBox(QStringLiteral("Interval"));
+    box->setToolTip(QStringLiteral("All samples of an interval become one value of the chart"));
     auto *layout = new QHBoxLayout(box);
     auto *label = new QLabel(QStringLiteral("One value for each &interval"));
     label->setBuddy(cmbFrequency);
     layout->addWidget(label);
     layout->addWidget(cmbFrequency);
-    layout->addWidget(lblMinuteInterval);
     layout->addWidget(txtMinuteInterval);
+    layout->addWidget(lblMinuteInterval);
     layout->addStretch(1);
     return box;
 }
@@ -269,6 +272,8 @@ QWidget *frmGraphDefEditor::pagesBox()
     txtDetailCount = newNumberField(QStringLiteral("txtDetailCount"));
     lblDetailCount = new QLabel(QStringLiteral("of so many ro&ws"));
     lblDetailCount->setBuddy(txtDetailCount);
+    for (QWidget *field : std::initializer_list<QWidget *>{chkDetails, txtDetailCount})
+        field->setToolTip(QStringLiteral("Kept with the chart. Device pages list every interval."));
 
     auto *box = new QGroupBox(QStringLiteral("Pages"));
     auto *form = new QFormLayout(box);
@@ -286,7 +291,7 @@ QWidget *frmGraphDefEditor::pagesBox()
         label->setBuddy(field);
         form->addRow(label, row);
     };
-    addTemplate(QStringLiteral("&State chart"), cmbStateTemplate, QStringLiteral("Bro&wse..."),
+    addTemplate(QStringLiteral("&State chart"), cmbStateTemplate, QStringLiteral("Br&owse..."),
                 QStringLiteral("cmdStateBrowse"));
     addTemplate(QStringLiteral("&Counter chart"), cmbCountTemplate, QStringLiteral("B&rowse..."),
                 QStringLiteral("cmdCountBrowse"));
@@ -331,7 +336,7 @@ void frmGraphDefEditor::connectFields()
     for (QSpinBox *field : {txtMinuteInterval, txtIntervalCount, txtDetailCount})
         connect(field, &QSpinBox::valueChanged, this, &frmGraphDefEditor::refresh);
     for (QRadioButton *option : {optLastIntervals, optFixedPeriod, optCustomRange})
-        connect(option, &QRadioButton::toggled, this, &frmGraphDefEditor::spanChosen);
+        connect(option, &QRadioButton::toggled, this, &frmGraphDefEditor::refresh);
     for (QComboBox *field : {cmbStateTemplate, cmbCountTemplate})
         connect(field, &QComboBox::editTextChanged, this, &frmGraphDefEditor::refresh);
     connect(m_range, &RangeEdit::edited, this, [this] {
@@ -478,17 +483,6 @@ QString frmGraphDefEditor::inputError(QWidget *&field) const
     return {};
 }
 
-/// Whoever comes to a custom range from another span starts with the period that was shown.
-void frmGraphDefEditor::spanChosen(bool chosen)
-{
-    if (!chosen || m_filling)
-        return;
-    if (chosenSpan() == ChartSpan::Custom && spanOf(m_loaded) != ChartSpan::Custom &&
-        !m_rangeEdited)
-        m_range->setRange(m_shown.StartTime, m_shown.EndTime);
-    refresh();
-}
-
 void frmGraphDefEditor::refresh()
 {
     if (m_filling)
@@ -505,7 +499,11 @@ void frmGraphDefEditor::refresh()
     lblDetailCount->setEnabled(chkDetails->isChecked());
 
     const clsGraphDef chart = edited();
-    m_shown = chartRunNow(chart);
+    if (span != ChartSpan::Custom && spanOf(m_loaded) != ChartSpan::Custom && !m_rangeEdited) {
+        // A custom range begins with the period shown before it.
+        const clsGraphDef run = chartRunNow(chart);
+        m_range->setRange(run.StartTime, run.EndTime);
+    }
     lblPeriod->setText(periodInWords(chart));
     const QStringList warnings = periodWarnings(chart) + templateWarnings();
     lblWarnings->setText(warnings.join(u'\n'));

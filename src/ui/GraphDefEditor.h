@@ -48,14 +48,12 @@ private:
     void storeFields(clsGraphDef &chart) const;
     void storeSpan(clsGraphDef &chart) const;
     clsGraphDef edited() const;
-    void spanChosen(bool chosen);
     void refresh();
     void showPreview();
     QStringList templateWarnings() const;
     void browse(QComboBox *field);
 
     clsGraphDef m_loaded;
-    clsGraphDef m_shown; ///< with the period that the window tells
     bool m_filling = false;
     bool m_rangeEdited = false;
     QTimer m_debounce; ///< the preview follows when typing pauses

@@ -351,8 +351,13 @@ void frmScheduleDefEditor::showNextRuns()
     lblNextRuns->setText(lines.isEmpty() ? whyItNeverRuns(schedule, from) : lines.join(u'\n'));
 
     QStringList hints;
+    if (!lines.isEmpty() && lines.size() < runsShown)
+        hints.append(QStringLiteral("The search for the next run reaches 365 days ahead; later "
+                                    "ones are not shown."));
     if (!lines.isEmpty() && schedule.SchedInterval != Weekly && namesLastDay(schedule))
         hints.append(QStringLiteral("\u201cLast\u201d is checked, but that day never comes."));
+    if (schedule.SchedInterval == Weekly && sscomboMonthDay->checkedKeys().size() < lastDay - 1)
+        hints.append(QStringLiteral("A weekly schedule does not look at the days of the month."));
     if (optSchedInterval->checkedId() == noOption)
         hints.append(
             QStringLiteral("The file holds a kind of schedule that is not known (code %1); "
