@@ -79,7 +79,7 @@ private:
 void takeAll(Album &album)
 {
     frmHelp help(shareFolder() + QLatin1String("/Help"), nullptr);
-    help.open(QStringLiteral("main-window.html"));
+    help.openPage(QStringLiteral("main-window.html"));
     album.take(help, QStringLiteral("help"));
 }
 

@@ -168,6 +168,7 @@ void produce(std::vector<Chosen> chosen, RunRecord &run)
         return !entry.report;
     });
     std::vector<std::shared_ptr<clsReportDef>> reports;
+    reports.reserve(chosen.size());
     for (const Chosen &entry : chosen)
         reports.push_back(entry.report);
     announceSamples(reports);

@@ -95,7 +95,7 @@ ReportRecord reportOf(const QJsonObject &object)
     report.error = object[QLatin1String("error")].toString();
     report.chartsWithoutImage = object[QLatin1String("chartsWithoutImage")].toInt();
     const QJsonArray errors = object[QLatin1String("chartErrors")].toArray();
-    for (const QJsonValue &error : errors)
+    for (const QJsonValue error : errors)
         report.chartErrors.append(error.toString());
     return report;
 }
@@ -126,7 +126,7 @@ std::optional<RunRecord> readRun(const QString &name)
         run.mode = object[QLatin1String("mode")].toString();
         run.error = object[QLatin1String("error")].toString();
         const QJsonArray reports = object[QLatin1String("reports")].toArray();
-        for (const QJsonValue &report : reports)
+        for (const QJsonValue report : reports)
             run.reports.push_back(reportOf(report.toObject()));
         if (run.start == 0)
             return std::nullopt;

@@ -18,7 +18,7 @@ void showHelp(const QString &page, QWidget *from)
             delete viewer;
             viewer = new frmHelp(shareFolder() + QLatin1String("/Help"), owner);
         }
-        viewer->open(page);
+        viewer->openPage(page);
     } catch (const Error &error) {
         showCritical(from, QStringLiteral("Help"), errorTail(error));
     }

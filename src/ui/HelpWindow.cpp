@@ -187,7 +187,7 @@ void frmHelp::followPage(const QString &file)
     }
 }
 
-void frmHelp::open(const QString &page)
+void frmHelp::openPage(const QString &page)
 {
     m_browser->setSource(QUrl(page));
     show();

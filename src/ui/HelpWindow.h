@@ -17,7 +17,7 @@ public:
     frmHelp(const QString &folder, QWidget *parent);
 
     /// Shows a page ("schedules.html#presets") and the window itself.
-    void open(const QString &page);
+    void openPage(const QString &page);
 
 protected:
     void closeEvent(QCloseEvent *event) override;

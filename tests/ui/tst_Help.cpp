@@ -41,7 +41,7 @@ private Q_SLOTS:
     {
         const Sandbox sandbox;
         frmHelp help(m_folder, nullptr);
-        help.open("schedule-editor.html");
+        help.openPage("schedule-editor.html");
         auto *list = help.findChild<QListWidget *>("lvPages");
         auto *page = help.findChild<QTextBrowser *>("txtPage");
         auto *search = help.findChild<QLineEdit *>("txtSearch");

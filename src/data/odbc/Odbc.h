@@ -22,7 +22,7 @@ inline SQLWCHAR *odbcString(const QString &text)
 /// An attribute's value, passed as the pointer that ODBC declares.
 inline SQLPOINTER odbcValue(SQLULEN value)
 {
-    return reinterpret_cast<SQLPOINTER>(value);
+    return reinterpret_cast<SQLPOINTER>(value); // NOLINT(performance-no-int-to-ptr)
 }
 
 /// One handle, freed at the end.
