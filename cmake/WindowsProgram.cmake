@@ -1,5 +1,9 @@
 # What a program for Windows holds beside its code.
 
+# Libraries of the compiler, which come last, are linked in as well.
+set(CMAKE_LINK_SEARCH_START_STATIC ON)
+set(CMAKE_LINK_SEARCH_END_STATIC ON)
+
 # vantrel_windows_plugins(TARGET): the parts of Qt that a static build has to name. The platform
 # without a display serves the tests.
 function(vantrel_windows_plugins target)
