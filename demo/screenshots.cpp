@@ -1,10 +1,20 @@
+#include "core/Clock.h"
 #include "core/GrapherConfig.h"
 #include "core/Paths.h"
 #include "core/StartUp.h"
 #include "core/State.h"
+#include "core/platform/TaskScheduler.h"
 #include "definitions/DefinitionStores.h"
+#include "ui/Automate.h"
+#include "ui/CustomRange.h"
+#include "ui/GraphDefEditor.h"
 #include "ui/HelpWindow.h"
+#include "ui/MainWindow.h"
+#include "ui/OutputPath.h"
+#include "ui/ReportDefEditor.h"
+#include "ui/ScheduleDefEditor.h"
 
+#include <QAbstractItemView>
 #include <QApplication>
 #include <QDir>
 #include <QEventLoop>
@@ -76,8 +86,45 @@ private:
     int m_faults = 0;
 };
 
-void takeAll(Album &album)
+void takeMainWindow(Album &album, platform::TaskScheduler &scheduler)
 {
+    frmGrapherMain window(scheduler, {});
+    window.loadReports();
+    window.start();
+    auto *list = window.findChild<QAbstractItemView *>(QStringLiteral("lvReports"));
+    list->setCurrentIndex(list->model()->index(0, 0));
+    album.take(window, QStringLiteral("main-window"));
+}
+
+void takeEditors(Album &album)
+{
+    frmReportDefEditor report;
+    report.load(*gReportDefs.at(0));
+    album.take(report, QStringLiteral("report-editor"));
+
+    frmGraphDefEditor chart;
+    chart.load(*gChartDefs.at(gChartDefs.size() - 1));
+    album.take(chart, QStringLiteral("chart-editor"));
+
+    clsGraphDef range;
+    range.EndTime = now();
+    range.StartTime = range.EndTime.addDays(-7);
+    frmCustomRange customRange(range);
+    album.take(customRange, QStringLiteral("custom-range"));
+
+    frmScheduleDefEditor schedule;
+    schedule.load(*gScheduleDefs.at(gScheduleDefs.size() - 1));
+    album.take(schedule, QStringLiteral("schedule-editor"));
+}
+
+void takeDialogs(Album &album, platform::TaskScheduler &scheduler)
+{
+    frmAutomate automate(scheduler, {});
+    album.take(automate, QStringLiteral("automate"));
+
+    frmOutputPath output;
+    album.take(output, QStringLiteral("output-location"));
+
     frmHelp help(shareFolder() + QLatin1String("/Help"), nullptr);
     help.openPage(QStringLiteral("main-window.html"));
     album.take(help, QStringLiteral("help"));
@@ -107,6 +154,9 @@ int main(int argc, char *argv[])
     LoadReportDefs();
     gStartupDone = true;
     Album album(arguments[2], arguments[3]);
-    takeAll(album);
+    const std::unique_ptr<platform::TaskScheduler> scheduler = platform::systemTaskScheduler();
+    takeMainWindow(album, *scheduler);
+    takeEditors(album);
+    takeDialogs(album, *scheduler);
     return album.faults() == 0 ? 0 : 1;
 }
