@@ -143,6 +143,14 @@ std::vector<SummaryRow> sampleRows(const clsGraphDef &chart, qint64 start, qint6
     return rows;
 }
 
+/// Intervals of a chart with its period. The last so many of them touch one more than their
+/// number, since they begin within one.
+qint64 intervalsTold(const clsGraphDef &run)
+{
+    return spanOf(run) == ChartSpan::LastIntervals ? std::max(run.IntervalCount, 0)
+                                                   : intervalsTouched(run);
+}
+
 } // namespace
 
 QStringList frequencyNames()
@@ -199,11 +207,9 @@ qint64 intervalsTouched(const clsGraphDef &chart)
 QString periodInWords(const clsGraphDef &chart)
 {
     const clsGraphDef run = chartRunNow(chart);
-    const qint64 count = spanOf(run) == ChartSpan::LastIntervals ? std::max(run.IntervalCount, 0)
-                                                                 : intervalsTouched(run);
     return QStringLiteral("%1: %2 to %3, %4 of %5")
         .arg(spanInWords(run), momentInWords(run.StartTime), momentInWords(run.EndTime),
-             countInWords(count), intervalInWords(run));
+             countInWords(intervalsTold(run)), intervalInWords(run));
 }
 
 QStringList periodWarnings(const clsGraphDef &chart)
@@ -237,8 +243,8 @@ QStringList periodWarnings(const clsGraphDef &chart)
         warnings += QStringLiteral("The range ends before it starts.");
     else if (span == ChartSpan::Custom && run.StartTime > now())
         warnings += QStringLiteral("The range lies in the future: there are no samples yet.");
-    if (const qint64 count = intervalsTouched(run); count > mostSensibleIntervals + 1)
-        warnings += QStringLiteral("About %1: more than a chart can show, and slow to make. Choose "
+    if (const qint64 count = intervalsTold(run); count > mostSensibleIntervals)
+        warnings += QStringLiteral("%1: more than a chart can show, and slow to make. Choose "
                                    "longer intervals or a shorter period.")
                         .arg(countInWords(count));
     return warnings;

@@ -44,6 +44,7 @@ void CheckListCombo::addEntry(const QString &key, const QString &text, const QSt
     item->setToolTip(toolTip);
     item->setFlags(Qt::ItemIsEnabled | Qt::ItemIsSelectable | Qt::ItemIsUserCheckable);
     item->setCheckState(Qt::Unchecked);
+    item->setSizeHint({0, fontMetrics().height() + 6}); // room to hit it
     m_model->appendRow(item);
     setCurrentIndex(-1); // the first entry added becomes the current one
     setToolTip(summary());

@@ -5,7 +5,9 @@
 #include "ui/Messages.h"
 #include "ui/UiState.h"
 
+#include <QButtonGroup>
 #include <QPushButton>
+#include <QRadioButton>
 #include <QVBoxLayout>
 
 EditorDialog::EditorDialog(const QString &name, const QString &helpPage, QWidget *parent)
@@ -23,6 +25,7 @@ EditorDialog::EditorDialog(const QString &name, const QString &helpPage, QWidget
     layout->addWidget(m_buttons);
     m_buttons->button(QDialogButtonBox::Ok)->setObjectName(QStringLiteral("cmdOK"));
     m_buttons->button(QDialogButtonBox::Cancel)->setObjectName(QStringLiteral("cmdCancel"));
+    m_buttons->button(QDialogButtonBox::Help)->setObjectName(QStringLiteral("cmdHelp"));
     connect(m_buttons, &QDialogButtonBox::accepted, this, &EditorDialog::accept);
     connect(m_buttons, &QDialogButtonBox::rejected, this, &EditorDialog::reject);
     connect(m_buttons, &QDialogButtonBox::helpRequested, this,
@@ -89,9 +92,45 @@ void EditorDialog::showEvent(QShowEvent *event)
 {
     if (!m_placed) {
         m_placed = true;
+        orderTabs();
         restoreWindowState(this);
     }
     QDialog::showEvent(event);
+}
+
+/// The keyboard begins at the first field. Tab goes through the fields, to the chosen one of option
+/// buttons, and then to OK, Cancel and Help, which were there before the fields.
+void EditorDialog::orderTabs()
+{
+    for (const auto *option : m_content->findChildren<QRadioButton *>()) {
+        if (!option->isChecked())
+            continue;
+        const auto others = option->group()
+                                ? option->group()->buttons()
+                                : option->parentWidget()->findChildren<QAbstractButton *>(
+                                      Qt::FindDirectChildrenOnly);
+        for (QAbstractButton *other : others) {
+            if (other != option && qobject_cast<QRadioButton *>(other))
+                other->setFocusPolicy(Qt::ClickFocus); // until it is chosen
+        }
+    }
+    const auto isField = [](const QWidget *widget) {
+        return (widget->focusPolicy() & Qt::TabFocus) != 0 &&
+               !widget->objectName().startsWith(QLatin1String("qt_")); // part of a field
+    };
+    QWidget *first = nextInFocusChain();
+    while (first != this && !(isField(first) && m_content->isAncestorOf(first)))
+        first = first->nextInFocusChain();
+    if (!focusWidget())
+        first->setFocus();
+    QWidget *last = previousInFocusChain();
+    while (last != this && !isField(last))
+        last = last->previousInFocusChain();
+    for (const auto which :
+         {QDialogButtonBox::Ok, QDialogButtonBox::Cancel, QDialogButtonBox::Help}) {
+        setTabOrder(last, m_buttons->button(which));
+        last = m_buttons->button(which);
+    }
 }
 
 void EditorDialog::done(int result)

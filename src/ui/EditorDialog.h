@@ -51,6 +51,8 @@ protected:
     void done(int result) override;
 
 private:
+    void orderTabs();
+
     QString m_tag;
     QString m_unchanged;
     std::function<void()> m_save;

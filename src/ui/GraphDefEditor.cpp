@@ -156,6 +156,7 @@ frmGraphDefEditor::frmGraphDefEditor(QWidget *parent)
     scroll->setWidget(fields);
     scroll->setWidgetResizable(true);
     scroll->setFrameShape(QFrame::NoFrame);
+    scroll->setFocusPolicy(Qt::NoFocus);
     scroll->setHorizontalScrollBarPolicy(Qt::ScrollBarAlwaysOff);
     scroll->setMinimumWidth(fields->minimumSizeHint().width() +
                             scroll->verticalScrollBar()->sizeHint().width());
@@ -314,16 +315,17 @@ QWidget *frmGraphDefEditor::previewBox()
     m_preview = new ChartPreview;
     m_preview->setObjectName(QStringLiteral("picPreview"));
     lblPreview = newTextLabel(QStringLiteral("lblPreview"));
+    lblPreview->setMinimumHeight(lblPreview->fontMetrics().lineSpacing()); // also while empty
 
     auto *box = new QGroupBox(QStringLiteral("Preview on sample data"));
     auto *kinds = new QHBoxLayout;
     kinds->addWidget(optPreviewState);
     kinds->addWidget(optPreviewCounter);
     kinds->addStretch(1);
-    kinds->addWidget(lblPreview, 2);
     auto *layout = new QVBoxLayout(box);
     layout->addLayout(kinds);
     layout->addWidget(m_preview, 1);
+    layout->addWidget(lblPreview);
     return box;
 }
 

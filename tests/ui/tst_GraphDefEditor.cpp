@@ -418,6 +418,26 @@ private Q_SLOTS:
         QCOMPARE(count->value(), 24);
     }
 
+    void tabOrder()
+    {
+        const Desk desk;
+        Editor editor;
+        editor.load(chartOf(ByMinute, 2, LastWeek));
+        editor.show();
+        QVERIFY(QTest::qWaitForWindowActive(&editor));
+        QStringList visited;
+        while (editor.focusWidget() && visited.size() < 40 &&
+               !visited.contains(editor.focusWidget()->objectName())) {
+            visited.append(editor.focusWidget()->objectName());
+            QTest::keyClick(editor.focusWidget(), Qt::Key_Tab);
+        }
+        const QString expected =
+            "txtTitle txtSampleLabel cmbQuality cmbFrequency txtMinuteInterval optFixedPeriod "
+            "cmbDuration cmbStateTemplate cmdStateBrowse cmbCountTemplate cmdCountBrowse "
+            "chkDetails optPreviewState cmdOK cmdCancel cmdHelp";
+        QCOMPARE(visited.join(u' '), expected);
+    }
+
     void mnemonicsAreUnique()
     {
         const Desk desk;

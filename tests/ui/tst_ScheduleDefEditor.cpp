@@ -461,6 +461,25 @@ private Q_SLOTS:
         QVERIFY(editor.find<QLabel>("lblHint")->text().contains("uncheck it"));
     }
 
+    void tabOrder()
+    {
+        const Sandbox sandbox;
+        Editor editor;
+        editor.load(scheduleOf(Weekly, "1", "1", "1", "1"));
+        editor.show();
+        QVERIFY(QTest::qWaitForWindowActive(&editor));
+        QStringList visited;
+        while (editor.focusWidget() && visited.size() < 40 &&
+               !visited.contains(editor.focusWidget()->objectName())) {
+            visited.append(editor.focusWidget()->objectName());
+            QTest::keyClick(editor.focusWidget(), Qt::Key_Tab);
+        }
+        const QString expected =
+            "txtScheduleName optSchedInterval1 sscomboHours sscomboWeekDays sscomboMonthDay "
+            "sscomboMonths cmdAutoSet chkReschedule cmdOK cmdCancel cmdHelp";
+        QCOMPARE(visited.join(u' '), expected);
+    }
+
     void otherFields()
     {
         const Sandbox sandbox;
