@@ -92,15 +92,15 @@ void EditorDialog::showEvent(QShowEvent *event)
 {
     if (!m_placed) {
         m_placed = true;
+        tabToChosenOptions();
         orderTabs();
         restoreWindowState(this);
     }
     QDialog::showEvent(event);
 }
 
-/// The keyboard begins at the first field. Tab goes through the fields, to the chosen one of option
-/// buttons, and then to OK, Cancel and Help, which were there before the fields.
-void EditorDialog::orderTabs()
+/// Tab goes to the chosen one of option buttons, not to the first.
+void EditorDialog::tabToChosenOptions()
 {
     for (const auto *option : m_content->findChildren<QRadioButton *>()) {
         if (!option->isChecked())
@@ -114,6 +114,12 @@ void EditorDialog::orderTabs()
                 other->setFocusPolicy(Qt::ClickFocus); // until it is chosen
         }
     }
+}
+
+/// The keyboard begins at the first field, and comes to OK, Cancel and Help behind the last one,
+/// though they were there before the fields.
+void EditorDialog::orderTabs()
+{
     const auto isField = [](const QWidget *widget) {
         return (widget->focusPolicy() & Qt::TabFocus) != 0 &&
                !widget->objectName().startsWith(QLatin1String("qt_")); // part of a field

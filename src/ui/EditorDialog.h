@@ -51,6 +51,7 @@ protected:
     void done(int result) override;
 
 private:
+    void tabToChosenOptions();
     void orderTabs();
 
     QString m_tag;

@@ -234,6 +234,10 @@ private Q_SLOTS:
         QCOMPARE(changes.count(), 2);
         QTest::keyClick(hours->view(), Qt::Key_Return);
         QVERIFY(!hours->view()->isVisible());
+        QTest::keyClick(hours, Qt::Key_Space);
+        QVERIFY(hours->view()->isVisible());
+        QTest::keyClick(hours->view(), Qt::Key_Escape);
+        QVERIFY(!hours->view()->isVisible());
         QVERIFY(editor.isVisible());
 
         // Nothing to be changed without the list.
