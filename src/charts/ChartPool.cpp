@@ -4,6 +4,7 @@
 #include "charts/ImageFile.h"
 #include "charts/TextCache.h"
 #include "core/Files.h"
+#include "core/Status.h"
 
 #include <algorithm>
 #include <chrono>
@@ -13,6 +14,8 @@ namespace {
 
 /// Enough waiting jobs for each worker that it never runs dry while the main thread reads data.
 constexpr size_t waitingPerThread = 8;
+/// Between two looks at the user's events.
+constexpr std::chrono::milliseconds patience(10);
 
 Compression compressionOf(const Chart &chart)
 {
@@ -35,6 +38,13 @@ Outcome outcomeOf(const std::function<void()> &work)
 }
 
 } // namespace
+
+Outcome awaited(const PendingOutcome &outcome)
+{
+    while (outcome.wait_for(patience) != std::future_status::ready)
+        yieldToUser();
+    return outcome.get();
+}
 
 ChartPool::ChartPool(int threads)
 {
@@ -74,8 +84,14 @@ PendingOutcome ChartPool::enqueue(QString path, std::function<void()> work)
     PendingOutcome outcome = job.outcome.get_future().share();
     {
         std::unique_lock lock(m_mutex);
-        m_changed.wait(lock,
-                       [this] { return m_queue.size() < m_threads.size() * waitingPerThread; });
+        const auto hasRoom = [this] {
+            return m_queue.size() < m_threads.size() * waitingPerThread;
+        };
+        while (!m_changed.wait_for(lock, patience, hasRoom)) {
+            lock.unlock();
+            yieldToUser();
+            lock.lock();
+        }
         m_queue.push_back(std::move(job));
     }
     m_changed.notify_all();

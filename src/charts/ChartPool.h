@@ -19,11 +19,14 @@
 using Outcome = std::optional<Error>;
 using PendingOutcome = std::shared_future<Outcome>;
 
+/// Waits for a job's end; the user's events are looked after meanwhile. Main thread only.
+Outcome awaited(const PendingOutcome &outcome);
+
 /// Draws, compresses and saves charts, and saves other files, on worker threads. Used from one
 /// thread; jobs run in the order of their submission, several at a time.
 ///
 /// The queue is bounded: submitting waits while it is full, never longer than a running job takes,
-/// so that memory does not grow with the number of charts.
+/// so that memory does not grow with the number of charts. It yields to the user meanwhile.
 class ChartPool
 {
 public:

@@ -226,7 +226,8 @@ void DevicePage::write()
     page.write(GetHTIPart(device, marker, true));
     for (Item &item : m_items) {
         const QString image = item.image.fileName;
-        if (const auto error = item.image.outcome.get()) {
+        yieldToUser();
+        if (const auto error = awaited(item.image.outcome)) {
             m_context.outcome.chartErrors.append(m_folder + image + u' ' + errorTail(*error));
             ShowStatus(QStringLiteral("Error generating chart '%1' ").arg(m_folder + image) +
                        errorTail(*error));

@@ -169,7 +169,7 @@ public:
                                     runInstant};
         std::vector<DeviceCounts> counts = runDevices(context);
         for (const PendingOutcome &file : files) {
-            if (const Outcome error = file.get())
+            if (const Outcome error = awaited(file))
                 throw Error(*error);
         }
         if (CancelRequested)

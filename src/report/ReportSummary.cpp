@@ -125,7 +125,7 @@ Outcome finishImage(const ReportContext &context, const clsChartImageRef &image)
 {
     if (!image.outcome.valid())
         return std::nullopt;
-    Outcome problem = image.outcome.get();
+    Outcome problem = awaited(image.outcome);
     if (problem) {
         const QString path = reportFolder(context.report) + image.fileName;
         context.outcome.chartErrors.append(image.fileName + u' ' + errorTail(*problem));

@@ -52,6 +52,25 @@ std::vector<Chosen> chooseReports(const QStringList &reportIds, RunChoice choice
     return chosen;
 }
 
+/// False when a definition file cannot be read whole and nobody wants the run all the same.
+bool acceptDefinitions(RunHost *host, RunRecord &run)
+{
+    const QStringList errors = definitionFileErrors();
+    if (errors.isEmpty())
+        return true;
+    const QString text =
+        QLatin1String("Error reading definitions: ") + errors.join(QLatin1String("; "));
+    ShowStatus(text);
+    if (host) {
+        CancelRequested = !host->acceptErrors(errors);
+        return !CancelRequested;
+    }
+    run.error = text;
+    if (gAutoMode)
+        LogEvent(runEvent, EventError, text);
+    return false;
+}
+
 void stampLastRun(clsReportDef &report)
 {
     for (const auto &schedule : report.ReportSchedules)
@@ -240,9 +259,11 @@ RunResult runReports(const QStringList &reportIds, RunChoice choice, RunHost *ho
     LoadReportDefs();
     LoadChartDefs();
     LoadScheduleDefs();
-    const std::vector<Chosen> chosen = chooseReports(reportIds, choice, host);
-    if (!CancelRequested)
-        produce(chosen, run);
+    if (acceptDefinitions(host, run)) {
+        const std::vector<Chosen> chosen = chooseReports(reportIds, choice, host);
+        if (!CancelRequested)
+            produce(chosen, run);
+    }
     conclude(run);
     const RunResult result = resultOf(run);
     finish(result, host);

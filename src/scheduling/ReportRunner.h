@@ -13,6 +13,9 @@ class RunHost
 public:
     virtual ~RunHost() = default;
 
+    /// Whether to run without what definition files hold that cannot be read whole; false cancels
+    /// the whole run. The run saves the files anew; the old ones are kept (see DefinitionStores.h).
+    virtual bool acceptErrors(const QStringList &errors) = 0;
     /// Lets the user set a custom range's StartTime and EndTime; false cancels the whole run.
     virtual bool askCustomRange(clsGraphDef &chart) = 0;
     virtual void showMessage(const QString &title, const QString &text) = 0;
@@ -36,7 +39,8 @@ struct RunResult
 /// Runs reports given by their ReportID: loads all definitions, writes the master table of
 /// contents, copies the companion files and produces each report. A report that was produced gets
 /// the present time as LastRunDate of all its schedules; one that failed keeps its dates, so that
-/// it stays due by its schedules' rules. `host` is null in an unattended run.
+/// it stays due by its schedules' rules. `host` is null in an unattended run, which does not begin
+/// where a definition file cannot be read whole.
 ///
 /// While a run is in progress a further call does nothing: set CancelRequested to cancel it.
 RunResult runReports(const QStringList &reportIds, RunChoice choice, RunHost *host = nullptr);

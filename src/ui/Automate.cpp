@@ -39,9 +39,8 @@ QLineEdit *newField(const char *name, QLineEdit::EchoMode mode)
 /// What takes the place of an account, with the system's own advice.
 QString ownAccountText(platform::TaskScheduler &scheduler)
 {
-    const QString text = QStringLiteral("This system runs the job as the present user (%1) and "
-                                        "needs no password.")
-                             .arg(presentUser());
+    const QString text = QStringLiteral("This system runs the job as the present user and needs no "
+                                        "password.");
     const QString advice = scheduler.advice();
     return advice.isEmpty() ? text : text + u'\n' + advice;
 }

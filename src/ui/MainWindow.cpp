@@ -5,7 +5,6 @@
 #include "core/Files.h"
 #include "core/GrapherConfig.h"
 #include "core/State.h"
-#include "core/platform/EventLog.h"
 #include "data/Connection.h"
 #include "definitions/DefinitionStores.h"
 #include "report/OutputTree.h"
@@ -233,7 +232,7 @@ void frmGrapherMain::runOrCancel()
 
 void frmGrapherMain::run(const QStringList &reportIds)
 {
-    if (reportIds.isEmpty() || !mayRun())
+    if (reportIds.isEmpty())
         return;
     setRunning(true);
     if (gAutoMode)
@@ -245,30 +244,6 @@ void frmGrapherMain::run(const QStringList &reportIds)
     updateCommands();
     if (m_closesAfterRun)
         QTimer::singleShot(0, this, &QWidget::close);
-}
-
-/// A run loads the definition files and saves them at its end: one that cannot be read whole would
-/// lose what it could not give.
-bool frmGrapherMain::mayRun()
-{
-    LoadReportDefs();
-    LoadChartDefs();
-    LoadScheduleDefs();
-    const QStringList errors = definitionFileErrors();
-    if (errors.isEmpty())
-        return true;
-    const QString text = errors.join(u'\n');
-    ShowStatus(QLatin1String("Error reading definitions: ") + text);
-    if (gAutoMode) {
-        LogEvent(runEvent, EventError, QLatin1String("Error reading definitions: ") + text);
-        return false;
-    }
-    return askYesNo(this, QStringLiteral("Report Execution"),
-                    QStringLiteral("These definition files cannot be read whole:\n\n%1\n\nRun the "
-                                   "reports all the same? The files are then written anew; the "
-                                   "present ones are kept beside them with \".bad\" added to their "
-                                   "names.")
-                        .arg(text));
 }
 
 void frmGrapherMain::setRunning(bool running)
@@ -289,7 +264,7 @@ void frmGrapherMain::showDone(const Progress &progress)
 {
     pbarCurrent->setRange(0, std::max(progress.all, 1));
     pbarCurrent->setValue(progress.done);
-    pbarCurrent->setFormat(QStringLiteral("%v of %m items"));
+    pbarCurrent->setFormat(QStringLiteral("%v of %m"));
     yield();
 }
 
@@ -371,6 +346,16 @@ void frmGrapherMain::closeEvent(QCloseEvent *event)
     saveWindowState(this);
     CloseDatabase();
     QMainWindow::closeEvent(event);
+}
+
+bool frmGrapherMain::acceptErrors(const QStringList &errors)
+{
+    return askYesNo(this, QStringLiteral("Report Execution"),
+                    QStringLiteral("These definition files cannot be read whole:\n\n%1\n\nRun the "
+                                   "reports all the same? The files are then written anew; the "
+                                   "present ones are kept beside them with \".bad\" added to their "
+                                   "names.")
+                        .arg(errors.join(u'\n')));
 }
 
 bool frmGrapherMain::askCustomRange(clsGraphDef &chart)

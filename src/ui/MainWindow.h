@@ -73,13 +73,13 @@ private:
     void showMenu(const QPoint &place);
     bool editReport(const QString &reportId);
     void run(const QStringList &reportIds);
-    bool mayRun();
     void setRunning(bool running);
     void runWhatIsDue();
     void showDone(const Progress &progress);
     void yield();
 
     // RunHost
+    bool acceptErrors(const QStringList &errors) override;
     bool askCustomRange(clsGraphDef &chart) override;
     void showMessage(const QString &title, const QString &text) override;
     void openInBrowser(const QString &url) override;

@@ -109,7 +109,7 @@ frmGrapherMain::frmGrapherMain(platform::TaskScheduler &scheduler, QStringList t
     setProgressSink([this](const Progress &progress) { showDone(progress); });
     setYieldHook([this] { yield(); });
     const int character = fontMetrics().averageCharWidth();
-    resize(150 * character, 40 * fontMetrics().lineSpacing());
+    resize(170 * character, 42 * fontMetrics().lineSpacing());
     updateCommands();
 }
 
@@ -250,6 +250,7 @@ QWidget *frmGrapherMain::makeRunPane()
     pbarCurrent->setRange(0, 1);
     pbarCurrent->setValue(0);
     pbarCurrent->setFormat(QString());
+    pbarCurrent->setMinimumWidth(20 * pbarCurrent->fontMetrics().averageCharWidth());
 
     auto *commands = new QVBoxLayout;
     commands->addWidget(cmdReportView);

@@ -37,7 +37,7 @@ ReportView::ReportView(ReportList &list, QWidget *parent)
     sortByColumn(ReportList::Title, Qt::AscendingOrder);
     header()->setStretchLastSection(true);
     const int character = fontMetrics().averageCharWidth();
-    constexpr std::array characters = {34, 24, 10, 24, 19, 13, 19};
+    constexpr std::array characters = {38, 24, 11, 34, 20, 14, 20};
     for (int column = 0; column < ReportList::ColumnCount; ++column)
         setColumnWidth(column, characters[static_cast<size_t>(column)] * character);
 

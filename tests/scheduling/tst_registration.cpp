@@ -1,45 +1,11 @@
 #include "core/Clock.h"
 #include "core/Error.h"
 #include "scheduling/Registration.h"
+#include "support/MemoryScheduler.h"
 #include "support/Sandbox.h"
 
 #include <QCoreApplication>
 #include <QTest>
-
-namespace {
-
-/// A scheduler that only remembers.
-class MemoryScheduler : public platform::TaskScheduler
-{
-public:
-    QString taskList() override { return list; }
-    platform::ScheduledTask createTask(const QString &name) override
-    {
-        platform::ScheduledTask task;
-        task.name = name;
-        return task;
-    }
-    platform::ScheduledTask openTask(const QString &) override { return saved; }
-    void saveTask(const platform::ScheduledTask &task) override
-    {
-        saved = task;
-        list += task.name + u'\n';
-    }
-    void deleteTask(const QString &name) override
-    {
-        deleted.append(name);
-        list.remove(name);
-    }
-    bool isRunning(const QString &) override { return false; }
-    void endTask(const QString &) override {}
-    QString advice() override { return QString(); }
-
-    QString list;
-    platform::ScheduledTask saved;
-    QStringList deleted;
-};
-
-} // namespace
 
 class TestRegistration : public QObject
 {

@@ -1,5 +1,8 @@
 #include "data/odbc/DriverThread.h"
 
+#include "core/Status.h"
+
+#include <algorithm>
 #include <condition_variable>
 #include <exception>
 #include <mutex>
@@ -8,6 +11,8 @@
 namespace {
 /// For a driver that keeps its time but needs a moment to say so.
 constexpr std::chrono::milliseconds grace(500);
+/// Between two looks at the user's events.
+constexpr std::chrono::milliseconds patience(10);
 } // namespace
 
 struct DriverThread::Shared
@@ -62,6 +67,19 @@ void DriverThread::loop(Shared &shared)
     }
 }
 
+bool DriverThread::waitForEnd(std::unique_lock<std::mutex> &lock, Clock::time_point latest)
+{
+    const auto isDone = [&] { return m_shared->isDone; };
+    while (!m_shared->changed.wait_until(lock, std::min(latest, Clock::now() + patience), isDone)) {
+        if (Clock::now() >= latest)
+            return false;
+        lock.unlock();
+        yieldToUser();
+        lock.lock();
+    }
+    return true;
+}
+
 bool DriverThread::run(std::function<void()> work, std::chrono::seconds time,
                        std::function<void()> cancel)
 {
@@ -70,15 +88,12 @@ bool DriverThread::run(std::function<void()> work, std::chrono::seconds time,
     m_shared->isDone = false;
     m_shared->changed.notify_all();
 
-    const auto isDone = [&] { return m_shared->isDone; };
-    bool isInTime = true;
-    if (time.count() <= 0) {
-        m_shared->changed.wait(lock, isDone);
-    } else if (!m_shared->changed.wait_for(lock, time, isDone)) {
-        isInTime = false;
+    const auto latest = time.count() > 0 ? Clock::now() + time : Clock::time_point::max();
+    const bool isInTime = waitForEnd(lock, latest);
+    if (!isInTime) {
         if (cancel)
             std::thread(std::move(cancel)).detach();
-        m_isGivenUp = !m_shared->changed.wait_for(lock, grace, isDone);
+        m_isGivenUp = !waitForEnd(lock, Clock::now() + grace);
     }
     if (m_isGivenUp)
         return false;

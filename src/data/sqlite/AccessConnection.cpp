@@ -1,6 +1,7 @@
 #include "data/sqlite/AccessConnection.h"
 
 #include "core/Error.h"
+#include "core/Status.h"
 #include "data/DayNumbers.h"
 #include "data/sqlite/CachedTable.h"
 #include "data/sqlite/SampleRecordset.h"
@@ -13,6 +14,8 @@
 #include <QHash>
 
 namespace {
+
+constexpr int stepsBetweenYields = 20'000; ///< of SQLite's machine: a millisecond or two
 
 /// What tells that a file is no longer the one that was read.
 struct FileStamp
@@ -61,6 +64,11 @@ DatabaseHandle openMemory()
     addAccessCollation(opened);
     sqlite3_create_function(opened, "CDATE", 1, SQLITE_UTF8 | SQLITE_DETERMINISTIC, nullptr,
                             convertToDate, nullptr, nullptr);
+    const auto yield = [](void *) {
+        yieldToUser();
+        return 0;
+    };
+    sqlite3_progress_handler(opened, stepsBetweenYields, yield, nullptr);
     return database;
 }
 
