@@ -17,7 +17,7 @@ struct Store
     QByteArray child;
     QByteArray id;
     void (*load)();
-    void (*save)();
+    std::optional<Error> (*save)();
     QStringList (*ids)();
     QString loading;
     QString saving;
