@@ -68,6 +68,18 @@ QString runText(const QDateTime &run)
     return QLocale().toString(run, QStringLiteral("dddd yyyy-MM-dd HH:mm"));
 }
 
+QLabel *newTextLabel(const QString &name, int lines)
+{
+    auto *label = new QLabel;
+    label->setObjectName(name);
+    label->setWordWrap(true);
+    label->setTextFormat(Qt::PlainText);
+    label->setTextInteractionFlags(Qt::TextSelectableByMouse);
+    label->setAlignment(Qt::AlignTop);
+    label->setMinimumHeight(label->fontMetrics().lineSpacing() * lines);
+    return label;
+}
+
 /// The option that stands for a code; -1 for none.
 int optionOf(qint32 schedInterval)
 {
@@ -249,22 +261,13 @@ QWidget *frmScheduleDefEditor::listsBox()
 
 QWidget *frmScheduleDefEditor::runsBox()
 {
+    // The window keeps its size, whatever is checked.
+    lblNextRuns = newTextLabel(QStringLiteral("lblNextRuns"), runsShown);
+    lblHint = newTextLabel(QStringLiteral("lblHint"), 2);
     auto *box = new QGroupBox(QStringLiteral("Next five runs"));
     auto *layout = new QVBoxLayout(box);
-    lblNextRuns = new QLabel;
-    lblNextRuns->setObjectName(QStringLiteral("lblNextRuns"));
-    lblHint = new QLabel;
-    lblHint->setObjectName(QStringLiteral("lblHint"));
-    for (QLabel *label : {lblNextRuns, lblHint}) {
-        label->setWordWrap(true);
-        label->setTextFormat(Qt::PlainText);
-        label->setTextInteractionFlags(Qt::TextSelectableByMouse);
-        label->setAlignment(Qt::AlignTop);
-        layout->addWidget(label);
-    }
-    // The window keeps its size, whatever is checked.
-    lblNextRuns->setMinimumHeight(lblNextRuns->fontMetrics().lineSpacing() * runsShown);
-    lblHint->setMinimumHeight(lblHint->fontMetrics().lineSpacing() * 2);
+    layout->addWidget(lblNextRuns);
+    layout->addWidget(lblHint);
     return box;
 }
 
