@@ -11,6 +11,25 @@ bool isAscii(const QString &text)
     return std::all_of(text.begin(), text.end(), [](QChar c) { return c.unicode() < 0x80; });
 }
 
+/// Letters with a stroke, which Unicode does not take apart.
+QChar withoutStroke(QChar letter)
+{
+    switch (letter.unicode()) {
+    case u'ł':
+        return u'l';
+    case u'ø':
+        return u'o';
+    case u'đ':
+        return u'd';
+    case u'ħ':
+        return u'h';
+    case u'ŧ':
+        return u't';
+    default:
+        return letter;
+    }
+}
+
 } // namespace
 
 QString foldedText(const QString &text)
@@ -19,7 +38,8 @@ QString foldedText(const QString &text)
         return text.toLower();
     QString folded = text.toCaseFolded().normalized(QString::NormalizationForm_KD);
     folded.removeIf([](QChar c) { return c.category() == QChar::Mark_NonSpacing; });
-    return folded;
+    std::transform(folded.begin(), folded.end(), folded.begin(), withoutStroke);
+    return folded.replace(u'ß', QLatin1String("ss"));
 }
 
 QString naturalKey(const QString &text)

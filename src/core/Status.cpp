@@ -2,7 +2,10 @@
 
 #include "core/State.h"
 
+#include <thread>
+
 namespace {
+const std::thread::id mainThread = std::this_thread::get_id(); // it makes all statics
 StatusSink statusSink;
 ProgressSink progressSink;
 std::function<void()> yieldHook;
@@ -37,6 +40,6 @@ void setYieldHook(std::function<void()> hook)
 
 void yieldToUser()
 {
-    if (yieldHook)
+    if (std::this_thread::get_id() == mainThread && yieldHook)
         yieldHook();
 }

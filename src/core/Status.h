@@ -29,6 +29,7 @@ void showProgress(const Progress &progress);
 
 /// Long work calls this every few milliseconds, so that a window stays alive meanwhile; it costs
 /// nothing where no hook is set. The hook may handle any of the user's events: call it only where
-/// nothing is half done. It must not throw.
+/// nothing is half done. It must not throw. On any other thread than the main one the call does
+/// nothing.
 void yieldToUser();
 void setYieldHook(std::function<void()> hook);

@@ -9,6 +9,7 @@
 #include <algorithm>
 #include <limits>
 #include <numeric>
+#include <tuple>
 
 namespace {
 
@@ -61,7 +62,7 @@ QString unitText(const Recordset &rows, int abbreviation, int name)
     return unit.isEmpty() ? rows.text(name).trimmed() : unit;
 }
 
-/// Takes the rows of the selection query, one for each data item in no order at all.
+/// Takes the rows of the selection query: one for each data item, in no order at all.
 class Reader
 {
 public:
@@ -133,6 +134,7 @@ private:
         if (!m_result.units.contains(item.scale))
             m_result.units.insert(item.scale, unitText(m_rows, m_scaleAbbr, m_scaleName));
         m_found[static_cast<size_t>(device)].items.push_back(std::move(item));
+        ++m_itemCount;
     }
 
     MonitoredDevices sorted()
@@ -143,6 +145,7 @@ private:
             order.emplace_back(naturalKey(m_found[i].device.name), i);
         std::sort(order.begin(), order.end());
         m_result.devices.reserve(m_found.size());
+        m_result.items.reserve(m_itemCount);
         for (const auto &[key, place] : order) {
             Found &found = m_found[place];
             for (MonitoredItem &item : found.items)
@@ -155,26 +158,28 @@ private:
         return std::move(m_result);
     }
 
+    /// Two scales of one number give an item twice.
     void appendItems(Found &found)
     {
-        std::stable_sort(
-            found.items.begin(), found.items.end(),
-            [](const MonitoredItem &a, const MonitoredItem &b) { return a.name < b.name; });
+        std::vector<MonitoredItem> &items = found.items;
+        const auto order = [](const MonitoredItem &item) {
+            return std::tuple(item.name, item.dataIdent.size(), QStringView(item.dataIdent));
+        };
+        std::stable_sort(items.begin(), items.end(),
+                         [&order](const auto &a, const auto &b) { return order(a) < order(b); });
+        const auto last =
+            std::unique(items.begin(), items.end(),
+                        [&order](const auto &a, const auto &b) { return order(a) == order(b); });
         found.device.firstItem = static_cast<int>(m_result.items.size());
-        QSet<QString> seen;
-        for (MonitoredItem &item : found.items) {
-            if (seen.contains(item.dataIdent))
-                continue;
-            seen.insert(item.dataIdent);
-            m_result.items.push_back(std::move(item));
-        }
-        found.device.itemCount = static_cast<int>(m_result.items.size()) - found.device.firstItem;
+        found.device.itemCount = static_cast<int>(last - items.begin());
+        std::move(items.begin(), last, std::back_inserter(m_result.items));
     }
 
     Recordset &m_rows;
     const int m_muid, m_ident, m_machName, m_machDesc, m_excluded;
     const int m_dataIdent, m_dataName, m_dataDesc, m_scale, m_scaleName, m_scaleAbbr, m_global;
     std::vector<Found> m_found;
+    size_t m_itemCount = 0;
     QHash<qint64, int> m_places; ///< IDent -> place in m_found
     QSet<QString> m_muids;
     TextTable m_names;

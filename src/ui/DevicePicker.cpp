@@ -73,10 +73,10 @@ DevicePicker::DevicePicker(QWidget *parent)
     layout->addWidget(lblSelected);
 
     const int unit = fontMetrics().averageCharWidth();
-    tvDevices->header()->resizeSection(DeviceTree::Name, 30 * unit);
-    tvDevices->header()->resizeSection(DeviceTree::Selected, 12 * unit);
-    tvDevices->header()->resizeSection(DeviceTree::Description, 34 * unit);
-    tvDevices->header()->resizeSection(DeviceTree::Unit, 9 * unit);
+    tvDevices->header()->resizeSection(DeviceTree::Name, 36 * unit);
+    tvDevices->header()->resizeSection(DeviceTree::Selected, 11 * unit);
+    tvDevices->header()->resizeSection(DeviceTree::Description, 32 * unit);
+    tvDevices->header()->resizeSection(DeviceTree::Unit, 8 * unit);
     tvDevices->setMinimumHeight(8 * fontMetrics().height());
 
     connect(m_tree, &DeviceTree::selectionChanged, this, &DevicePicker::showCounts);
@@ -324,7 +324,7 @@ void DevicePicker::showCounts()
                     .arg(groupedNumber(static_cast<double>(counts.allDevices), 0),
                          groupedNumber(static_cast<double>(counts.allItems), 0));
     if (counts.missingDevices > 0 || counts.missingItems > 0)
-        text += QLatin1String("; not in the database: ") +
+        text += QLatin1String("; of these not in the database: ") +
                 devicesAndItems(counts.missingDevices, counts.missingItems);
     lblSelected->setText(text);
 

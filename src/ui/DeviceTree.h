@@ -60,6 +60,9 @@ public:
     /// Marks everything that is shown.
     void setShown(bool checked);
 
+    /// Marks these rows, as a click on each of them would.
+    void setMarks(const QModelIndexList &rows, bool checked);
+
     /// Names of data items, each once.
     const QStringList &itemNames() const { return m_monitored.itemNames; }
     enum class Devices { All, Shown };

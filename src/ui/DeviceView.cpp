@@ -47,35 +47,42 @@ DeviceView::DeviceView(DeviceTree *tree, QWidget *parent)
 void DeviceView::forgetRows()
 {
     m_opened.clear();
+    m_current.reset();
     openFound({});
 }
 
 void DeviceView::setFilter(const QString &text, SelectedOnly selectedOnly)
 {
     const QScopedValueRollback opening(m_isOpening, true);
-    const QModelIndex current = currentIndex();
-    const quintptr key = current.isValid() ? DeviceTree::key(current) : 0;
     m_tree->setFilter(text, selectedOnly);
     m_isFiltered = selectedOnly == SelectedOnly::Yes || !text.trimmed().isEmpty();
     openFound(text);
-    if (!current.isValid())
+    if (!m_current)
         return;
-    const QModelIndex again = m_tree->indexOfKey(key);
-    setCurrentIndex(again.isValid() ? again : m_tree->index(0, 0));
+    if (const QModelIndex again = m_tree->indexOfKey(*m_current); again.isValid())
+        setCurrentIndex(again);
+}
+
+void DeviceView::currentChanged(const QModelIndex &current, const QModelIndex &previous)
+{
+    QTreeView::currentChanged(current, previous);
+    if (!m_isOpening && current.isValid())
+        m_current = DeviceTree::key(current);
 }
 
 void DeviceView::openFound(const QString &text)
 {
     const QScopedValueRollback opening(m_isOpening, true);
-    if (!text.trimmed().isEmpty() && m_tree->shownItems() <= mostOpened) {
-        expandAll();
-        return;
-    }
     for (int row = 0; row < m_tree->rowCount(); ++row) {
         const QModelIndex top = m_tree->index(row, 0);
         if (m_tree->isDevice(top))
             break;
-        expand(top); // the group of what the database lacks
+        setFirstColumnSpanned(row, {}, true); // the group of what the database lacks
+        expand(top);
+    }
+    if (!text.trimmed().isEmpty() && m_tree->shownItems() <= mostOpened) {
+        expandAll();
+        return;
     }
     for (const quintptr key : std::as_const(m_opened)) {
         if (const QModelIndex opened = m_tree->indexOfKey(key); opened.isValid())
@@ -96,15 +103,8 @@ void DeviceView::keyPressEvent(QKeyEvent *event)
 void DeviceView::turnMarks()
 {
     const QModelIndex current = currentIndex().siblingAtColumn(DeviceTree::Name);
-    const auto mark = [this](const QModelIndex &index) {
-        return m_tree->data(index, Qt::CheckStateRole).toInt();
-    };
-    const Qt::CheckState wanted = mark(current) == Qt::Checked ? Qt::Unchecked : Qt::Checked;
-    m_tree->setData(current, wanted, Qt::CheckStateRole);
-    for (const QModelIndex &index : selectionModel()->selectedRows(DeviceTree::Name)) {
-        if (mark(index) != wanted)
-            m_tree->setData(index, wanted, Qt::CheckStateRole);
-    }
+    const bool checked = current.data(Qt::CheckStateRole).toInt() != Qt::Checked;
+    m_tree->setMarks(selectionModel()->selectedRows(DeviceTree::Name) << current, checked);
 }
 
 void DeviceView::contextMenuEvent(QContextMenuEvent *event)

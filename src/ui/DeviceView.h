@@ -5,6 +5,8 @@
 #include <QSet>
 #include <QTreeView>
 
+#include <optional>
+
 class DeviceTree;
 class QMenu;
 
@@ -23,6 +25,7 @@ public:
 protected:
     void keyPressEvent(QKeyEvent *event) override;
     void contextMenuEvent(QContextMenuEvent *event) override;
+    void currentChanged(const QModelIndex &current, const QModelIndex &previous) override;
 
 private:
     void turnMarks();
@@ -32,7 +35,8 @@ private:
     void addKindCommands(QMenu &menu, const QModelIndex &index);
 
     DeviceTree *m_tree;
-    QSet<quintptr> m_opened; ///< keys of the rows that the user has opened
+    QSet<quintptr> m_opened;           ///< keys of the rows that the user has opened
+    std::optional<quintptr> m_current; ///< key of the row that the user went to last
     bool m_isOpening = false;
     bool m_isFiltered = false;
 };

@@ -33,11 +33,12 @@ QPushButton *makeButton(const char *text, const char *name, const QString &toolT
     return button;
 }
 
+/// The first one takes the room that is left.
 QHBoxLayout *rowOf(std::initializer_list<QWidget *> widgets)
 {
     auto *row = new QHBoxLayout;
     for (QWidget *widget : widgets)
-        row->addWidget(widget, row->isEmpty() ? 1 : 0);
+        row->addWidget(widget, row->count() == 0 ? 1 : 0);
     return row;
 }
 
@@ -132,6 +133,7 @@ QWidget *frmReportDefEditor::makeOutput()
     txtOutputTemplate = new QLineEdit;
     txtOutputTemplate->setObjectName(QStringLiteral("txtOutputTemplate"));
     txtOutputTemplate->setPlaceholderText(usually);
+    txtOutputTemplate->setMinimumWidth(12 * fontMetrics().averageCharWidth());
     txtOutputTemplate->setToolTip(QStringLiteral(
         "Kept with the report for installations that use it. The report's own pages are made\n"
         "from the templates of the configuration folder."));
@@ -139,17 +141,19 @@ QWidget *frmReportDefEditor::makeOutput()
         makeButton("&Browse...", "cmdBrowseTemplate",
                    QStringLiteral("Chooses a template of the configuration folder"));
     connect(browse, &QPushButton::clicked, this, &frmReportDefEditor::browseTemplate);
-    lblOutputFolder = new QLabel;
-    lblOutputFolder->setObjectName(QStringLiteral("lblOutputFolder"));
-    lblOutputFolder->setTextFormat(Qt::PlainText);
-    lblOutputFolder->setTextInteractionFlags(Qt::TextSelectableByMouse);
-    lblOutputFolder->setSizePolicy(QSizePolicy::Ignored, QSizePolicy::Preferred);
+    txtOutputFolder = new QLineEdit;
+    txtOutputFolder->setObjectName(QStringLiteral("txtOutputFolder"));
+    txtOutputFolder->setReadOnly(true);
+    txtOutputFolder->setFrame(false);
+    QPalette asWindow = txtOutputFolder->palette();
+    asWindow.setBrush(QPalette::Base, asWindow.window());
+    txtOutputFolder->setPalette(asWindow);
 
     form->addRow(QStringLiteral("Output &file:"), txtOutputFile);
     auto *label = new QLabel(QStringLiteral("Te&mplate:"));
     label->setBuddy(txtOutputTemplate);
     form->addRow(label, rowOf({txtOutputTemplate, browse}));
-    form->addRow(QStringLiteral("Pages in:"), lblOutputFolder);
+    form->addRow(QStringLiteral("&Pages in:"), txtOutputFolder);
     return box;
 }
 
@@ -165,8 +169,9 @@ void frmReportDefEditor::load(const clsReportDef &report)
     txtOutputFile->setText(report.OutputFile);
     txtOutputTemplate->setText(report.OutputTemplate);
     const QString folder = reportFolder(report);
-    lblOutputFolder->setText(folder);
-    lblOutputFolder->setToolTip(folder);
+    txtOutputFolder->setText(folder);
+    txtOutputFolder->setCursorPosition(0);
+    txtOutputFolder->setToolTip(folder);
     m_schedules->setSelection(report.ReportSchedules);
     m_devices->setSelection(report.ReportDevices);
     markUnchanged();

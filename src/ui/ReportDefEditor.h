@@ -6,7 +6,6 @@
 
 class DevicePicker;
 class QComboBox;
-class QLabel;
 class QLineEdit;
 class QPushButton;
 class SchedulePicker;
@@ -53,5 +52,5 @@ private:
     SchedulePicker *m_schedules;
     QLineEdit *txtOutputFile;
     QLineEdit *txtOutputTemplate;
-    QLabel *lblOutputFolder;
+    QLineEdit *txtOutputFolder;
 };

@@ -1,0 +1,166 @@
+// bench-editor FILE: how long the report definition editor takes to open on a monitoring file, and
+// how long each key typed into its search box takes until the window is painted again.
+
+#include "core/Error.h"
+#include "core/GrapherConfig.h"
+#include "core/Paths.h"
+#include "core/State.h"
+#include "data/Connection.h"
+#include "data/MonitoredDevices.h"
+#include "ui/ReportDefEditor.h"
+
+#include <QApplication>
+#include <QComboBox>
+#include <QElapsedTimer>
+#include <QFileInfo>
+#include <QLineEdit>
+#include <QPushButton>
+#include <QTemporaryDir>
+
+#include <cstdio>
+
+namespace {
+
+constexpr int patience = 60; // seconds
+
+template <typename Work>
+double milliseconds(Work work)
+{
+    QElapsedTimer timer;
+    timer.start();
+    work();
+    return static_cast<double>(timer.nsecsElapsed()) / 1e6;
+}
+
+void print(const QString &what, double took)
+{
+    std::printf("  %-52s %8.1f ms\n", qPrintable(what), took);
+    std::fflush(stdout);
+}
+
+template <typename T>
+T *child(const QWidget &window, const char *name)
+{
+    return window.findChild<T *>(QLatin1String(name));
+}
+
+bool isRead(const frmReportDefEditor &editor)
+{
+    return child<QComboBox>(editor, "cboKind")->count() > 0;
+}
+
+/// A report of every item of a hundred devices.
+clsReportDef sampleReport(const MonitoredDevices &monitored)
+{
+    clsReportDef report;
+    for (size_t i = 0; i < monitored.devices.size(); i += monitored.devices.size() / 100 + 1) {
+        const MonitoredDevice &found = monitored.devices[i];
+        auto device = std::make_shared<clsReportDeviceDef>();
+        device->MUID = found.muid;
+        for (int number = 0; number < found.itemCount; ++number) {
+            auto item = std::make_shared<clsReportDataIdentDef>();
+            item->DataIDent =
+                monitored.items[static_cast<size_t>(found.firstItem + number)].dataIdent;
+            device->DataItems.add(QLatin1Char('k') + item->DataIDent, item);
+        }
+        report.ReportDevices.add(device->MUID, device);
+    }
+    return report;
+}
+
+void typeSearch(frmReportDefEditor &editor, const QString &text)
+{
+    auto *search = child<QLineEdit>(editor, "txtSearch");
+    search->clear();
+    QApplication::processEvents();
+    double longest = 0;
+    double all = 0;
+    for (const QChar key : text) {
+        const double took = milliseconds([&] {
+            search->insert(key);
+            QApplication::processEvents(); // paints
+        });
+        longest = std::max(longest, took);
+        all += took;
+    }
+    print(QStringLiteral("search \"%1\": mean of its keys").arg(text),
+          all / static_cast<double>(text.size()));
+    print(QStringLiteral("search \"%1\": longest").arg(text), longest);
+    print(QStringLiteral("search \"%1\": cleared").arg(text), milliseconds([&] {
+              search->clear();
+              QApplication::processEvents();
+          }));
+}
+
+void clickTwice(const frmReportDefEditor &editor, const char *first, const char *second)
+{
+    for (const char *name : {first, second})
+        print(QStringLiteral("click on %1").arg(QLatin1String(name)), milliseconds([&] {
+                  child<QPushButton>(editor, name)->click();
+                  QApplication::processEvents();
+              }));
+}
+
+void bench(const QString &file)
+{
+    const QTemporaryDir home;
+    setProgramFolder(home.path());
+    gConfig = std::make_unique<clsGrapherConfig>();
+    gConfig->storedConfig = QStringLiteral("%%app.path%%");
+    gGraphDataPath = home.path() + QLatin1Char('/');
+    gDataPath = QFileInfo(file).absolutePath() + QLatin1Char('/');
+
+    MonitoredDevices monitored;
+    print(QStringLiteral("reading the database alone"), milliseconds([&] {
+              const std::unique_ptr<Connection> connection = connectionOpener()();
+              monitored = readMonitoredDevices(*connection);
+          }));
+    std::printf("  (%zu devices, %zu data items)\n", monitored.devices.size(),
+                monitored.items.size());
+    const clsReportDef report = sampleReport(monitored);
+
+    QElapsedTimer opening;
+    opening.start();
+    frmReportDefEditor editor;
+    editor.load(report);
+    editor.show();
+    QApplication::processEvents();
+    print(QStringLiteral("opening, until the window can be used"),
+          static_cast<double>(opening.nsecsElapsed()) / 1e6);
+    double longest = 0;
+    while (!isRead(editor)) {
+        if (opening.elapsed() > patience * 1000)
+            throw Error(DatabaseTimeout, QStringLiteral("the devices do not come"));
+        longest = std::max(longest, milliseconds([] { QApplication::processEvents(); }));
+    }
+    QApplication::processEvents();
+    print(QStringLiteral("opening, until the devices are shown"),
+          static_cast<double>(opening.nsecsElapsed()) / 1e6);
+    print(QStringLiteral("longest wait for the window meanwhile"), longest);
+
+    for (const char *text : {"router", "cpu", "srv 12 memory", "e", "no such thing"})
+        typeSearch(editor, QLatin1String(text));
+    clickTwice(editor, "cmdKindCheck", "cmdKindClear");
+    clickTwice(editor, "cmdSelectShown", "cmdClearShown");
+    clsReportDef stored = report;
+    print(QStringLiteral("store"), milliseconds([&] { editor.store(stored); }));
+}
+
+} // namespace
+
+int main(int argc, char **argv)
+{
+    qputenv("QT_QPA_PLATFORM", "offscreen");
+    const QApplication application(argc, argv);
+    if (argc != 2) {
+        std::fprintf(stderr, "usage: bench-editor FILE\n");
+        return 2;
+    }
+    try {
+        bench(QString::fromLocal8Bit(argv[1]));
+    } catch (const Error &error) {
+        std::fprintf(stderr, "%s\n", error.what());
+        return 1;
+    }
+    return 0;
+}

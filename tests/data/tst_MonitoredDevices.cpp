@@ -1,0 +1,129 @@
+#include "ListRecordset.h"
+#include "core/Error.h"
+#include "data/Connection.h"
+#include "data/MonitoredDevices.h"
+#include "data/Queries.h"
+
+#include <QTest>
+
+namespace {
+
+using Row = std::vector<QVariant>;
+
+/// A database that answers the selection query alone.
+class ListConnection : public Connection
+{
+public:
+    explicit ListConnection(std::vector<Row> rows)
+        : m_rows(std::move(rows))
+    {}
+    std::unique_ptr<Recordset> open(const QString &sql, const QStringList &) override
+    {
+        if (sql != GetDataSelectionSQL())
+            throw Error(DatabaseError, sql);
+        return std::make_unique<ListRecordset>(
+            QStringList{"MUID", "IDent", "MachName", "MachDesc", "DataIDent", "DataName",
+                        "DataDesc", "iScale", "ScaleName", "ScaleAbbr", "MachExclude", "IsGlobal"},
+            m_rows);
+    }
+
+private:
+    std::vector<Row> m_rows;
+};
+
+Row row(const char *muid, int ident, const char *name, int dataIdent, const char *item,
+        int scale = 21)
+{
+    return {muid, ident, name,   QString("about %1").arg(name), dataIdent, item,
+            "",   scale, "Name", scale == 2 ? "%" : " ",        0,         -1};
+}
+
+/// "device: item ident, ..." of each device.
+QStringList outline(const MonitoredDevices &devices)
+{
+    QStringList lines;
+    for (const MonitoredDevice &device : devices.devices) {
+        QStringList items;
+        for (int i = device.firstItem; i < device.firstItem + device.itemCount; ++i) {
+            const MonitoredItem &item = devices.items.at(static_cast<size_t>(i));
+            items.append(devices.itemNames.at(item.name) + u' ' + item.dataIdent);
+        }
+        lines.append(device.name + ": " + items.join(", "));
+    }
+    return lines;
+}
+
+MonitoredDevices read(std::vector<Row> rows)
+{
+    ListConnection connection(std::move(rows));
+    return readMonitoredDevices(connection);
+}
+
+} // namespace
+
+class tst_MonitoredDevices : public QObject
+{
+    Q_OBJECT
+
+private Q_SLOTS:
+    void outlines_data()
+    {
+        QTest::addColumn<std::vector<Row>>("rows");
+        QTest::addColumn<QStringList>("expected");
+        const auto add = [](const char *name, std::vector<Row> rows, const QStringList &expected) {
+            QTest::newRow(name) << rows << expected;
+        };
+        add("empty", {}, {});
+        add("rows in no order",
+            {row("B", 2, "srv-10", 7, "Ping"), row("A", 1, "srv-9", 4, "CPU"),
+             row("B", 2, "srv-10", 6, "CPU"), row("A", 1, "srv-9", 5, "Ping")},
+            {"srv-9: CPU 4, Ping 5", "srv-10: CPU 6, Ping 7"});
+        add("items in natural order",
+            {row("A", 1, "a", 1, "Port 10"), row("A", 1, "a", 2, "Port 9"),
+             row("A", 1, "a", 3, "älter"), row("A", 1, "a", 4, "Zone")},
+            {"a: älter 3, Port 9 2, Port 10 1, Zone 4"});
+        add("items of one name by key", {row("A", 1, "a", 10, "Ping"), row("A", 1, "a", 9, "Ping")},
+            {"a: Ping 9, Ping 10"});
+        add("two scales of one number",
+            {row("A", 1, "a", 1, "Ping"), row("A", 1, "a", 1, "Ping"), row("A", 1, "a", 2, "CPU")},
+            {"a: CPU 2, Ping 1"});
+        add("two devices of one MUID: the first",
+            {row("{ab}", 1, "first", 1, "Ping"), row("{AB}", 2, "second", 2, "Ping"),
+             row("{ab}", 1, "first", 3, "CPU")},
+            {"first: CPU 3, Ping 1"});
+        add("two devices of one name",
+            {row("B", 2, "same", 2, "Ping"), row("A", 1, "same", 1, "Ping")},
+            {"same: Ping 2", "same: Ping 1"});
+    }
+    void outlines()
+    {
+        QFETCH(std::vector<Row>, rows);
+        QTEST(outline(read(std::move(rows))), "expected");
+    }
+
+    void columns()
+    {
+        Row counter = row("{A-1}", 1, "a", 5, "CPU", 2);
+        counter[3] = "About it";
+        counter[6] = "Load";
+        counter[10] = -1; // excluded
+        counter[11] = 0;  // not global
+        const MonitoredDevices devices = read({counter, row("B", 2, "b", 6, "Ping")});
+        QCOMPARE(devices.devices.size(), size_t(2));
+        const MonitoredDevice &device = devices.devices.front();
+        QCOMPARE(device.muid, "{A-1}");
+        QCOMPARE(device.description, "About it");
+        QVERIFY(device.isExcluded);
+        QVERIFY(!devices.devices.back().isExcluded);
+        const MonitoredItem &item = devices.items.front();
+        QCOMPARE(devices.itemDescriptions.at(item.description), "Load");
+        QVERIFY(!item.isGlobal);
+        QVERIFY(devices.items.back().isGlobal);
+        QCOMPARE(item.scale, 2);
+        QCOMPARE(devices.units.value(2), "%");
+        QCOMPARE(devices.units.value(21), "Name"); // for want of an abbreviation
+    }
+};
+
+QTEST_APPLESS_MAIN(tst_MonitoredDevices)
+#include "tst_MonitoredDevices.moc"
