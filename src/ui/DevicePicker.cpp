@@ -329,7 +329,9 @@ void DevicePicker::showCounts()
     lblSelected->setText(text);
 
     const qsizetype devices = m_tree->shownDevices();
-    if (!isFiltered())
+    if (m_tree->isRead() && counts.allDevices == 0)
+        lblShown->setText(QStringLiteral("The database has no devices with data items yet."));
+    else if (!isFiltered())
         lblShown->setText({});
     else if (devices == 0)
         lblShown->setText(QStringLiteral("Nothing is found."));

@@ -40,8 +40,15 @@ void DeviceTree::setSelection(const Collection<clsReportDeviceDef> &devices)
 {
     beginResetModel();
     m_former = devices;
+    std::vector<Chosen> selected;
+    for (const auto &device : devices) {
+        Chosen &entry = selected.emplace_back();
+        entry.muid = device->MUID;
+        for (const auto &dataItem : device->DataItems)
+            entry.items.append(dataItem->DataIDent);
+    }
     dropMissing();
-    take(devices);
+    take(selected);
     filter();
     endResetModel();
     Q_EMIT selectionChanged();
@@ -49,7 +56,7 @@ void DeviceTree::setSelection(const Collection<clsReportDeviceDef> &devices)
 
 void DeviceTree::setMonitored(MonitoredDevices devices)
 {
-    const Collection<clsReportDeviceDef> selected = selection();
+    const std::vector<Chosen> selected = chosen();
     beginResetModel();
     m_monitored = std::move(devices);
     m_knownDevices = deviceCount();
@@ -76,39 +83,36 @@ void DeviceTree::dropMissing()
     }
 }
 
-void DeviceTree::take(const Collection<clsReportDeviceDef> &devices)
+void DeviceTree::take(const std::vector<Chosen> &devices)
 {
     QHash<QString, int> known;
     known.reserve(m_knownDevices);
     for (int number = 0; number < m_knownDevices; ++number)
         known.insert(foldedKey(device(number).muid), number);
-    for (const auto &selected : devices)
-        takeDevice(*selected, known.value(foldedKey(selected->MUID), -1));
+    for (const Chosen &selected : devices)
+        takeDevice(selected, known.value(foldedKey(selected.muid), -1));
     m_filter.setDevices(m_monitored);
 }
 
 /// `known`: the device of the database; -1 when it has none.
-void DeviceTree::takeDevice(const clsReportDeviceDef &selected, int known)
+void DeviceTree::takeDevice(const Chosen &selected, int known)
 {
     QHash<QString, int> knownItems;
     if (known >= 0) {
         const int first = device(known).firstItem;
         for (int number = first; number < first + device(known).itemCount; ++number)
             knownItems.insert(item(number).dataIdent, number);
-        state(known).keptWithoutItems = selected.DataItems.isEmpty();
+        state(known).keptWithoutItems = selected.items.isEmpty();
     }
     MonitoredDevice missing;
-    missing.muid = known >= 0 ? device(known).muid : selected.MUID;
-    missing.name = known >= 0 ? device(known).name : selected.DisplayName;
     missing.firstItem = static_cast<int>(m_monitored.items.size());
-    for (const auto &selectedItem : selected.DataItems) {
-        if (const auto found = knownItems.constFind(selectedItem->DataIDent);
-            found != knownItems.cend()) {
+    for (const QString &ident : selected.items) {
+        if (const auto found = knownItems.constFind(ident); found != knownItems.cend()) {
             markItem(*found, true);
             continue;
         }
         MonitoredItem lost;
-        lost.dataIdent = selectedItem->DataIDent;
+        lost.dataIdent = ident;
         lost.name = lost.description = -1;
         m_monitored.items.push_back(lost);
         m_deviceOfItem.push_back(deviceCount());
@@ -117,6 +121,14 @@ void DeviceTree::takeDevice(const clsReportDeviceDef &selected, int known)
     }
     if (missing.itemCount == 0 && known >= 0)
         return;
+    if (known >= 0) {
+        missing.muid = device(known).muid;
+        missing.name = device(known).name;
+    } else {
+        missing.muid = selected.muid;
+        if (const auto former = m_former.find(selected.muid))
+            missing.name = former->DisplayName;
+    }
     DeviceState lostState;
     lostState.twin = known;
     lostState.selectedItems = missing.itemCount;
@@ -130,17 +142,33 @@ bool DeviceTree::isSelected(int number) const
     return state(number).selectedItems > 0 || state(number).keptWithoutItems;
 }
 
-namespace {
-
-/// A selected device with its selected items, in the tree's order.
-struct Chosen
+std::vector<DeviceTree::Chosen> DeviceTree::chosen() const
 {
-    QString muid;
-    QStringList items;
-};
+    std::vector<Chosen> devices;
+    std::vector<int> places(m_states.size(), -1);
+    for (int number = 0; number < deviceCount(); ++number) {
+        if (!isSelected(number))
+            continue;
+        const MonitoredDevice &selected = device(number);
+        const int twin = state(number).twin; // the two are one
+        int &place = places[static_cast<size_t>(number)];
+        place = twin >= 0 ? places[static_cast<size_t>(twin)] : -1;
+        if (place < 0) {
+            place = static_cast<int>(devices.size());
+            devices.push_back({selected.muid, {}});
+        }
+        QStringList &items = devices[static_cast<size_t>(place)].items;
+        for (int i = selected.firstItem; i < selected.firstItem + selected.itemCount; ++i) {
+            if (m_checked[static_cast<size_t>(i)])
+                items.append(item(i).dataIdent);
+        }
+    }
+    return devices;
+}
 
-std::shared_ptr<clsReportDeviceDef> deviceDef(const Chosen &chosen,
-                                              const clsReportDeviceDef *former)
+/// `former`: what it was before; null for a new one.
+std::shared_ptr<clsReportDeviceDef> DeviceTree::definition(const Chosen &chosen,
+                                                           const clsReportDeviceDef *former)
 {
     auto device = std::make_shared<clsReportDeviceDef>();
     device->MUID = chosen.muid;
@@ -165,35 +193,20 @@ std::shared_ptr<clsReportDeviceDef> deviceDef(const Chosen &chosen,
     return device;
 }
 
-} // namespace
-
 Collection<clsReportDeviceDef> DeviceTree::selection() const
 {
-    std::vector<Chosen> chosen;
-    QHash<QString, size_t> places; // a known device and what it lacks are one
-    for (int number = 0; number < deviceCount(); ++number) {
-        if (!isSelected(number))
-            continue;
-        const MonitoredDevice &selected = device(number);
-        const QString key = foldedKey(selected.muid);
-        if (!places.contains(key)) {
-            places.insert(key, chosen.size());
-            chosen.push_back({selected.muid, {}});
-        }
-        Chosen &entry = chosen[places.value(key)];
-        for (int i = selected.firstItem; i < selected.firstItem + selected.itemCount; ++i) {
-            if (m_checked[static_cast<size_t>(i)])
-                entry.items.append(item(i).dataIdent);
-        }
-    }
+    const std::vector<Chosen> selected = chosen();
+    QHash<QString, const Chosen *> byKey;
+    for (const Chosen &entry : selected)
+        byKey.insert(foldedKey(entry.muid), &entry);
     Collection<clsReportDeviceDef> devices;
     for (const auto &former : m_former) {
-        if (const auto found = places.constFind(foldedKey(former->MUID)); found != places.cend())
-            devices.add(former->MUID, deviceDef(chosen[*found], former.get()));
+        if (const Chosen *entry = byKey.value(foldedKey(former->MUID)))
+            devices.add(former->MUID, definition(*entry, former.get()));
     }
-    for (const Chosen &entry : chosen) {
+    for (const Chosen &entry : selected) {
         if (!devices.contains(entry.muid))
-            devices.add(entry.muid, deviceDef(entry, nullptr));
+            devices.add(entry.muid, definition(entry, nullptr));
     }
     return devices;
 }
@@ -201,12 +214,9 @@ Collection<clsReportDeviceDef> DeviceTree::selection() const
 QString DeviceTree::selectionText() const
 {
     QStringList lines;
-    for (const auto &selected : selection()) {
-        QStringList items;
-        for (const auto &selectedItem : selected->DataItems)
-            items.append(selectedItem->DataIDent);
-        items.sort();
-        lines.append(foldedKey(selected->MUID) + u':' + items.join(u','));
+    for (Chosen &entry : chosen()) {
+        entry.items.sort();
+        lines.append(foldedKey(entry.muid) + u':' + entry.items.join(u','));
     }
     lines.sort();
     return lines.join(u'\n');

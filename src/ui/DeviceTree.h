@@ -111,6 +111,13 @@ private:
         int shownCount = 0;
     };
 
+    /// A selected device with its selected items, in the tree's order.
+    struct Chosen
+    {
+        QString muid;
+        QStringList items;
+    };
+
     static quintptr keyOf(Node node);
     static Node nodeOf(const QModelIndex &index);
     MonitoredDevice &device(int number) { return m_monitored.devices[size_t(number)]; }
@@ -124,8 +131,11 @@ private:
     bool hasGroup() const { return !m_shownMissing.empty(); }
 
     void dropMissing();
-    void take(const Collection<clsReportDeviceDef> &devices);
-    void takeDevice(const clsReportDeviceDef &selected, int known);
+    void take(const std::vector<Chosen> &devices);
+    void takeDevice(const Chosen &selected, int known);
+    std::vector<Chosen> chosen() const;
+    static std::shared_ptr<clsReportDeviceDef> definition(const Chosen &chosen,
+                                                          const clsReportDeviceDef *former);
     void filter();
     void filterDevice(int number);
     Qt::CheckState markOf(Node node) const;

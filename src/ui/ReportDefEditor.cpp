@@ -144,10 +144,6 @@ QWidget *frmReportDefEditor::makeOutput()
     txtOutputFolder = new QLineEdit;
     txtOutputFolder->setObjectName(QStringLiteral("txtOutputFolder"));
     txtOutputFolder->setReadOnly(true);
-    txtOutputFolder->setFrame(false);
-    QPalette asWindow = txtOutputFolder->palette();
-    asWindow.setBrush(QPalette::Base, asWindow.window());
-    txtOutputFolder->setPalette(asWindow);
 
     form->addRow(QStringLiteral("Output &file:"), txtOutputFile);
     auto *label = new QLabel(QStringLiteral("Te&mplate:"));
