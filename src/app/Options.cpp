@@ -112,6 +112,8 @@ QString usageText()
         R"(Usage: VantrelGrapher [/AUTO] [/DBPATH=<folder>] [option...]
 
 Draws the reports of the Vantrel network monitor: HTML pages, PNG charts and CSV files.
+Opens its window, unless one of these options says what to do without it:
+/AUTO, --auto, --run, --list, --history, --check, --register, --unregister, --registered.
 
   /AUTO              run every report that is due, then exit; needs no display
   /DBPATH=<folder>   folder of the monitoring database VTRGData.MDB; the value is used in upper

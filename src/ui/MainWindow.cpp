@@ -88,7 +88,9 @@ void frmGrapherMain::updateAutomate()
 void frmGrapherMain::start()
 {
     updateCommands();
-    lvReports->setFocus();
+    const bool isEmpty = m_list->rowCount() == 0;
+    QWidget *first = isEmpty ? static_cast<QWidget *>(lvReports->addButton()) : lvReports;
+    first->setFocus();
     Timer1->start();
 }
 

@@ -89,6 +89,14 @@ frmGrapherMain::frmGrapherMain(platform::TaskScheduler &scheduler, QStringList t
     ssScrollMain->setWidget(content);
     setCentralWidget(ssScrollMain);
 
+    QWidget *before = cmdReportAdd;
+    for (QWidget *next : std::initializer_list<QWidget *>{
+             cmdReportModify, cmdReportRemove, lvReports, lvReports->addButton(), txtStatusInfo,
+             cmdReportView, cmdReportOpen}) {
+        setTabOrder(before, next);
+        before = next;
+    }
+
     makeMenus();
     statusBar()->setObjectName(QStringLiteral("StatusBar1"));
     m_firstPanel->setObjectName(QStringLiteral("lblCountdown"));

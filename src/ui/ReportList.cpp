@@ -203,6 +203,8 @@ QVariant ReportList::data(const QModelIndex &index, int role) const
 
 QVariant ReportList::headerData(int section, Qt::Orientation orientation, int role) const
 {
+    if (role == Qt::TextAlignmentRole && section == Devices)
+        return QVariant(Qt::AlignRight | Qt::AlignVCenter);
     if (orientation != Qt::Horizontal || role != Qt::DisplayRole)
         return QAbstractTableModel::headerData(section, orientation, role);
     switch (section) {

@@ -83,6 +83,7 @@ void TestProgram::initTestCase()
     qunsetenv("VANTREL_GRAPHER_HOME");
     qunsetenv("DISPLAY");
     qunsetenv("WAYLAND_DISPLAY");
+    qunsetenv("QT_QPA_PLATFORM"); // the program's own choice
 }
 
 void TestProgram::endsWithTheRightStatus_data()
@@ -111,6 +112,8 @@ void TestProgram::endsWithTheRightStatus_data()
     QTest::newRow("unknown option")
         << QStringList{"--nonsense"} << 2 << "unknown option --nonsense";
     QTest::newRow("nothing defined") << QStringList{"--home", empty, "/AUTO"} << 0 << "";
+    QTest::newRow("no display for the window")
+        << QStringList{"--home", empty} << 2 << "there is no display for the window";
     QTest::newRow("unknown report")
         << QStringList{"--home", empty, "--run", "x"} << 2 << "There is no report 'x'";
     QTest::newRow("malformed configuration")
