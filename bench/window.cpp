@@ -1,0 +1,92 @@
+// bench-window: runs every report of a home from the main window, and tells how long the window
+// ever left the user waiting.
+
+#include "core/GrapherConfig.h"
+#include "core/Paths.h"
+#include "core/StartUp.h"
+#include "core/State.h"
+#include "tests/support/MemoryScheduler.h"
+#include "ui/MainWindow.h"
+#include "ui/ReportView.h"
+
+#include <QAction>
+#include <QApplication>
+#include <QDesktopServices>
+#include <QElapsedTimer>
+#include <QTimer>
+
+#include <algorithm>
+#include <cstdio>
+#include <vector>
+
+namespace {
+
+/// Takes the finished page, so that no browser starts.
+class NoBrowser : public QObject
+{
+    Q_OBJECT
+
+public:
+    NoBrowser() { QDesktopServices::setUrlHandler(QStringLiteral("file"), this, "take"); }
+    ~NoBrowser() override { QDesktopServices::unsetUrlHandler(QStringLiteral("file")); }
+    Q_INVOKABLE void take(const QUrl &) {}
+};
+
+void measure(frmGrapherMain &window)
+{
+    window.findChild<ReportView *>(QStringLiteral("lvReports"))->selectAll();
+    std::vector<qint64> gaps;
+    QElapsedTimer sinceBeat;
+    QTimer heart;
+    heart.callOnTimeout([&] {
+        if (sinceBeat.isValid())
+            gaps.push_back(sinceBeat.elapsed());
+        sinceBeat.start();
+    });
+    heart.start(1);
+    QElapsedTimer all;
+    all.start();
+    window.findChild<QAction *>(QStringLiteral("mnuReportView"))->trigger();
+    const qint64 duration = all.elapsed();
+    heart.stop();
+    if (gaps.empty()) {
+        std::puts("The run never yielded.");
+        return;
+    }
+    std::sort(gaps.begin(), gaps.end());
+    std::printf("run %lld ms; %zu looks at the user's events; between two of them: median %lld ms, "
+                "99 %% within %lld ms, longest %lld ms\n",
+                static_cast<long long>(duration), gaps.size(),
+                static_cast<long long>(gaps[gaps.size() / 2]),
+                static_cast<long long>(gaps[gaps.size() * 99 / 100]),
+                static_cast<long long>(gaps.back()));
+}
+
+} // namespace
+
+int main(int argc, char *argv[])
+{
+    QApplication application(argc, argv);
+    QApplication::setApplicationName(QStringLiteral("VantrelGrapher"));
+    if (argc != 2) {
+        std::fputs("Usage: bench-window HOME\n", stderr);
+        return 2;
+    }
+    locateProgramFolder(QString::fromLocal8Bit(argv[1]));
+    InitGrapher();
+    loadGrapherConfig();
+    const NoBrowser noBrowser;
+    MemoryScheduler scheduler;
+    frmGrapherMain window(scheduler, {});
+    window.show();
+    window.loadReports();
+    gStartupDone = true;
+    window.start();
+    QTimer::singleShot(0, &window, [&window] {
+        measure(window);
+        window.close();
+    });
+    return QApplication::exec();
+}
+
+#include "window.moc"
