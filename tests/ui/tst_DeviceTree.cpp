@@ -123,7 +123,7 @@ private Q_SLOTS:
         add("koln", "[-] Köln-Router ([x] CPU; [ ] Ping)");
         add("{SRV-2}", "[x] srv-2 ([x] Disk)");
         add("round-trip", "[ ] srv-1 ([ ] Latency)");
-        add("1}\n", "[ ] srv-1 ([ ] CPU; [ ] Latency; [ ] Ping)");
+        add("1}", "[ ] srv-1 ([ ] CPU; [ ] Latency; [ ] Ping)");
         add("srv-2{", "");
         add("cpu ping", "");
         add("nowhere", "");
