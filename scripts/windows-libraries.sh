@@ -4,7 +4,7 @@
 
 windows_packages=(g++-mingw-w64-x86-64-posix gcc-mingw-w64-x86-64-posix mingw-w64-tools dpkg-dev
     qt6-base-dev-tools tcl librsvg2-bin icoutils zip)
-windows_test_packages=(wine wine64 xvfb xauth x11-utils imagemagick unzip)
+windows_test_packages=(wine wine64 xvfb xauth x11-utils fonts-wine imagemagick unzip)
 cache=${VANTREL_CACHE:-$HOME/.cache/vantrel}
 toolchain=$PWD/cmake/Windows.toolchain.cmake
 cross=x86_64-w64-mingw32

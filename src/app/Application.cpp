@@ -187,7 +187,9 @@ void shutDown(int status)
 
 void printQtMessage(QtMsgType, const QMessageLogContext &, const QString &message)
 {
-    if (!message.startsWith(QLatin1String("QStandardPaths: XDG_RUNTIME_DIR not set")))
+    // Neither matters here: no run-time folder, and the manifest's word on screens before Qt's own.
+    if (!message.startsWith(QLatin1String("QStandardPaths: XDG_RUNTIME_DIR not set")) &&
+        !message.startsWith(QLatin1String("SetProcessDpiAwarenessContext")))
         print(stderr, message);
 }
 

@@ -1,5 +1,7 @@
 #include "charts/Coverage.h"
 
+#include "charts/PerThread.h"
+
 #include <QPaintEngine>
 
 #include <algorithm>
@@ -38,7 +40,7 @@ public:
             ink.setAlphaF(color.alphaF() * static_cast<float>(i) / 255.0F);
             inks[i] = qPremultiply(ink.rgba());
         }
-        thread_local std::vector<QRgb> pixels; // half a megabyte, used again by the next mask
+        auto &pixels = perThread<std::vector<QRgb>, CoverageMask>(); // half a megabyte, used again
         pixels.resize(static_cast<size_t>(m_bounds.width()) *
                       static_cast<size_t>(m_bounds.height()));
         QRgb *pixel = pixels.data();
@@ -61,11 +63,7 @@ public:
 
 private:
     /// Reused by all charts of a thread.
-    static std::vector<float> &scratch()
-    {
-        thread_local std::vector<float> buffer;
-        return buffer;
-    }
+    static std::vector<float> &scratch() { return perThread<std::vector<float>, CoverageMask>(); }
 
     void addEdge(QPointF from, QPointF to)
     {

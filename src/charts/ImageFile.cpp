@@ -1,6 +1,7 @@
 #include "charts/ImageFile.h"
 
 #include "charts/Palette.h"
+#include "charts/PerThread.h"
 #include "core/Error.h"
 
 #include <QBuffer>
@@ -29,14 +30,19 @@ using Compressor = std::unique_ptr<libdeflate_compressor, FreeCompressor>;
 /// A compressor is large and slow to set up: one for each thread and level.
 libdeflate_compressor *compressorFor(Compression compression)
 {
-    thread_local const Compressor fast(libdeflate_alloc_compressor(fastLevel));
-    thread_local Compressor small;
-    if (compression == Compression::Small && !small)
-        small.reset(libdeflate_alloc_compressor(smallLevel));
-    libdeflate_compressor *wanted = (compression == Compression::Small ? small : fast).get();
+    struct Compressors
+    {
+        Compressor fast;
+        Compressor small;
+    };
+    const bool isSmall = compression == Compression::Small;
+    auto &own = perThread<Compressors, Compressors>();
+    Compressor &wanted = isSmall ? own.small : own.fast;
+    if (!wanted)
+        wanted.reset(libdeflate_alloc_compressor(isSmall ? smallLevel : fastLevel));
     if (!wanted)
         throw Error(Overflow, QStringLiteral("No memory to compress an image"));
-    return wanted;
+    return wanted.get();
 }
 
 void appendNumber(QByteArray &bytes, quint32 number)

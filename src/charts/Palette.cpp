@@ -1,5 +1,7 @@
 #include "charts/Palette.h"
 
+#include "charts/PerThread.h"
+
 #include <algorithm>
 #include <cstdlib>
 #include <cstring>
@@ -174,7 +176,8 @@ std::optional<PalettedImage> paletted(const QImage &image)
 
     // First every pixel gets the place of its colour in the table, then the number in the palette.
     ColorTable table;
-    thread_local std::vector<quint16> places; // half a megabyte, used again by the next image
+    // Half a megabyte, used again by the next image.
+    auto &places = perThread<std::vector<quint16>, PalettedImage>();
     places.resize(static_cast<size_t>(width) * static_cast<size_t>(height));
     quint16 *place = places.data();
     for (int y = 0; y < height; ++y) {

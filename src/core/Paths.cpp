@@ -70,7 +70,7 @@ QString programFolder()
 
 void setProgramFolder(const QString &folder)
 {
-    ownFolder = folder;
+    ownFolder = QDir::toNativeSeparators(folder);
     while (ownFolder.size() > 1 && isSeparator(ownFolder.back()))
         ownFolder.chop(1);
 }

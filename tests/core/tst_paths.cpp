@@ -21,15 +21,16 @@ private Q_SLOTS:
     void endsFolders()
     {
         const QString end(pathSeparator);
+        const QString prog = pathSeparator + QLatin1String("prog");
         setProgramFolder(QStringLiteral("/prog"));
-        QCOMPARE(NormalizeFolder(QStringLiteral("  ")), QLatin1String("/prog") + end);
+        QCOMPARE(NormalizeFolder(QStringLiteral("  ")), prog + end);
         QCOMPARE(NormalizeFolder(QStringLiteral(" /a b ")), QLatin1String("/a b") + end);
         QCOMPARE(NormalizeFolder(QStringLiteral("C:\\a\\")), u"C:\\a\\");
         QCOMPARE(NormalizeFolder(QStringLiteral("/a/")), u"/a/");
         QCOMPARE(WithBackslash(QStringLiteral("  ")), u"");
         QCOMPARE(WithBackslash(QStringLiteral(" /a")), QLatin1String("/a") + end);
         setProgramFolder(QStringLiteral("/prog/\\"));
-        QCOMPARE(programFolder(), u"/prog");
+        QCOMPARE(programFolder(), prog);
     }
 
 #ifndef Q_OS_WIN
@@ -156,7 +157,11 @@ private Q_SLOTS:
         sandbox->write(QStringLiteral("two/VTRGConfigV6.FAC"), "x");
         qputenv("VANTREL_GRAPHER_HOME", sandbox->path(QStringLiteral("ONE")).toUtf8());
         locateProgramFolder(QString());
+#ifdef Q_OS_WIN // ignores case by itself
+        QCOMPARE(programFolder(), sandbox->path(QStringLiteral("ONE")));
+#else
         QCOMPARE(programFolder(), sandbox->path(QStringLiteral("one")));
+#endif
         QCOMPARE(sandbox->names(QStringLiteral("one")).size(), 1); // complete as it is
         locateProgramFolder(sandbox->path(QStringLiteral("two")) + u'/');
         QCOMPARE(programFolder(), sandbox->path(QStringLiteral("two")));

@@ -51,10 +51,12 @@ private Q_SLOTS:
             "2024-10-06T02:45:00");
         row("Lord Howe overlap", "Australia/Lord_Howe", "2024-04-07T01:45:00",
             "2024-04-06T14:45:00", "2024-04-07T01:45:00");
+#ifndef Q_OS_WIN // has no rule of that year, and Kathmandu by its former name alone
         row("Apia skips a day", "Pacific/Apia", "2011-12-30T12:00:00", "2011-12-30T22:00:00",
             "2011-12-31T12:00:00");
         row("Kathmandu", "Asia/Kathmandu", "2024-01-01T00:00:00", "2023-12-31T18:15:00",
             "2024-01-01T00:00:00");
+#endif
     }
     void wallTimesToInstants()
     {
@@ -85,7 +87,7 @@ private Q_SLOTS:
         QTest::newRow("America/New_York") << 6;
         QTest::newRow("Australia/Lord_Howe") << 6;
         QTest::newRow("Africa/Casablanca") << 7; // turns the clock back for Ramadan
-        QTest::newRow("Asia/Kolkata") << 1;
+        QTest::newRow("Asia/Tokyo") << 1;
     }
     void spansFollowEachOther()
     {

@@ -48,6 +48,10 @@ void tst_Buckets::againstMinuteByMinute_data()
     // Santiago changes at midnight, so that a day begins at 01:00 or has its last hour twice.
     for (const char *zone : {"UTC", "Europe/Berlin", "America/New_York", "Australia/Lord_Howe",
                              "Asia/Kathmandu", "America/Santiago"}) {
+        if (!QTimeZone::isTimeZoneIdAvailable(zone)) {
+            qWarning("This system has no zone %s", zone); // Windows has it by its former name
+            continue;
+        }
         for (const int interval : {0, 1, 5, 7, 15, 25, 60, 90})
             QTest::addRow("%s minutes %d", zone, interval) << QByteArray(zone) << 0 << interval;
         for (const int frequency : {1, 2, 3, 4})

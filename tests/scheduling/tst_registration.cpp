@@ -5,6 +5,7 @@
 #include "support/Sandbox.h"
 
 #include <QCoreApplication>
+#include <QDir>
 #include <QTest>
 
 class TestRegistration : public QObject
@@ -27,7 +28,7 @@ void TestRegistration::registersAnHourlyTask()
     QVERIFY(registerTask(scheduler, {"HOST\\me", "secret"}, {"--home", "/a b"}));
     const platform::ScheduledTask &task = scheduler.saved;
     QCOMPARE(task.name, QString("VantrelGraphTool"));
-    QCOMPARE(task.application, QCoreApplication::applicationFilePath());
+    QCOMPARE(task.application, QDir::toNativeSeparators(QCoreApplication::applicationFilePath()));
     QCOMPARE(task.parameters, QStringList({"/AUTO", "--home", "/a b"}));
     QCOMPARE(task.workingDirectory, box.path());
     QCOMPARE(task.comment, QString("This task runs the Vantrel Graphing tool once per hour and "

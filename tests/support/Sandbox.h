@@ -31,7 +31,7 @@ public:
 
     QString path(const QString &name = QString()) const
     {
-        return name.isEmpty() ? m_folder.path() : m_folder.filePath(name);
+        return QDir::toNativeSeparators(name.isEmpty() ? m_folder.path() : m_folder.filePath(name));
     }
     /// Folders in the name are made.
     void write(const QString &name, const QByteArray &bytes) const

@@ -18,9 +18,8 @@ constexpr qsizetype longestMessage = 31'000;
 bool isSourceRegistered()
 {
     DWORD bytes = 0;
-    return ::RegGetValueW(HKEY_LOCAL_MACHINE, sourceKey, messageFile,
-                          RRF_RT_REG_SZ | RRF_RT_REG_EXPAND_SZ, nullptr, nullptr,
-                          &bytes) == ERROR_SUCCESS;
+    return ::RegGetValueW(HKEY_LOCAL_MACHINE, sourceKey, messageFile, RRF_RT_REG_SZ, nullptr,
+                          nullptr, &bytes) == ERROR_SUCCESS;
 }
 
 HANDLE openSource()

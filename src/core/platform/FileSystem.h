@@ -1,5 +1,6 @@
 #pragma once
 
+#include <QFile>
 #include <QString>
 
 /// File-system services that differ between systems. Safe on any thread.
@@ -13,6 +14,10 @@ bool syncToDisk(int fileHandle);
 /// Renames `from` to `to` in one step, replacing `to`. Tries again for a short while where another
 /// program holds the target open. On failure false, with the system's reason.
 bool replaceFile(const QString &from, const QString &to, QString &reason);
+
+/// Opens a file for unbuffered reading without standing in anybody's way: others may write, rename
+/// and remove it meanwhile. On failure false; the file's errorString() tells why.
+bool openToRead(QFile &file);
 
 /// The entry of a folder whose name differs from `name` in case alone, the least one of several;
 /// null when there is none, and where the system itself ignores case. An empty folder is the

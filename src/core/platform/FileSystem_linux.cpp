@@ -30,6 +30,11 @@ bool replaceFile(const QString &from, const QString &to, QString &reason)
     return false;
 }
 
+bool openToRead(QFile &file)
+{
+    return file.open(QIODevice::ReadOnly | QIODevice::Unbuffered);
+}
+
 QString entryIgnoringCase(const QString &folder, const QString &name)
 {
     const QByteArray path = folder.isEmpty() ? QByteArray(".") : QFile::encodeName(folder);

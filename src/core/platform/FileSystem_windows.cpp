@@ -4,6 +4,7 @@
 #include <QStringList>
 
 #include <aclapi.h>
+#include <fcntl.h>
 #include <io.h>
 
 namespace platform {
@@ -82,21 +83,34 @@ bool replaceFile(const QString &from, const QString &to, QString &reason)
     if (replaces)
         copyRights(target, source);
     // What nobody may write, or what is a folder, stays so however long one waits.
-    const bool isFixed =
-        replaces && (attributes & (FILE_ATTRIBUTE_READONLY | FILE_ATTRIBUTE_DIRECTORY));
+    if (replaces && (attributes & (FILE_ATTRIBUTE_READONLY | FILE_ATTRIBUTE_DIRECTORY))) {
+        reason = systemText(ERROR_ACCESS_DENIED);
+        return false;
+    }
     DWORD waited = 0;
     for (DWORD pause = 10;; pause *= 2) {
         if (::MoveFileExW(wide(source), wide(target),
                           MOVEFILE_REPLACE_EXISTING | MOVEFILE_WRITE_THROUGH))
             return true;
         const DWORD error = ::GetLastError();
-        if (isFixed || !mayPass(error) || waited >= longestWait) {
+        if (!mayPass(error) || waited >= longestWait) {
             reason = systemText(error);
             return false;
         }
         ::Sleep(pause);
         waited += pause;
     }
+}
+
+bool openToRead(QFile &file)
+{
+    const HANDLE handle = ::CreateFileW(wide(longPath(file.fileName())), GENERIC_READ,
+                                        FILE_SHARE_READ | FILE_SHARE_WRITE | FILE_SHARE_DELETE,
+                                        nullptr, OPEN_EXISTING, 0, nullptr);
+    if (handle == INVALID_HANDLE_VALUE) // Qt finds the words
+        return file.open(QIODevice::ReadOnly | QIODevice::Unbuffered);
+    const int number = ::_open_osfhandle(reinterpret_cast<intptr_t>(handle), _O_RDONLY | _O_BINARY);
+    return file.open(number, QIODevice::ReadOnly | QIODevice::Unbuffered, QFile::AutoCloseHandle);
 }
 
 QString entryIgnoringCase(const QString &, const QString &)

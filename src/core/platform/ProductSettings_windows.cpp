@@ -13,14 +13,13 @@ QString readValue(HKEY hive, REGSAM view, const QString &key, const QString &nam
     if (::RegOpenKeyExW(hive, wide(key), 0, KEY_QUERY_VALUE | view, &opened) != ERROR_SUCCESS)
         return QString();
     // Variables such as %ProgramFiles% are put in.
-    constexpr DWORD kinds = RRF_RT_REG_SZ | RRF_RT_REG_EXPAND_SZ;
     DWORD bytes = 0;
     QString value;
-    if (::RegGetValueW(opened, nullptr, wide(name), kinds, nullptr, nullptr, &bytes) ==
+    if (::RegGetValueW(opened, nullptr, wide(name), RRF_RT_REG_SZ, nullptr, nullptr, &bytes) ==
         ERROR_SUCCESS) {
         std::vector<wchar_t> buffer(bytes / sizeof(wchar_t) + 1);
-        if (::RegGetValueW(opened, nullptr, wide(name), kinds, nullptr, buffer.data(), &bytes) ==
-            ERROR_SUCCESS)
+        if (::RegGetValueW(opened, nullptr, wide(name), RRF_RT_REG_SZ, nullptr, buffer.data(),
+                           &bytes) == ERROR_SUCCESS)
             value = QString::fromWCharArray(buffer.data());
     }
     ::RegCloseKey(opened);

@@ -269,7 +269,6 @@ void Service::save(const Task &settings) const
             "Setting the folder of the task");
     require(task->SetComment(settings.comment.c_str()), "Setting the comment of the task");
     require(task->SetCreator(settings.creator.c_str()), "Setting the creator of the task");
-    require(task->SetPriority(NORMAL_PRIORITY_CLASS), "Setting the priority of the task");
     require(task->SetMaxRunTime(settings.maximumRunTime), "Setting the run time of the task");
     removeTriggers(task);
     for (const Trigger &trigger : settings.triggers)

@@ -2,6 +2,7 @@
 
 #include "core/Error.h"
 #include "core/Files.h"
+#include "core/platform/FileSystem.h"
 
 #include <numeric>
 #include <utility>
@@ -45,7 +46,7 @@ PageReader::PageReader(const QString &path)
 {
     if (!m_file.exists())
         throw Error(FileNotFound, u'\'' + path + QStringLiteral("': the file does not exist"));
-    if (!m_file.open(QIODevice::ReadOnly | QIODevice::Unbuffered)) {
+    if (!platform::openToRead(m_file)) {
         throw Error(PermissionDenied, u'\'' + path + QStringLiteral("': ") + m_file.errorString());
     }
     readHeader();
