@@ -229,6 +229,7 @@ private Q_SLOTS:
     void cancelsBetweenDevices();
     void tellsInTheMasterListHowReportsEnded();
     void reportsProgressOfTheWholeRun();
+    void beginsNoRunWithABrokenFile();
 };
 
 void TestReportRunner::writesTheWholeTree()
@@ -497,6 +498,21 @@ void TestReportRunner::reportsProgressOfTheWholeRun()
                                 QStringLiteral("Night 2/6"), QStringLiteral("Night 3/6"),
                                 QStringLiteral("Night 4/6"), QStringLiteral("Night 5/6"),
                                 QStringLiteral("Night 6/6"), QStringLiteral("Never 6/6")}));
+}
+
+void TestReportRunner::beginsNoRunWithABrokenFile()
+{
+    Site site;
+    const QByteArray broken = "<CHARTDEFS>\n<CHART\n</CHARTDEFS>";
+    site.box.write(QStringLiteral("ChartDefs.XML"), broken);
+    const RunResult result = site.run(RunChoice::Due);
+    QCOMPARE(result.reports, 0);
+    QCOMPARE(result.failed, 1);
+    QVERIFY(!site.lastRunMoved());
+    QCOMPARE(site.box.read(QStringLiteral("ChartDefs.XML")), broken);
+    QVERIFY(!site.box.names().contains(QStringLiteral("Out")));
+    QVERIFY(readRuns().front().error.contains(QStringLiteral("ChartDefs.XML:3:")));
+    QVERIFY(Site::events.last().contains(QStringLiteral("ChartDefs.XML:3:")));
 }
 
 int main(int argc, char *argv[])

@@ -12,9 +12,11 @@
 #include "ui/ReportView.h"
 #include "ui/StatusBox.h"
 
+#include <QComboBox>
 #include <QDesktopServices>
 #include <QHeaderView>
 #include <QLabel>
+#include <QLineEdit>
 #include <QMenu>
 #include <QProgressBar>
 #include <QStatusBar>
@@ -193,12 +195,9 @@ private Q_SLOTS:
     {
         QTest::addColumn<int>("row");
         QTest::addColumn<QStringList>("cells");
-        QTest::newRow("due") << 0 << QStringList({"Alpha", "1", "2024-01-01 00:00", "", "Due now"});
-        QTest::newRow("not due") << 1
-                                 << QStringList(
-                                        {"Beta", "1", "2099-01-01 00:00", "", "2099-01-01 01:00"});
-        QTest::newRow("no schedule")
-            << 2 << QStringList({"Gamma", "1", "Never", "", "Not scheduled"});
+        QTest::newRow("due") << 0 << QStringList({"Alpha", "1", "", "Due now"});
+        QTest::newRow("not due") << 1 << QStringList({"Beta", "1", "", "2099-01-01 01:00"});
+        QTest::newRow("no schedule") << 2 << QStringList({"Gamma", "1", "", "Not scheduled"});
     }
     void showsWhereEachReportStands()
     {
@@ -207,9 +206,10 @@ private Q_SLOTS:
         const LocalZone zone("UTC");
         const Site site;
         QStringList shown;
-        for (const int column : {0, 2, 4, 5, 6})
+        for (const int column : {0, 2, 5, 6})
             shown.append(site.list()->model()->index(row, column).data().toString());
         QCOMPARE(shown, cells);
+        QCOMPARE(site.list()->model()->index(2, 4).data().toString(), QString("Never"));
     }
 
     void asksBeforeAReportGoes_data()
@@ -279,6 +279,40 @@ private Q_SLOTS:
         QCOMPARE(site.titles(), QStringList({"Alpha", "Beta", "Gamma"}));
         QCOMPARE(site.status().contains("\nLoading report definition editor.\n"), adds);
         QCOMPARE(site.status().endsWith("\nIdle."), adds);
+    }
+
+    void savesWhatTheEditorHolds_data()
+    {
+        QTest::addColumn<QString>("action");
+        QTest::addColumn<QStringList>("titles");
+        QTest::newRow("add") << "mnuReportAdd" << QStringList({"Alpha", "Beta", "Delta", "Gamma"});
+        QTest::newRow("modify") << "mnuReportModify" << QStringList({"Alpha", "Delta", "Gamma"});
+    }
+    void savesWhatTheEditorHolds()
+    {
+        QFETCH(QString, action);
+        QFETCH(QStringList, titles);
+        Site site;
+        site.select({"Beta"});
+        site.answers.add([](QWidget &editor) {
+            auto *txtTitle = editor.findChild<QLineEdit *>("txtTitle");
+            txtTitle->setText("Delta");
+            auto *cboChart = editor.findChild<QComboBox *>("cboChart");
+            cboChart->setCurrentIndex(cboChart->findText("Last 24 hours"));
+            editor.findChild<QPushButton *>("cmdOK")->click();
+            if (editor.isVisible())
+                static_cast<QDialog &>(editor).done(QDialog::Rejected); // the titles tell
+        });
+        if (action == "mnuReportAdd")
+            site.answers.click(QMessageBox::Yes); // though it has no device yet
+        site.action(qPrintable(action))->trigger();
+        QVERIFY2(site.answers.allDone(), qPrintable(site.answers.said.join('|')));
+        QCOMPARE(site.titles(), titles);
+        QVERIFY(site.box.read(definitionFile).contains("Delta"));
+        QCOMPARE(site.list()->selectedIds().size(), 1);
+        QCOMPARE(gReportDefs.find(site.list()->selectedIds().first())->ReportTitle,
+                 QString("Delta"));
+        QVERIFY(site.button("cmdReportModify")->isEnabled());
     }
 
     void opensNoEditorForTwo()
