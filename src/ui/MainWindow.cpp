@@ -123,7 +123,8 @@ void frmGrapherMain::runWhatIsDue()
     Timer1->stop();
     gAutoMode = true;
     setEnabled(false);
-    m_firstPanel->setText(QStringLiteral("Scheduled report run in progress."));
+    m_firstPanel->setText(
+        QStringLiteral("Scheduled report run in progress. Closing the window cancels it."));
     lvReports->selectAll();
     updateCommands();
     mnuReportView->trigger();
