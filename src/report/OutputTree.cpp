@@ -18,6 +18,11 @@ QString reportFolder(const clsReportDef &report)
     return outputFolder() + folderSafe(report.ReportID) + pathSeparator;
 }
 
+QString reportPage(const clsReportDef &report)
+{
+    return reportFolder(report) + gConfig->TOU_REPORT;
+}
+
 QString deviceFolder(const clsReportDef &report, const QString &muid)
 {
     return reportFolder(report) + folderSafe(muid) + pathSeparator;

@@ -8,6 +8,7 @@
 
 QString outputFolder();
 QString reportFolder(const clsReportDef &report);
+QString reportPage(const clsReportDef &report); ///< its page, whether it is there or not
 QString deviceFolder(const clsReportDef &report, const QString &muid);
 
 /// Creates a folder with all its parents. On failure false; `errorText` then holds

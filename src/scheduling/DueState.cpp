@@ -1,6 +1,8 @@
 #include "scheduling/DueState.h"
 
+#include "core/Files.h"
 #include "definitions/DefinitionStores.h"
+#include "report/OutputTree.h"
 
 namespace {
 
@@ -69,5 +71,7 @@ QDateTime lastRunDate(const clsReportDef &report)
     QDateTime last = zeroDate();
     for (const auto &entry : report.ReportSchedules)
         last = std::max(last, entry->LastRunDate);
-    return last == zeroDate() ? QDateTime() : last;
+    // A schedule that was chosen anew has the time of its choosing: without a page there was no
+    // run.
+    return last == zeroDate() || !fileExists(reportPage(report)) ? QDateTime() : last;
 }

@@ -16,5 +16,5 @@ struct DueState
 /// A report is due when at least one of its schedules is.
 DueState dueState(const clsReportDef &report);
 
-/// When the report last ran by its schedules' dates; invalid when it never did.
+/// When the report last ran by its schedules' dates; invalid when it never did, or left no page.
 QDateTime lastRunDate(const clsReportDef &report);

@@ -42,11 +42,6 @@ constexpr qint64 millisecondsBetweenYields = 15;
 const QString cancelToolTip = QStringLiteral("Click to cancel reporting...");
 const QString runAgainToolTip = QStringLiteral("Click to start reporing..."); // as users know it
 
-QString pageOf(const clsReportDef &report)
-{
-    return reportFolder(report) + gConfig->TOU_REPORT;
-}
-
 } // namespace
 
 void frmGrapherMain::restoreLayout()
@@ -288,7 +283,7 @@ void frmGrapherMain::openPage()
     const auto report = selected.size() == 1 ? gReportDefs.find(selected.constFirst()) : nullptr;
     if (!report)
         return;
-    const QString page = pageOf(*report);
+    const QString page = reportPage(*report);
     if (fileExists(page))
         openInBrowser(QLatin1String("file://") + page);
     else

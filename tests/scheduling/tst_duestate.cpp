@@ -1,5 +1,6 @@
 #include "core/Clock.h"
 #include "definitions/DefinitionStores.h"
+#include "report/OutputTree.h"
 #include "scheduling/DueState.h"
 #include "support/Sandbox.h"
 
@@ -89,6 +90,11 @@ void TestDueState::says()
     QTEST(state.why, "why");
     QTEST(state.due, "due");
     QCOMPARE(state.next.isValid() ? state.next.toString("yyyy-MM-ddTHH:mm") : QString(), next);
+    QVERIFY(!lastRunDate(report).isValid()); // chosen, but never run
+    gConfig->storedOutput = QStringLiteral("%%app.path%%/Reports");
+    gConfig->TOU_REPORT = QStringLiteral("Report.htm");
+    QDir().mkpath(reportFolder(report));
+    saveFile(reportPage(report), "page");
     QCOMPARE(lastRunDate(report).isValid(), !lastRun.isEmpty());
     resetDefinitions();
 }

@@ -456,6 +456,7 @@ void TestReportRunner::tellsInTheMasterListHowReportsEnded()
     site.box.write(gConfig->TIN_TOC_ReportItem,
                    "%%report.title%%: %%report.lastrun%%, %%report.lastresult%%, "
                    "%%report.nextdue%%");
+    site.box.write(QStringLiteral("Out/R1/") + gConfig->TOU_REPORT, "of an earlier run");
     QStringList before;
     setStatusSink([&](const QString &line) {
         if (line.startsWith(QLatin1String("Generating TOC: [")))
