@@ -82,6 +82,7 @@ void frmGrapherMain::updateAutomate()
 
 void frmGrapherMain::start()
 {
+    lvReports->selectFirst();
     updateCommands();
     const bool isEmpty = m_list->rowCount() == 0;
     QWidget *first = isEmpty ? static_cast<QWidget *>(lvReports->addButton()) : lvReports;

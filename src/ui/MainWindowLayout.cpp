@@ -258,22 +258,22 @@ QWidget *frmGrapherMain::makeRunPane()
     pbarCurrent->setRange(0, 1);
     pbarCurrent->setValue(0);
     pbarCurrent->setFormat(QString());
-    pbarCurrent->setMinimumWidth(20 * pbarCurrent->fontMetrics().averageCharWidth());
 
     auto *commands = new QVBoxLayout;
     commands->addWidget(cmdReportView);
     commands->addWidget(cmdReportOpen);
-    auto *progress = new QVBoxLayout;
-    progress->addWidget(pbarCurrent);
-    auto *side = new QVBoxLayout;
-    side->addWidget(newPane("picViewCMD", commands));
-    side->addStretch();
-    side->addWidget(newPane("Picture1", progress));
+    commands->addStretch();
     auto *sspInfo = new QSplitter(Qt::Horizontal);
     sspInfo->setObjectName(QStringLiteral("sspInfo"));
     sspInfo->setChildrenCollapsible(false);
     sspInfo->addWidget(txtStatusInfo);
-    sspInfo->addWidget(newPane("pnRun", side));
+    sspInfo->addWidget(newPane("picViewCMD", commands));
     sspInfo->setStretchFactor(0, 1);
-    return sspInfo;
+
+    auto *progress = new QVBoxLayout;
+    progress->addWidget(pbarCurrent);
+    auto *run = new QVBoxLayout;
+    run->addWidget(sspInfo, 1);
+    run->addWidget(newPane("Picture1", progress));
+    return newPane("pnRun", run);
 }

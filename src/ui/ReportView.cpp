@@ -83,6 +83,11 @@ void ReportView::select(const QString &reportId)
     scrollTo(index);
 }
 
+void ReportView::selectFirst()
+{
+    setCurrentIndex(m_sorted.index(0, 0));
+}
+
 void ReportView::showHint()
 {
     m_hint->setVisible(m_sorted.rowCount() == 0);

@@ -22,6 +22,9 @@ public:
     /// Selects a row alone and scrolls to it.
     void select(const QString &reportId);
 
+    /// Selects the first row shown, if there is one.
+    void selectFirst();
+
     /// The button shown in an empty list.
     QPushButton *addButton() const { return m_addButton; }
 

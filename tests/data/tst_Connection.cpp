@@ -140,6 +140,9 @@ void tst_Connection::dataSource()
 
 void tst_Connection::changedFileIsReadAgain()
 {
+#ifdef Q_OS_WIN
+    QSKIP("A file that is being read cannot be replaced here");
+#endif
     write(2);
     QString message;
     {

@@ -130,7 +130,7 @@ public:
         window->updateAutomate();
     }
 
-    Q_INVOKABLE void browse(const QUrl &url) { browsed.append(url.toLocalFile()); }
+    Q_INVOKABLE void browse(const QUrl &url) { browsed.append(QDir::toNativeSeparators(url.toLocalFile())); }
 
     Sandbox box;
     MemoryScheduler scheduler;
