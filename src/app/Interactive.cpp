@@ -5,6 +5,7 @@
 #include "core/Error.h"
 #include "core/GrapherConfig.h"
 #include "core/State.h"
+#include "core/platform/Drawing.h"
 #include "scheduling/Registration.h"
 #include "ui/MainWindow.h"
 #include "ui/Messages.h"
@@ -63,6 +64,11 @@ std::unique_ptr<QCoreApplication> createWindowApplication(int &argc, char *argv[
     const QtMessageHandler usual = qInstallMessageHandler(endWithoutDisplay);
     auto application = std::make_unique<QApplication>(argc, argv);
     qInstallMessageHandler(usual);
+    if (const QStringList spare = platform::spareFonts(); !spare.isEmpty()) {
+        QFont font = QApplication::font();
+        font.setFamilies(QStringList(font.family()) + spare);
+        QApplication::setFont(font);
+    }
     QGuiApplication::setDesktopFileName(QStringLiteral("vantrel-grapher"));
     return application;
 }

@@ -42,6 +42,19 @@ constexpr qint64 millisecondsBetweenYields = 15;
 const QString cancelToolTip = QStringLiteral("Click to cancel reporting...");
 const QString runAgainToolTip = QStringLiteral("Click to start reporing..."); // as users know it
 
+QString resultLine(const RunResult &result)
+{
+    QString line =
+        QStringLiteral("Report run finished: %1 %2")
+            .arg(result.reports)
+            .arg(result.reports == 1 ? QLatin1String("report") : QLatin1String("reports"));
+    if (result.failed > 0)
+        line += QStringLiteral(", %1 failed").arg(result.failed);
+    if (result.chartsWithoutImage > 0)
+        line += QStringLiteral(", %1 charts without image").arg(result.chartsWithoutImage);
+    return line + u'.';
+}
+
 } // namespace
 
 void frmGrapherMain::restoreLayout()
@@ -234,11 +247,11 @@ void frmGrapherMain::run(const QStringList &reportIds)
     if (reportIds.isEmpty())
         return;
     setRunning(true);
-    if (gAutoMode)
-        runReports(reportIds, RunChoice::Due);
-    else
-        runReports(reportIds, RunChoice::All, this);
+    const RunResult result = gAutoMode ? runReports(reportIds, RunChoice::Due)
+                                       : runReports(reportIds, RunChoice::All, this);
     setRunning(false);
+    if (!result.cancelled)
+        txtStatusInfo->addLine(resultLine(result));
     m_list->refresh();
     updateCommands();
     if (m_closesAfterRun)

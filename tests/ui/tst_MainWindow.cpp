@@ -130,7 +130,10 @@ public:
         window->updateAutomate();
     }
 
-    Q_INVOKABLE void browse(const QUrl &url) { browsed.append(QDir::toNativeSeparators(url.toLocalFile())); }
+    Q_INVOKABLE void browse(const QUrl &url)
+    {
+        browsed.append(QDir::toNativeSeparators(url.toLocalFile()));
+    }
 
     Sandbox box;
     MemoryScheduler scheduler;
@@ -346,6 +349,7 @@ private Q_SLOTS:
         QCOMPARE(site.browsed, QStringList(nativePath(outputFolder() + "REPORTS.HTM")));
         QVERIFY2(site.status().startsWith("Idle.\nStarting report build.\n"),
                  qPrintable(site.status()));
+        QVERIFY(site.status().endsWith("\nReport run finished: 2 reports."));
         QCOMPARE(site.button("cmdReportView")->text(), QString("&Run"));
         QCOMPARE(site.button("cmdReportView")->toolTip(), QString("Click to start reporing..."));
         QCOMPARE(site.list()->selectedIds(), QStringList({"{Beta}", "{Gamma}"}));

@@ -7,4 +7,9 @@ QByteArray drawingPlatform()
     return "offscreen";
 }
 
+QStringList spareFonts()
+{
+    return {};
+}
+
 } // namespace platform

@@ -9,4 +9,10 @@ QByteArray drawingPlatform()
     return "windows:fontengine=freetype";
 }
 
+QStringList spareFonts()
+{
+    return {QStringLiteral("Segoe UI"), QStringLiteral("Tahoma"), QStringLiteral("DejaVu Sans"),
+            QStringLiteral("Arial")};
+}
+
 } // namespace platform
