@@ -16,8 +16,6 @@ void StatusBox::addLine(const QString &line)
     appendPlainText(line);
     if (document()->characterCount() - 1 <= mostCharacters)
         return;
-    QString kept = toPlainText().right(keptCharacters);
-    kept.remove(0, kept.indexOf(u'\n') + 1);
-    setPlainText(kept);
+    setPlainText(toPlainText().right(keptCharacters));
     verticalScrollBar()->setValue(verticalScrollBar()->maximum());
 }

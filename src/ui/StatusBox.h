@@ -10,8 +10,8 @@ class StatusBox : public QPlainTextEdit
 public:
     explicit StatusBox(QWidget *parent = nullptr);
 
-    /// Appends a line. A text that passes `mostCharacters` is cut to whole lines among its last
-    /// `keptCharacters`. A reader who has scrolled up is left where he is, but for a cut.
+    /// Appends a line. A text that passes `mostCharacters` is cut to its last `keptCharacters`.
+    /// A reader who has scrolled up is left where he is, but for a cut.
     void addLine(const QString &line);
 
     static constexpr int mostCharacters = 32'000;
