@@ -56,6 +56,20 @@ void require(HRESULT result, const char *what)
                       result);
 }
 
+/// The service looks into a task's file right after it was saved: a call that meets it there is
+/// tried again for a second.
+template <typename Call>
+HRESULT patiently(Call call)
+{
+    HRESULT result = call();
+    for (int tries = 0; tries < 20 && result == HRESULT_FROM_WIN32(ERROR_SHARING_VIOLATION);
+         ++tries) {
+        ::Sleep(50);
+        result = call();
+    }
+    return result;
+}
+
 /// One interface of an object, released at the end.
 template <typename Interface>
 class Held
@@ -191,7 +205,9 @@ struct Service::Com
     Held<ITask> open(const std::wstring &name) const
     {
         Held<ITask> task;
-        require(scheduler->Activate(name.c_str(), IID_ITask, task.unknownPlace()),
+        require(patiently([&] {
+                    return scheduler->Activate(name.c_str(), IID_ITask, task.unknownPlace());
+                }),
                 "Opening the task");
         return task;
     }
@@ -276,12 +292,12 @@ void Service::save(const Task &settings) const
     setAccount(task, settings);
     Held<IPersistFile> file;
     require(task->QueryInterface(IID_IPersistFile, file.anyPlace()), "Saving the task");
-    require(file->Save(nullptr, TRUE), "Saving the task");
+    require(patiently([&] { return file->Save(nullptr, TRUE); }), "Saving the task");
 }
 
 void Service::remove(const std::wstring &name) const
 {
-    require(m_com->scheduler->Delete(name.c_str()), "Deleting the task");
+    require(patiently([&] { return m_com->scheduler->Delete(name.c_str()); }), "Deleting the task");
 }
 
 long Service::status(const std::wstring &name) const
