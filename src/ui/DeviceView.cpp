@@ -36,6 +36,8 @@ DeviceView::DeviceView(DeviceTree *tree, QWidget *parent)
     });
     connect(this, &QTreeView::collapsed, this,
             [this](const QModelIndex &index) { m_opened.remove(DeviceTree::key(index)); });
+    // QTreeView paints the rows that it was told of, but not the open ones below the last.
+    connect(tree, &DeviceTree::selectionChanged, viewport(), qOverload<>(&QWidget::update));
     connect(tree, &QAbstractItemModel::modelReset, this, [this] {
         if (!m_isOpening)
             forgetRows();

@@ -164,7 +164,7 @@ void frmReportDefEditor::load(const clsReportDef &report)
     fillCharts(report.ChartID);
     txtOutputFile->setText(report.OutputFile);
     txtOutputTemplate->setText(report.OutputTemplate);
-    const QString folder = reportFolder(report);
+    const QString folder = nativePath(reportFolder(report));
     txtOutputFolder->setText(folder);
     txtOutputFolder->setCursorPosition(0);
     txtOutputFolder->setToolTip(folder);

@@ -1,7 +1,9 @@
 #include "data/DataSeries.h"
 #include "ui/DeviceTree.h"
+#include "ui/DeviceView.h"
 
 #include <QAbstractItemModelTester>
+#include <QPaintEvent>
 #include <QSignalSpy>
 #include <QTest>
 
@@ -65,6 +67,19 @@ QStringList lines(const Collection<clsReportDeviceDef> &devices)
     }
     return result;
 }
+
+/// Gathers what a widget paints.
+class PaintedRegion : public QObject
+{
+public:
+    bool eventFilter(QObject *, QEvent *event) override
+    {
+        if (event->type() == QEvent::Paint)
+            region += static_cast<QPaintEvent *>(event)->region();
+        return false;
+    }
+    QRegion region;
+};
 
 /// The rows below `parent` with their marks, as "[x] name (...)".
 QString shown(const DeviceTree &tree, const QModelIndex &parent = {})
@@ -354,6 +369,23 @@ private Q_SLOTS:
         m_tree->setFilter({}, SelectedOnly::No);
         QCOMPARE(m_tree->indexOfKey(key), m_tree->index(2, 0, m_tree->index(2, 0)));
         QVERIFY(m_tree->indexOfKey(group).isValid());
+    }
+
+    void paintsTheMarksOfTheLastDevicesItems()
+    {
+        m_tree->setMonitored(monitored(site));
+        DeviceView view(m_tree.get());
+        view.resize(400, 300);
+        view.expandAll();
+        view.show();
+        QTest::qWait(50);
+        PaintedRegion painted;
+        view.viewport()->installEventFilter(&painted);
+        m_tree->setShown(true);
+        QTest::qWait(50);
+        const QRect disk = view.visualRect(m_tree->index(0, 0, m_tree->index(2, 0)));
+        QVERIFY(!disk.isEmpty());
+        QVERIFY(painted.region.contains(disk));
     }
 
 private:
