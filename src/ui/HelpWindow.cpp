@@ -195,13 +195,8 @@ void frmHelp::openPage(const QString &page)
     activateWindow();
 }
 
-void frmHelp::closeEvent(QCloseEvent *event)
+void frmHelp::done(int result)
 {
     saveWindowState(this);
-    QDialog::closeEvent(event);
-}
-
-void frmHelp::reject()
-{
-    close();
+    QDialog::done(result);
 }

@@ -20,8 +20,7 @@ public:
     void openPage(const QString &page);
 
 protected:
-    void closeEvent(QCloseEvent *event) override;
-    void reject() override;
+    void done(int result) override;
 
 private:
     struct Page

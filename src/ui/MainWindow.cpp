@@ -323,6 +323,7 @@ void frmGrapherMain::switchAutomation()
             m_lastCheck = 0;
             return;
         }
+        mnuToolsAutomate->setChecked(false); // until there is a job
         frmAutomate dialog(m_scheduler, m_taskOptions, this);
         dialog.exec();
     } catch (const Error &error) {

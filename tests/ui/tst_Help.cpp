@@ -64,6 +64,19 @@ private Q_SLOTS:
         QVERIFY(page->extraSelections().isEmpty());
     }
 
+    void closesAndOpensAgain()
+    {
+        const Sandbox sandbox;
+        frmHelp help(m_folder, nullptr);
+        help.openPage("index.html");
+        QTest::keyClick(help.findChild<QLineEdit *>("txtSearch"), Qt::Key_Escape);
+        QVERIFY(!help.isVisible());
+        help.openPage("index.html");
+        QVERIFY(help.isVisible());
+        QVERIFY(help.close());
+        QVERIFY(!help.isVisible());
+    }
+
     void aFolderWithoutPages()
     {
         const Sandbox sandbox;

@@ -514,9 +514,14 @@ private Q_SLOTS:
     {
         Site site;
         QAction *automate = site.action("mnuToolsAutomate");
-        site.answers.add([](QWidget &dialog) { QTest::keyClick(&dialog, Qt::Key_Escape); });
+        site.answers.add([&site](QWidget &dialog) {
+            site.window->tick(); // nothing counts down yet
+            site.window->tick();
+            QTest::keyClick(&dialog, Qt::Key_Escape);
+        });
         automate->trigger();
         QVERIFY(!automate->isChecked());
+        QVERIFY(site.panel().isEmpty());
         QVERIFY(site.scheduler.list.isEmpty());
 
         site.answers.add([](QWidget &dialog) { QTest::keyClick(&dialog, Qt::Key_Return); });
