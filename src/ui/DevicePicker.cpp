@@ -271,7 +271,7 @@ void DevicePicker::showDatabaseState(const QString &error)
     lblDatabase->setText(reading ? QStringLiteral("Reading devices...")
                                  : QStringLiteral("The monitoring database cannot be read, so "
                                                   "devices can only be taken out of the report "
-                                                  "for now. ") +
+                                                  "for now (F1 tells what to do). ") +
                                        error);
     showCounts();
 }

@@ -90,7 +90,13 @@ void ReportView::selectFirst()
 
 void ReportView::showHint()
 {
-    m_hint->setVisible(m_sorted.rowCount() == 0);
+    const bool isEmpty = m_sorted.rowCount() == 0;
+    QWidget *vanishing = isEmpty ? static_cast<QWidget *>(this) : m_addButton;
+    QWidget *appearing = isEmpty ? static_cast<QWidget *>(m_addButton) : this;
+    const bool hadFocus = window()->focusWidget() == vanishing;
+    m_hint->setVisible(isEmpty);
+    if (hadFocus)
+        appearing->setFocus();
     m_hint->setGeometry(viewport()->rect());
 }
 
