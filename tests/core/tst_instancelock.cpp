@@ -10,13 +10,6 @@ class TestInstanceLock : public QObject
 {
     Q_OBJECT
 
-private Q_SLOTS:
-    void keepsOthersOut();
-    void isFreeOnceItsHolderIsKilled();
-    void isNotInherited();
-    void saysWhyItCannotBeHad();
-
-private:
     /// Whether another process gets the lock now.
     bool isFreeToOthers() const
     {
@@ -25,56 +18,57 @@ private:
 
     QTemporaryDir m_folder;
     QString m_path = m_folder.filePath("running.lock");
-};
 
-void TestInstanceLock::keepsOthersOut()
-{
+private Q_SLOTS:
+    void keepsOthersOut()
     {
-        InstanceLock lock(m_path);
-        QCOMPARE(lock.tryLock(), InstanceLock::Held);
-        QCOMPARE(lock.tryLock(), InstanceLock::Held);
-        QVERIFY(!isFreeToOthers());
-        InstanceLock second(m_path);
-        QCOMPARE(second.tryLock(), InstanceLock::HeldByOther);
-        lock.release();
+        {
+            InstanceLock lock(m_path);
+            QCOMPARE(lock.tryLock(), InstanceLock::Held);
+            QCOMPARE(lock.tryLock(), InstanceLock::Held);
+            QVERIFY(!isFreeToOthers());
+            InstanceLock second(m_path);
+            QCOMPARE(second.tryLock(), InstanceLock::HeldByOther);
+            lock.release();
+            QVERIFY(isFreeToOthers());
+            QCOMPARE(second.tryLock(), InstanceLock::Held);
+        }
         QVERIFY(isFreeToOthers());
-        QCOMPARE(second.tryLock(), InstanceLock::Held);
     }
-    QVERIFY(isFreeToOthers());
-}
 
-void TestInstanceLock::isFreeOnceItsHolderIsKilled()
-{
-    QProcess holder;
-    holder.start("flock", {"--no-fork", m_path, "sh", "-c", "echo held; exec sleep 600"});
-    QVERIFY(holder.waitForReadyRead());
-    InstanceLock lock(m_path);
-    QCOMPARE(lock.tryLock(), InstanceLock::HeldByOther);
-    holder.kill();
-    QVERIFY(holder.waitForFinished());
-    QCOMPARE(lock.tryLock(), InstanceLock::Held);
-}
-
-void TestInstanceLock::isNotInherited()
-{
-    QProcess child;
+    void isFreeOnceItsHolderIsKilled()
     {
+        QProcess holder;
+        holder.start("flock", {"--no-fork", m_path, "sh", "-c", "echo held; exec sleep 600"});
+        QVERIFY(holder.waitForReadyRead());
         InstanceLock lock(m_path);
+        QCOMPARE(lock.tryLock(), InstanceLock::HeldByOther);
+        holder.kill();
+        QVERIFY(holder.waitForFinished());
         QCOMPARE(lock.tryLock(), InstanceLock::Held);
-        child.start("sleep", {"600"});
-        QVERIFY(child.waitForStarted());
     }
-    QVERIFY(isFreeToOthers());
-    child.kill();
-    child.waitForFinished();
-}
 
-void TestInstanceLock::saysWhyItCannotBeHad()
-{
-    InstanceLock lock(m_folder.filePath("missing/running.lock"));
-    QCOMPARE(lock.tryLock(), InstanceLock::Unavailable);
-    QVERIFY2(lock.reason.contains("missing/running.lock"), qPrintable(lock.reason));
-}
+    void isNotInherited()
+    {
+        QProcess child;
+        {
+            InstanceLock lock(m_path);
+            QCOMPARE(lock.tryLock(), InstanceLock::Held);
+            child.start("sleep", {"600"});
+            QVERIFY(child.waitForStarted());
+        }
+        QVERIFY(isFreeToOthers());
+        child.kill();
+        child.waitForFinished();
+    }
+
+    void saysWhyItCannotBeHad()
+    {
+        InstanceLock lock(m_folder.filePath("missing/running.lock"));
+        QCOMPARE(lock.tryLock(), InstanceLock::Unavailable);
+        QVERIFY2(lock.reason.contains("missing/running.lock"), qPrintable(lock.reason));
+    }
+};
 
 QTEST_GUILESS_MAIN(TestInstanceLock)
 #include "tst_instancelock.moc"
