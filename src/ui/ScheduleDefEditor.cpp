@@ -227,7 +227,7 @@ QWidget *frmScheduleDefEditor::listsBox()
     lblHours = addRow(QStringLiteral("lblHours"), QStringLiteral("&Hours"), sscomboHours);
     lblDays =
         addRow(QStringLiteral("lblDays"), QStringLiteral("Days of the w&eek"), sscomboWeekDays);
-    lblMonthDays = addRow(QStringLiteral("lblMonthDays"), QStringLiteral("Da&ys of the month"),
+    lblMonthDays = addRow(QStringLiteral("lblMonthDays"), QStringLiteral("Day&s of the month"),
                           sscomboMonthDay);
     lblMonths = addRow(QStringLiteral("lblMonths"), QStringLiteral("M&onths"), sscomboMonths);
 
