@@ -10,11 +10,17 @@
 #include <list>
 
 /// Acts for the user on the modal windows that come up, one step each, and keeps what message boxes
-/// say ("title: text"). A window that no step was given for is closed and kept as "unexpected".
+/// say ("title: text"). A window that no step was given for is closed and kept as "unexpected"; one
+/// that is open before is left alone.
 class Answers : public QObject
 {
 public:
-    Answers() { lookSoon(); }
+    Answers()
+    {
+        if (QWidget *window = QApplication::activeModalWidget())
+            handle(window);
+        lookSoon();
+    }
 
     using Step = std::function<void(QWidget &window)>;
     void add(Step step) { m_steps.push_back(std::move(step)); }
@@ -47,8 +53,7 @@ private:
         QWidget *window = QApplication::activeModalWidget();
         if (!window || m_handled.contains(window) || !window->isVisible())
             return;
-        m_handled.insert(window);
-        connect(window, &QObject::destroyed, this, [this, window] { m_handled.remove(window); });
+        handle(window);
         if (const auto *box = qobject_cast<QMessageBox *>(window))
             said.append(box->windowTitle() + QLatin1String(": ") + box->text());
         if (m_steps.empty()) {
@@ -58,6 +63,12 @@ private:
         const Step step = std::move(m_steps.front());
         m_steps.pop_front();
         step(*window);
+    }
+
+    void handle(QWidget *window)
+    {
+        m_handled.insert(window);
+        connect(window, &QObject::destroyed, this, [this, window] { m_handled.remove(window); });
     }
 
     void refuse(QWidget &window)

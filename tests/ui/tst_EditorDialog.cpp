@@ -1,18 +1,17 @@
 #include "core/Error.h"
 #include "core/State.h"
+#include "support/Answers.h"
+#include "support/Rows.h"
 #include "support/Sandbox.h"
 #include "ui/EditorDialog.h"
 #include "ui/UiState.h"
 
-#include <QApplication>
 #include <QHeaderView>
 #include <QLineEdit>
-#include <QMessageBox>
 #include <QPushButton>
 #include <QScreen>
 #include <QSplitter>
 #include <QTest>
-#include <QTimer>
 #include <QTreeWidget>
 #include <QVBoxLayout>
 
@@ -29,28 +28,26 @@ public:
         auto *layout = new QVBoxLayout(content());
         layout->addWidget(text);
         markUnchanged();
+        show();
     }
     QString contentText() const override { return text->text(); }
-    QString inputError(QWidget *&field) const override
-    {
-        field = text;
-        return text->text() == "bad" ? QStringLiteral("No such thing.") : QString();
-    }
     QLineEdit *text;
 };
 
-/// Answers the next message box with the button, and keeps its text.
-QString answered;
-void answerNext(QMessageBox::StandardButton button)
+std::unique_ptr<QSplitter> windowWithTree()
 {
-    answered.clear();
-    QTimer::singleShot(0, qApp, [button] {
-        auto *box = qobject_cast<QMessageBox *>(QApplication::activeModalWidget());
-        if (!box)
-            return;
-        answered = box->text();
-        box->button(button)->click();
-    });
+    auto made = std::make_unique<QSplitter>();
+    made->setObjectName("frmLayout");
+    auto *tree = new QTreeWidget;
+    tree->setObjectName("lvTree");
+    tree->setColumnCount(3);
+    tree->setSortingEnabled(true);
+    auto *inner = new QSplitter(Qt::Vertical, made.get());
+    inner->setObjectName("sspInner");
+    inner->addWidget(tree);
+    inner->addWidget(new QTreeWidget);
+    made->resize(500, 400);
+    return made;
 }
 
 } // namespace
@@ -62,38 +59,30 @@ class tst_EditorDialog : public QObject
 private Q_SLOTS:
     void closing_data()
     {
-        QTest::addColumn<QString>("typed");
-        QTest::addColumn<QMessageBox::StandardButton>("answer");
-        QTest::addColumn<bool>("asks");
-        QTest::addColumn<bool>("staysOpen");
-        QTest::addColumn<QString>("tag");
-        QTest::addColumn<QString>("kept");
-        QTest::newRow("nothing typed") << "" << QMessageBox::NoButton << false << false << "CANCEL"
-                                       << "";
-        QTest::newRow("discard") << "new" << QMessageBox::Discard << true << false << "CANCEL"
-                                 << "";
-        QTest::newRow("keep editing") << "new" << QMessageBox::Cancel << true << true << "CANCEL"
-                                      << "";
-        QTest::newRow("save") << "new" << QMessageBox::Save << true << false << "SAVE"
-                              << "new";
+        const Rows<QString, QMessageBox::StandardButton, bool, QString> row("typed", "answer",
+                                                                            "staysOpen", "saved");
+        row("nothing typed", "", QMessageBox::NoButton, false, "");
+        row("discard", "new", QMessageBox::Discard, false, "");
+        row("keep editing", "new", QMessageBox::Cancel, true, "");
+        row("save", "new", QMessageBox::Save, false, "new");
     }
     void closing()
     {
         QFETCH(QString, typed);
+        QFETCH(QString, saved);
         QFETCH(QMessageBox::StandardButton, answer);
         const Sandbox sandbox;
         TextEditor editor;
         QString kept;
         editor.setSaveAction([&] { kept = editor.text->text(); });
-        editor.show();
         QTest::keyClicks(editor.text, typed);
-        answerNext(answer);
+        Answers answers;
+        answers.click(answer);
         QTest::keyClick(&editor, Qt::Key_Escape);
-        QTest::qWait(1);
-        QTEST(!answered.isEmpty(), "asks");
+        QCOMPARE(answers.allDone(), answer != QMessageBox::NoButton);
         QTEST(editor.isVisible(), "staysOpen");
-        QTEST(editor.tag(), "tag");
-        QTEST(kept, "kept");
+        QCOMPARE(editor.tag(), QString(saved.isEmpty() ? "CANCEL" : "SAVE"));
+        QCOMPARE(kept, saved);
     }
 
     void aFailedSaveKeepsWhatWasTyped()
@@ -105,65 +94,37 @@ private Q_SLOTS:
             if (fails)
                 throw Error(DiskFull, QStringLiteral("No space left for 'x.XML'"));
         });
-        editor.show();
         QTest::keyClicks(editor.text, "precious");
-        answerNext(QMessageBox::Ok);
-        QTest::mouseClick(editor.findChild<QPushButton *>("cmdOK"), Qt::LeftButton);
-        QVERIFY(answered.contains("No space left for 'x.XML'"));
+        Answers answers;
+        answers.click(QMessageBox::Ok);
+        auto *cmdOK = editor.findChild<QPushButton *>("cmdOK");
+        cmdOK->click();
+        QVERIFY(answers.said.value(0).contains("No space left for 'x.XML'"));
         QVERIFY(editor.isVisible());
         QCOMPARE(editor.text->text(), QString("precious"));
         QVERIFY(editor.hasChanges());
         fails = false;
-        QTest::mouseClick(editor.findChild<QPushButton *>("cmdOK"), Qt::LeftButton);
+        cmdOK->click();
         QVERIFY(!editor.isVisible());
         QCOMPARE(editor.tag(), QString("SAVE"));
-    }
-
-    void inputErrorsAreNotSaved()
-    {
-        const Sandbox sandbox;
-        TextEditor editor;
-        editor.setSaveAction([] { QFAIL("saved"); });
-        editor.show();
-        QTest::keyClicks(editor.text, "bad");
-        answerNext(QMessageBox::Ok);
-        QTest::keyClick(editor.text, Qt::Key_Return);
-        QCOMPARE(answered, QString("No such thing."));
-        QVERIFY(editor.isVisible());
     }
 
     void layoutsComeBack()
     {
         const Sandbox sandbox;
         gGraphDataPath = sandbox.path() + '/';
-        const auto window = [] {
-            auto made = std::make_unique<QSplitter>();
-            made->setObjectName("frmLayout");
-            auto *tree = new QTreeWidget;
-            tree->setObjectName("lvTree");
-            tree->setColumnCount(3);
-            tree->setSortingEnabled(true);
-            auto *inner = new QSplitter(Qt::Vertical);
-            inner->setObjectName("sspInner");
-            inner->addWidget(tree);
-            inner->addWidget(new QTreeWidget);
-            made->addWidget(inner);
-            made->resize(500, 400);
-            return made;
-        };
-        {
-            const auto first = window();
-            QVERIFY(!restoreWindowState(first.get()));
-            first->setGeometry(40, 50, 620, 480);
-            first->show();
-            auto *tree = first->findChild<QTreeWidget *>("lvTree");
-            tree->header()->resizeSection(1, 177);
-            tree->header()->moveSection(0, 1);
-            tree->sortByColumn(1, Qt::DescendingOrder);
-            first->findChild<QSplitter *>("sspInner")->setSizes({300, 100});
-            saveWindowState(first.get());
-        }
-        const auto second = window();
+        const auto first = windowWithTree();
+        QVERIFY(!restoreWindowState(first.get()));
+        first->setGeometry(40, 50, 620, 480);
+        first->show();
+        auto *tree = first->findChild<QTreeWidget *>("lvTree");
+        tree->header()->resizeSection(1, 177);
+        tree->header()->moveSection(0, 1);
+        tree->sortByColumn(1, Qt::DescendingOrder);
+        first->findChild<QSplitter *>("sspInner")->setSizes({300, 100});
+        saveWindowState(first.get());
+
+        const auto second = windowWithTree();
         QVERIFY(restoreWindowState(second.get()));
         second->show();
         QCOMPARE(second->geometry(), QRect(40, 50, 620, 480));
@@ -178,34 +139,28 @@ private Q_SLOTS:
 
     void oddLayoutFiles_data()
     {
-        QTest::addColumn<QByteArray>("file");
-        QTest::addColumn<bool>("known");
-        const QByteArray form(
-            "<UISTATE><VTRGRAPHER><WINDOW Name='frmOdd' %/></VTRGRAPHER></UISTATE>");
-        const auto with = [&form](const char *attributes) {
-            return QByteArray(form).replace('%', attributes);
-        };
-        QTest::newRow("damaged") << QByteArray("<UISTATE><VTR") << false;
-        QTest::newRow("of another window")
-            << with("Width='300' Height='200'").replace("frmOdd", "frmEven") << false;
-        QTest::newRow("numbers beyond sense")
-            << with("Left='99999999999' Width='5' Height='5'") << false;
-        QTest::newRow("vanished screen")
-            << with("Left='-9000' Top='7000' Width='300' Height='200'") << true;
-        QTest::newRow("title bar above the screen")
-            << with("Left='10' Top='-150' Width='300' Height='200'") << true;
-        QTest::newRow("larger than any screen")
-            << with("Left='5000' Top='0' Width='20000' Height='20000'") << true;
+        const QByteArray begin("<UISTATE><VTRGRAPHER><WINDOW Name='frm");
+        const QByteArray end("/></VTRGRAPHER></UISTATE>");
+        const Rows<QByteArray, bool> row("file", "known");
+        row("damaged", "<UISTATE><VTR", false);
+        row("other window", begin + "Even' Width='300' Height='200'" + end, false);
+        row("beyond sense", begin + "Odd' Left='99999999999' Width='5' Height='5'" + end, false);
+        row("vanished screen",
+            begin + "Odd' Left='-9000' Top='7000' Width='300' Height='200'" + end, true);
+        row("title bar above the screen",
+            begin + "Odd' Left='10' Top='-150' Width='300' Height='200'" + end, true);
+        row("larger than any screen",
+            begin + "Odd' Left='5000' Top='0' Width='20000' Height='20000'" + end, true);
     }
     void oddLayoutFiles()
     {
         QFETCH(QByteArray, file);
+        QFETCH(bool, known);
         const Sandbox sandbox;
         gGraphDataPath = sandbox.path() + '/';
         sandbox.write("UISTATE.XML", file);
         QWidget window;
         window.setObjectName("frmOdd");
-        QFETCH(bool, known);
         QCOMPARE(restoreWindowState(&window), known);
         const QRect screen = QGuiApplication::primaryScreen()->availableGeometry();
         QVERIFY(!known || screen.contains(window.geometry()));

@@ -1,23 +1,20 @@
 #include "core/Error.h"
-#include "core/Paths.h"
 #include "support/Sandbox.h"
+#include "ui/Controls.h"
 #include "ui/HelpWindow.h"
 
-#include <QFile>
-#include <QLineEdit>
 #include <QListWidget>
 #include <QRegularExpression>
-#include <QTest>
 #include <QTextBrowser>
 
 class tst_Help : public QObject
 {
     Q_OBJECT
 
-private Q_SLOTS:
-    void initTestCase() { m_folder = shareFolder() + "/Help"; }
+    const QString m_folder = shareFolder() + "/Help";
 
-    /// Every page is listed once and every link of a page leads to a page or a place in it.
+private Q_SLOTS:
+    /// Every link of a page leads to a page or a place in it.
     void linksLeadSomewhere()
     {
         static const QRegularExpression link("href=\"([^\"#]*)(?:#([^\"]*))?\"");
@@ -26,8 +23,7 @@ private Q_SLOTS:
         for (const QString &file : files) {
             const QString html = readTextFile(m_folder + '/' + file);
             QVERIFY2(html.contains("<title>"), qPrintable(file));
-            for (auto found = link.globalMatch(html); found.hasNext();) {
-                const auto match = found.next();
+            for (const QRegularExpressionMatch &match : link.globalMatch(html)) {
                 const QString target = match.captured(1).isEmpty() ? file : match.captured(1);
                 QVERIFY2(files.contains(target), qPrintable(file + " to " + target));
                 if (!match.captured(2).isEmpty())
@@ -42,9 +38,9 @@ private Q_SLOTS:
         const Sandbox sandbox;
         frmHelp help(m_folder, nullptr);
         help.openPage("schedule-editor.html");
-        auto *list = help.findChild<QListWidget *>("lvPages");
-        auto *page = help.findChild<QTextBrowser *>("txtPage");
-        auto *search = help.findChild<QLineEdit *>("txtSearch");
+        auto *list = control<QListWidget>(help, "lvPages");
+        auto *page = control<QTextBrowser>(help, "txtPage");
+        auto *search = control<QLineEdit>(help, "txtSearch");
         const int all = list->count();
         QCOMPARE(list->item(0)->text(), QString("Contents"));
         QCOMPARE(list->currentItem()->text(), QString("Schedule definition editor"));
@@ -69,10 +65,9 @@ private Q_SLOTS:
         const Sandbox sandbox;
         frmHelp help(m_folder, nullptr);
         help.openPage("index.html");
-        QTest::keyClick(help.findChild<QLineEdit *>("txtSearch"), Qt::Key_Escape);
+        QTest::keyClick(control<QLineEdit>(help, "txtSearch"), Qt::Key_Escape);
         QVERIFY(!help.isVisible());
         help.openPage("index.html");
-        QVERIFY(help.isVisible());
         QVERIFY(help.close());
         QVERIFY(!help.isVisible());
     }
@@ -82,9 +77,6 @@ private Q_SLOTS:
         const Sandbox sandbox;
         QVERIFY_EXCEPTION_THROWN(frmHelp(sandbox.path(), nullptr), Error);
     }
-
-private:
-    QString m_folder;
 };
 
 QTEST_MAIN(tst_Help)

@@ -1,21 +1,13 @@
 #include "core/Clock.h"
+#include "support/Answers.h"
+#include "support/Rows.h"
 #include "support/Sandbox.h"
 #include "ui/CheckListCombo.h"
+#include "ui/Controls.h"
 #include "ui/ScheduleDefEditor.h"
 
 #include <QAbstractItemView>
-#include <QApplication>
-#include <QCheckBox>
-#include <QLabel>
-#include <QLineEdit>
-#include <QLocale>
-#include <QMessageBox>
-#include <QPushButton>
-#include <QRadioButton>
 #include <QSignalSpy>
-#include <QSpinBox>
-#include <QTest>
-#include <QTimer>
 #include <QWheelEvent>
 
 namespace {
@@ -28,7 +20,6 @@ QString numbers(int first, int last, int digits)
     return list.join(u',');
 }
 
-const QString allWeekDays = numbers(1, 7, 1);
 const QString allMonthDays = numbers(1, 32, 2);
 const QString allMonths = numbers(1, 12, 2);
 
@@ -44,56 +35,38 @@ clsScheduleDef scheduleOf(qint32 kind, const QString &hours, const QString &week
     return schedule;
 }
 
-/// Answers the next message box; its texts are kept.
-QString boxTitle, boxText, boxDefault;
-void answerNext(QMessageBox::StandardButton button)
+const QStringList listNames = {"sscomboHours", "sscomboWeekDays", "sscomboMonthDay",
+                               "sscomboMonths"};
+QStringList listsOf(const clsScheduleDef &schedule)
 {
-    boxTitle = boxText = boxDefault = QString();
-    QTimer::singleShot(0, qApp, [button] {
-        auto *box = qobject_cast<QMessageBox *>(QApplication::activeModalWidget());
-        if (!box)
-            return;
-        boxTitle = box->windowTitle();
-        boxText = box->text();
-        boxDefault = box->defaultButton()->text();
-        box->button(button)->click();
-    });
+    return {schedule.HourList, schedule.WeekDayList, schedule.MonthDayList, schedule.MonthList};
 }
 
-/// The editor with its controls by name.
-struct Editor : frmScheduleDefEditor
+struct Editor : Controls<frmScheduleDefEditor>
 {
-    template <typename T>
-    T *find(const QString &name)
+    explicit Editor(const clsScheduleDef &schedule)
+        : before(schedule)
     {
-        auto *found = findChild<T *>(name);
-        if (!found)
-            qFatal("no control %s", qPrintable(name));
-        return found;
+        load(schedule);
     }
-    QRadioButton *option(int index)
+    clsScheduleDef result() const { return stored(before); }
+    QRadioButton *option(int index) const
     {
-        return find<QRadioButton>(QStringLiteral("optSchedInterval%1").arg(index));
+        return find<QRadioButton>(qPrintable(QString("optSchedInterval%1").arg(index)));
     }
-    CheckListCombo *list(const QString &name) { return find<CheckListCombo>(name); }
-    int selected()
+    int selected() const
     {
-        for (int index = 0; index < 5; ++index) {
-            if (option(index)->isChecked())
-                return index;
-        }
-        return -1;
+        int index = 4;
+        while (index >= 0 && !option(index)->isChecked())
+            --index;
+        return index;
     }
-    clsScheduleDef stored(clsScheduleDef into = {}) const
+    CheckListCombo *list(const QString &name) const
     {
-        store(into);
-        return into;
+        return find<CheckListCombo>(qPrintable(name));
     }
-    QString error() const
-    {
-        QWidget *field = nullptr;
-        return inputError(field);
-    }
+
+    const clsScheduleDef before;
 };
 
 } // namespace
@@ -102,89 +75,61 @@ class tst_ScheduleDefEditor : public QObject
 {
     Q_OBJECT
 
+    std::unique_ptr<Sandbox> m_sandbox;
+
 private Q_SLOTS:
     void initTestCase() { QLocale::setDefault(QLocale(QLocale::English)); }
+    void init() { m_sandbox = std::make_unique<Sandbox>(); }
+    void cleanup() { m_sandbox.reset(); }
 
     void kinds_data()
     {
-        QTest::addColumn<int>("code");
-        QTest::addColumn<int>("option");
-        QTest::addColumn<int>("written");
-        QTest::newRow("not scheduled") << 0 << 4 << 0;
-        QTest::newRow("daily of old") << 1 << 0 << 2;
-        QTest::newRow("daily") << 2 << 0 << 2;
-        QTest::newRow("weekly") << 3 << 1 << 3;
-        QTest::newRow("monthly") << 4 << 2 << 4;
-        QTest::newRow("yearly") << 5 << 3 << 5;
-        QTest::newRow("unknown") << 6 << -1 << 6;
-        QTest::newRow("negative") << -1 << -1 << -1;
+        const Rows<int, int, int> row("code", "option", "written");
+        row("not scheduled", 0, 4, 0);
+        row("daily of old", 1, 0, 2);
+        row("daily", 2, 0, 2);
+        row("weekly", 3, 1, 3);
+        row("monthly", 4, 2, 4);
+        row("yearly", 5, 3, 5);
+        row("unknown", 6, -1, 6);
+        row("negative", -1, -1, -1);
     }
     void kinds()
     {
         QFETCH(int, code);
-        const Sandbox sandbox;
-        Editor editor;
-        const clsScheduleDef schedule = scheduleOf(code, "1", "1", "1", "1");
-        editor.load(schedule);
+        const Editor editor(scheduleOf(code, "1", "1", "1", "1"));
         QTEST(editor.selected(), "option");
-        QTEST(editor.stored(schedule).SchedInterval, "written");
+        QTEST(editor.result().SchedInterval, "written");
         QVERIFY(!editor.hasChanges());
-        editor.option(3)->click();
-        QCOMPARE(editor.stored().SchedInterval, qint32(Yearly));
-    }
-
-    void controlStates_data()
-    {
-        QTest::addColumn<int>("option");
-        QTest::addColumn<bool>("weekDays");
-        QTest::addColumn<bool>("scheduled");
-        QTest::newRow("daily") << 0 << false << true;
-        QTest::newRow("weekly") << 1 << true << true;
-        QTest::newRow("monthly") << 2 << false << true;
-        QTest::newRow("yearly") << 3 << false << true;
-        QTest::newRow("not scheduled") << 4 << false << false;
-    }
-    void controlStates()
-    {
-        QFETCH(int, option);
-        QFETCH(bool, scheduled);
-        const Sandbox sandbox;
-        Editor editor;
-        editor.load(scheduleOf(6, "1", "1", "1", "1"));
-        editor.option(option)->click();
-        QTEST(editor.list("sscomboWeekDays")->isEnabled(), "weekDays");
-        for (const char *name :
-             {"lblDays", "lblHours", "lblMonths", "lblReschedule", "chkReschedule", "cmdAutoSet"})
-            QCOMPARE(editor.find<QWidget>(name)->isEnabled(), scheduled);
+        QCOMPARE(editor.list("sscomboWeekDays")->isEnabled(), code == Weekly);
+        for (const char *name : {"lblHours", "lblMonths", "chkReschedule", "cmdAutoSet"})
+            QCOMPARE(editor.find<QWidget>(name)->isEnabled(), code != NotScheduled);
         auto *minutes = editor.find<QSpinBox>("txtRescheduleTime");
         QVERIFY(!minutes->isEnabled());
         editor.find<QCheckBox>("chkReschedule")->setChecked(true);
-        QCOMPARE(minutes->isEnabled(), scheduled);
+        QCOMPARE(minutes->isEnabled(), code != NotScheduled);
+        editor.option(3)->click();
+        QCOMPARE(editor.result().SchedInterval, qint32(Yearly));
+        QVERIFY(minutes->isEnabled() && !editor.list("sscomboWeekDays")->isEnabled());
     }
 
     void clicks_data()
     {
-        QTest::addColumn<QStringList>("checked");
-        QTest::addColumn<QString>("clicked");
-        QTest::addColumn<QStringList>("after"); // the regular ones
-        QTest::addColumn<QString>("summary");
         const QStringList all{"a", "b", "c", "d"};
-        QTest::newRow("one") << QStringList() << "b" << QStringList{"b"} << "B";
-        QTest::newRow("one off") << QStringList{"a", "b"} << "b" << QStringList{"a"} << "A";
-        QTest::newRow("three") << QStringList{"d", "a"} << "c" << QStringList{"a", "c", "d"}
-                               << "A, C, D";
-        QTest::newRow("last of all") << QStringList{"a", "b", "c"} << "d" << all << "All";
-        QTest::newRow("ALL") << QStringList() << "kAll" << all << "All";
-        QTest::newRow("ALL off") << QStringList{"kAll", "a"} << "kAll" << QStringList{"a"} << "A";
-        QTest::newRow("ALL holds")
-            << QStringList{"kAll", "a", "b", "c", "d"} << "b" << all << "All";
-        QTest::newRow("None") << all << "kNone" << QStringList() << "None";
-        QTest::newRow("None holds") << QStringList{"kNone"} << "b" << QStringList() << "None";
-        QTest::newRow("None goes before ALL")
-            << QStringList{"kAll", "a"} << "kNone" << QStringList() << "None";
-        QTest::newRow("ALL under None")
-            << QStringList{"kNone", "a"} << "kAll" << QStringList() << "None";
-        QTest::newRow("unknown") << QStringList{"a"} << "z" << QStringList{"a"} << "A";
+        const Rows<QStringList, QString, QStringList, QString> row("checked", "clicked", "after",
+                                                                   "summary");
+        row("one", {}, "b", {"b"}, "B");
+        row("one off", {"a", "b"}, "b", {"a"}, "A");
+        row("three", {"d", "a"}, "c", {"a", "c", "d"}, "A, C, D");
+        row("last of all", {"a", "b", "c"}, "d", all, "All");
+        row("ALL", {}, "kAll", all, "All");
+        row("ALL off", {"kAll", "a"}, "kAll", {"a"}, "A");
+        row("ALL holds", QStringList("kAll") + all, "b", all, "All");
+        row("None", all, "kNone", {}, "None");
+        row("None holds", {"kNone"}, "b", {}, "None");
+        row("None goes before ALL", {"kAll", "a"}, "kNone", {}, "None");
+        row("ALL under None", {"kNone", "a"}, "kAll", {}, "None");
+        row("unknown", {"a"}, "z", {"a"}, "A");
     }
     void clicks()
     {
@@ -201,43 +146,29 @@ private Q_SLOTS:
         QCOMPARE(box.isChecked(CheckListCombo::allKey), wasSpecial != (clicked == "kAll"));
     }
 
-    void longSummary()
-    {
-        Editor editor;
-        editor.load(scheduleOf(Daily, "23,0,6,7,12", "", "", ""));
-        QCOMPARE(editor.list("sscomboHours")->summary(), "00:00, 06:00 and 3 more");
-        QCOMPARE(editor.list("sscomboMonths")->summary(), "None");
-    }
-
     void keyboardAndMouse()
     {
-        const Sandbox sandbox;
-        Editor editor;
-        editor.load(scheduleOf(Daily, "", "", "", ""));
+        Editor editor(scheduleOf(Daily, "", "", "", ""));
         editor.show();
         auto *hours = editor.list("sscomboHours");
+        auto *popup = hours->view();
         QSignalSpy changes(hours, &CheckListCombo::checksChanged);
         QTest::keyClick(hours, Qt::Key_Down, Qt::AltModifier);
-        QVERIFY(hours->view()->isVisible());
+        QVERIFY(popup->isVisible());
         for (int i = 0; i < 4; ++i)
-            QTest::keyClick(hours->view(), Qt::Key_Down);
-        QTest::keyClick(hours->view(), Qt::Key_Space);
-        QVERIFY(hours->view()->isVisible());
-        QCOMPARE(hours->checkedKeys(), QStringList{"k02"});
-
+            QTest::keyClick(popup, Qt::Key_Down);
+        QTest::keyClick(popup, Qt::Key_Space);
         const QModelIndex entry = hours->model()->index(5, 0);
-        hours->view()->scrollTo(entry);
-        QTest::mouseClick(hours->view()->viewport(), Qt::LeftButton, {},
-                          hours->view()->visualRect(entry).center());
-        QVERIFY(hours->view()->isVisible());
+        popup->scrollTo(entry);
+        QTest::mouseClick(popup->viewport(), Qt::LeftButton, {}, popup->visualRect(entry).center());
+        QVERIFY(popup->isVisible());
         QCOMPARE(hours->checkedKeys(), (QStringList{"k02", "k03"}));
-        QCOMPARE(changes.count(), 2);
-        QTest::keyClick(hours->view(), Qt::Key_Return);
-        QVERIFY(!hours->view()->isVisible());
+        QTest::keyClick(popup, Qt::Key_Return);
+        QVERIFY(!popup->isVisible());
         QTest::keyClick(hours, Qt::Key_Space);
-        QVERIFY(hours->view()->isVisible());
-        QTest::keyClick(hours->view(), Qt::Key_Escape);
-        QVERIFY(!hours->view()->isVisible());
+        QVERIFY(popup->isVisible());
+        QTest::keyClick(popup, Qt::Key_Escape);
+        QVERIFY(!popup->isVisible());
         QVERIFY(editor.isVisible());
 
         // Nothing to be changed without the list.
@@ -250,264 +181,161 @@ private Q_SLOTS:
         QCOMPARE(changes.count(), 2);
     }
 
-    void entries()
-    {
-        Editor editor;
-        const auto textsOf = [&](const char *name) {
-            QStringList texts;
-            for (int row = 0; row < editor.list(name)->count(); ++row)
-                texts.append(editor.list(name)->itemText(row));
-            return texts;
-        };
-        QCOMPARE(textsOf("sscomboHours").mid(0, 4), (QStringList{"ALL", "None", "00:00", "01:00"}));
-        QCOMPARE(textsOf("sscomboHours").last(), "23:00");
-        QCOMPARE(textsOf("sscomboWeekDays"),
-                 (QStringList{"ALL", "None", "Sunday", "Monday", "Tuesday", "Wednesday", "Thursday",
-                              "Friday", "Saturday"}));
-        QCOMPARE(textsOf("sscomboMonths").mid(2, 2), (QStringList{"January", "February"}));
-        QCOMPARE(textsOf("sscomboMonthDay").mid(31), (QStringList{"30", "31", "Last"}));
-        QCOMPARE(editor.windowTitle(), "Add/Edit Schedule Definition 6.0.0");
-    }
-
     void lists_data()
     {
-        QTest::addColumn<QString>("box");
-        QTest::addColumn<QString>("text");
-        QTest::addColumn<QStringList>("checked");
-        QTest::addColumn<QString>("clicked");
-        QTest::addColumn<QString>("written");
-        QTest::newRow("untouched text stays") << "sscomboHours"
-                                              << " 7,99,x,23" << QStringList{"k07", "k23"} << ""
-                                              << " 7,99,x,23";
-        QTest::newRow("two digits") << "sscomboHours"
-                                    << "7,99,x,23" << QStringList{"k07", "k23"} << "k00"
-                                    << "00,07,23";
-        QTest::newRow("both forms") << "sscomboMonths"
-                                    << "7,07" << QStringList{"k07"} << "k01"
-                                    << "01,07";
-        QTest::newRow("blank inside") << "sscomboMonths"
-                                      << "1, 2" << QStringList{"k01"} << "k03"
-                                      << "01,03";
-        QTest::newRow("week days are plain") << "sscomboWeekDays"
-                                             << "0,01,2,7" << QStringList{"k2", "k7"} << "k1"
-                                             << "1,2,7";
-        QTest::newRow("Last") << "sscomboMonthDay"
-                              << "1" << QStringList{"k01"} << "k32"
-                              << "01,32";
-        QTest::newRow("ALL takes Last") << "sscomboMonthDay"
-                                        << "" << QStringList() << "kAll" << allMonthDays;
-        QTest::newRow("None") << "sscomboHours"
-                              << "1,2" << QStringList{"k01", "k02"} << "kNone"
-                              << "";
+        const Rows<QString, QString, QString, QString, QString> row("list", "text", "summary",
+                                                                    "clicked", "written");
+        row("untouched text stays", "sscomboHours", " 7,99,x,23", "07:00, 23:00", "", " 7,99,x,23");
+        row("two digits", "sscomboHours", "7,99,x,23", "07:00, 23:00", "k00", "00,07,23");
+        row("taken back", "sscomboHours", "7,99", "07:00", "k08 k08", "7,99");
+        row("many", "sscomboHours", "23,0,6,7,12", "00:00, 06:00 and 3 more", "", "23,0,6,7,12");
+        row("both forms", "sscomboMonths", "7,07", "July", "k01", "01,07");
+        row("blank inside", "sscomboMonths", "1, 2", "January", "k03", "01,03");
+        row("week days are plain", "sscomboWeekDays", "0,01,2,7", "Monday, Saturday", "k1",
+            "1,2,7");
+        row("Last", "sscomboMonthDay", "32", "Last", "k01", "01,32");
+        row("first and last", "sscomboWeekDays", "1,7", "Sunday, Saturday", "k2", "1,2,7");
+        row("ALL takes Last", "sscomboMonthDay", "", "None", "kAll", allMonthDays);
+        row("None", "sscomboHours", "1,2", "01:00, 02:00", "kNone", "");
     }
     void lists()
     {
-        QFETCH(QString, box);
+        QFETCH(QString, list);
         QFETCH(QString, text);
         QFETCH(QString, clicked);
-        const Sandbox sandbox;
-        Editor editor;
-        editor.load(scheduleOf(Weekly, text, text, text, text));
-        QTEST(editor.list(box)->checkedKeys(), "checked");
-        QVERIFY(!editor.list(box)->isChecked(CheckListCombo::allKey));
+        QFETCH(QString, written);
+        const Editor editor(scheduleOf(Weekly, text, text, text, text));
+        QTEST(editor.list(list)->summary(), "summary");
         QVERIFY(!editor.hasChanges());
-        editor.list(box)->click(clicked);
-        QCOMPARE(editor.hasChanges(), !clicked.isEmpty());
-        const clsScheduleDef stored = editor.stored();
-        const QHash<QString, QString> texts{{"sscomboHours", stored.HourList},
-                                            {"sscomboWeekDays", stored.WeekDayList},
-                                            {"sscomboMonthDay", stored.MonthDayList},
-                                            {"sscomboMonths", stored.MonthList}};
-        QTEST(texts[box], "written");
-        for (auto other = texts.begin(); other != texts.end(); ++other)
-            QVERIFY2(other.key() == box || other.value() == text, qPrintable(other.key()));
-    }
-
-    void changesTakenBack()
-    {
-        const Sandbox sandbox;
-        Editor editor;
-        editor.load(scheduleOf(Daily, "7,99", "", "", ""));
-        editor.list("sscomboHours")->click("k08");
-        QVERIFY(editor.hasChanges());
-        editor.list("sscomboHours")->click("k08");
-        QVERIFY(!editor.hasChanges());
-        QCOMPARE(editor.stored().HourList, "7,99");
+        for (const QString &key : clicked.split(u' ', Qt::SkipEmptyParts))
+            editor.list(list)->click(key);
+        QCOMPARE(editor.hasChanges(), written != text);
+        QStringList expected = listsOf(editor.before);
+        expected[listNames.indexOf(list)] = written;
+        QCOMPARE(listsOf(editor.result()), expected);
     }
 
     void presets_data()
     {
-        QTest::addColumn<int>("option");
-        QTest::addColumn<QString>("question");
-        QTest::addColumn<QString>("weekDays");
-        QTest::addColumn<QString>("monthDays");
-        QTest::addColumn<QString>("months");
-        QTest::newRow("daily") << 0 << "Set schedule to every day at 00:00" << allWeekDays
-                               << allMonthDays << allMonths;
-        QTest::newRow("weekly") << 1 << "Set schedule to every Sunday at 00:00"
-                                << "1" << allMonthDays << allMonths;
-        QTest::newRow("monthly") << 2 << "Set schedule to 1st of every month at 00:00"
-                                 << ""
-                                 << "01" << allMonths;
-        QTest::newRow("yearly") << 3 << "Set schedule to every January 1st at 00:00"
-                                << ""
-                                << "01"
-                                << "01";
+        const Rows<int, QString, QStringList> row("option", "question", "lists");
+        row("daily", 0, "every day", {"00", "1,2,3,4,5,6,7", allMonthDays, allMonths});
+        row("weekly", 1, "every Sunday", {"00", "1", allMonthDays, allMonths});
+        row("monthly", 2, "1st of every month", {"00", "", "01", allMonths});
+        row("yearly", 3, "every January 1st", {"00", "", "01", "01"});
     }
     void presets()
     {
         QFETCH(int, option);
         QFETCH(QString, question);
-        const Sandbox sandbox;
-        Editor editor;
-        editor.load(scheduleOf(Daily, "5", "3", "9", "4"));
+        const Editor editor(scheduleOf(Daily, "5", "3", "9", "4"));
         editor.option(option)->click();
-        auto *button = editor.find<QPushButton>("cmdAutoSet");
-        answerNext(QMessageBox::No);
-        button->click();
-        QCOMPARE(boxTitle, "Auto Set Frequency");
-        QCOMPARE(boxText, question + "\nAuto configure the scheduled dates?");
-        QVERIFY(boxDefault.contains("No"));
-        QCOMPARE(editor.stored().HourList, "5");
-        answerNext(QMessageBox::Yes);
-        button->click();
-        const clsScheduleDef stored = editor.stored();
-        QCOMPARE(stored.HourList, "00");
-        QTEST(stored.WeekDayList, "weekDays");
-        QTEST(stored.MonthDayList, "monthDays");
-        QTEST(stored.MonthList, "months");
+        Answers answers;
+        answers.add([](QWidget &box) {
+            QVERIFY(static_cast<QMessageBox &>(box).defaultButton()->text().contains("No"));
+            box.close();
+        });
+        editor.click("cmdAutoSet");
+        QCOMPARE(answers.said, QStringList("Auto Set Frequency: Set schedule to " + question +
+                                           " at 00:00\nAuto configure the scheduled dates?"));
+        QCOMPARE(listsOf(editor.result()), listsOf(editor.before));
+        answers.click(QMessageBox::Yes);
+        editor.click("cmdAutoSet");
+        QTEST(listsOf(editor.result()), "lists");
         QCOMPARE(editor.list("sscomboMonths")->isChecked(CheckListCombo::allKey), option != 3);
-        QVERIFY(editor.find<QLabel>("lblNextRuns")->text().endsWith("00:00"));
+        QVERIFY(editor.text("lblNextRuns").endsWith("00:00"));
     }
 
     void presetWithoutKind()
     {
-        const Sandbox sandbox;
-        Editor editor;
-        editor.load(scheduleOf(9, "5", "3", "9", "4"));
-        answerNext(QMessageBox::Ok);
-        editor.find<QPushButton>("cmdAutoSet")->click();
-        QVERIFY(boxText.contains("choose first"));
+        const Editor editor(scheduleOf(9, "5", "3", "9", "4"));
+        Answers answers;
+        answers.click(QMessageBox::Ok);
+        editor.click("cmdAutoSet");
+        QVERIFY(answers.said.value(0).contains("choose first"));
         QVERIFY(!editor.hasChanges());
     }
 
     void runs_data()
     {
-        QTest::addColumn<clsScheduleDef>("schedule");
-        QTest::addColumn<QString>("shown");
-        QTest::addColumn<QString>("hint");
         const QString months = numbers(1, 12, 1);
-        QTest::newRow("weekly") << scheduleOf(Weekly, "6", "2", allMonthDays, months)
-                                << "Monday 2026-11-23 06:00\nMonday 2026-11-30 06:00\n"
-                                   "Monday 2026-12-07 06:00\nMonday 2026-12-14 06:00\n"
-                                   "Monday 2026-12-21 06:00"
-                                << "";
-        QTest::newRow("Last among others")
-            << scheduleOf(Daily, "6,12,18", "", "24,32", "12")
-            << "Thursday 2026-12-24 06:00\nThursday 2026-12-24 12:00\nThursday 2026-12-24 18:00\n"
-               "Friday 2027-12-24 06:00\nFriday 2027-12-24 12:00"
-            << "never comes";
-        QTest::newRow("a leap year between") << scheduleOf(Yearly, "0", "", "1", "1")
-                                             << "Friday 2027-01-01 00:00\nSaturday 2028-01-01 00:00"
-                                             << "365 days";
-        QTest::newRow("not scheduled")
-            << scheduleOf(NotScheduled, "0", "", "1", months) << "Not scheduled"
-            << "";
-        QTest::newRow("no hour") << scheduleOf(Daily, "24", "", "1", months)
-                                 << "never runs: no hour"
-                                 << "";
-        QTest::newRow("no month") << scheduleOf(Daily, "0", "", "1", "") << "never runs: no month"
-                                  << "";
-        QTest::newRow("no week day")
-            << scheduleOf(Weekly, "0", "01", "1", months) << "never runs: no day of the week"
-            << "does not look at the days of the month";
-        QTest::newRow("no day") << scheduleOf(Daily, "0", "1", "", months)
-                                << "never runs: no day of the month"
-                                << "";
-        QTest::newRow("Last alone")
-            << scheduleOf(Monthly, "0", "", "32", months) << "\u201cLast\u201d is the only day"
-            << "";
-        QTest::newRow("30 February")
-            << scheduleOf(Yearly, "0", "", "30,31", "2") << "none of the checked days"
-            << "";
-        QTest::newRow("unknown kind")
-            << scheduleOf(7, "0", "", "22", "11") << "Sunday 2026-11-22 00:00"
-            << "code 7";
+        const Rows<clsScheduleDef, QString, QString> row("schedule", "shown", "hint");
+        row("weekly", scheduleOf(Weekly, "6", "2", allMonthDays, months),
+            "Monday 2026-11-23 06:00\nMonday 2026-11-30 06:00\nMonday 2026-12-07 06:00\n"
+            "Monday 2026-12-14 06:00\nMonday 2026-12-21 06:00",
+            "");
+        row("Last among others", scheduleOf(Daily, "6,12,18", "", "24,32", "12"),
+            "Thursday 2026-12-24 06:00\nThursday 2026-12-24 12:00\nThursday 2026-12-24 18:00\n"
+            "Friday 2027-12-24 06:00\nFriday 2027-12-24 12:00",
+            "never comes");
+        row("a leap year between", scheduleOf(Yearly, "0", "", "1", "1"),
+            "Friday 2027-01-01 00:00\nSaturday 2028-01-01 00:00", "365 days");
+        row("not scheduled", scheduleOf(NotScheduled, "0", "", "1", months), "Not scheduled", "");
+        row("no hour", scheduleOf(Daily, "24", "", "1", months), "never runs: no hour", "");
+        row("no month", scheduleOf(Daily, "0", "", "1", ""), "never runs: no month", "");
+        row("no week day", scheduleOf(Weekly, "0", "01", "1", months),
+            "never runs: no day of the week", "does not look at the days of the month");
+        row("no day", scheduleOf(Daily, "0", "1", "", months), "never runs: no day of the month",
+            "");
+        row("Last alone", scheduleOf(Monthly, "0", "", "32", months),
+            "\u201cLast\u201d is the only day", "");
+        row("30 February", scheduleOf(Yearly, "0", "", "30,31", "2"), "none of the checked days",
+            "");
+        row("unknown kind", scheduleOf(7, "0", "", "22", "11"), "Sunday 2026-11-22 00:00",
+            "code 7");
     }
     void runs()
     {
         QFETCH(clsScheduleDef, schedule);
         QFETCH(QString, shown);
         QFETCH(QString, hint);
-        const Sandbox sandbox;
-        const FrozenClock clock(QStringLiteral("2026-11-21T14:20:00"));
-        Editor editor;
-        editor.load(schedule);
-        const QString text = editor.find<QLabel>("lblNextRuns")->text();
+        const FrozenClock clock("2026-11-21T14:20:00");
+        const Editor editor(schedule);
+        const QString text = editor.text("lblNextRuns");
         QVERIFY2(text.contains(shown), qPrintable(text));
-        const QString hints = editor.find<QLabel>("lblHint")->text();
+        const QString hints = editor.text("lblHint");
         QVERIFY2(hint.isEmpty() ? hints.isEmpty() : hints.contains(hint), qPrintable(hints));
     }
 
     void runsFollowClicks()
     {
-        const Sandbox sandbox;
-        const FrozenClock clock(QStringLiteral("2026-11-21T14:20:00"));
-        Editor editor;
-        editor.load(scheduleOf(Daily, "", "", allMonthDays, allMonths));
-        auto *runs = editor.find<QLabel>("lblNextRuns");
-        QVERIFY(runs->text().contains("never runs"));
+        const FrozenClock clock("2026-11-21T14:20:00");
+        const Editor editor(scheduleOf(Daily, "", "", allMonthDays, allMonths));
         editor.list("sscomboHours")->click("k15");
-        QVERIFY(runs->text().startsWith("Saturday 2026-11-21 15:00"));
+        QVERIFY(editor.text("lblNextRuns").startsWith("Saturday 2026-11-21 15:00"));
         editor.option(1)->click();
-        QVERIFY(runs->text().contains("never runs"));
+        QVERIFY(editor.text("lblNextRuns").contains("never runs"));
         editor.list("sscomboWeekDays")->click("kNone");
-        QVERIFY(editor.find<QLabel>("lblHint")->text().contains("uncheck it"));
+        QVERIFY(editor.text("lblHint").contains("uncheck it"));
     }
 
-    void tabOrder()
+    void keyboard()
     {
-        const Sandbox sandbox;
-        Editor editor;
-        editor.load(scheduleOf(Weekly, "1", "1", "1", "1"));
-        editor.show();
-        QVERIFY(QTest::qWaitForWindowActive(&editor));
-        QStringList visited;
-        while (editor.focusWidget() && visited.size() < 40 &&
-               !visited.contains(editor.focusWidget()->objectName())) {
-            visited.append(editor.focusWidget()->objectName());
-            QTest::keyClick(editor.focusWidget(), Qt::Key_Tab);
-        }
-        const QString expected =
-            "txtScheduleName optSchedInterval1 sscomboHours sscomboWeekDays sscomboMonthDay "
-            "sscomboMonths cmdAutoSet chkReschedule cmdOK cmdCancel cmdHelp";
-        QCOMPARE(visited.join(u' '), expected);
+        Editor editor(scheduleOf(Weekly, "1", "1", "1", "1"));
+        editor.checkLetters();
+        QCOMPARE(editor.tabOrder(),
+                 "txtScheduleName optSchedInterval1 sscomboHours sscomboWeekDays sscomboMonthDay "
+                 "sscomboMonths cmdAutoSet chkReschedule cmdOK cmdCancel cmdHelp");
     }
 
     void otherFields()
     {
-        const Sandbox sandbox;
-        Editor editor;
         clsScheduleDef schedule = scheduleOf(Daily, "1", "1", "1", "1");
         schedule.ScheduleName = "Nightly";
         schedule.Reschedule = true;
         schedule.RescheduleTime = -3;
-        editor.load(schedule);
+        const Editor editor(schedule);
         QVERIFY(!editor.hasChanges());
-        QCOMPARE(editor.stored().RescheduleTime, -3);
+        QCOMPARE(editor.result().RescheduleTime, -3);
         editor.find<QSpinBox>("txtRescheduleTime")->setValue(99'999);
-        QCOMPARE(editor.stored().RescheduleTime, 32'767); // what a file can hold
-        editor.find<QCheckBox>("chkReschedule")->click();
+        QCOMPARE(editor.result().RescheduleTime, 32'767); // what a file can hold
+        editor.click("chkReschedule");
+        QVERIFY(!editor.result().Reschedule);
         auto *name = editor.find<QLineEdit>("txtScheduleName");
         name->setText("  ");
         QVERIFY(editor.error().contains("name"));
         name->setText(" Weekly ");
         QVERIFY(editor.error().isEmpty());
-        const clsScheduleDef stored = editor.stored(schedule);
-        QCOMPARE(stored.ScheduleName, "Weekly");
-        QVERIFY(!stored.Reschedule);
-        QCOMPARE(stored.ScheduleID, schedule.ScheduleID);
-        QCOMPARE(stored.StartTime, schedule.StartTime);
+        QCOMPARE(editor.result().ScheduleName, "Weekly");
     }
 };
 
