@@ -1,82 +1,65 @@
 #include "app/Listings.h"
 #include "app/RunDisplay.h"
 #include "core/TimeZone.h"
+#include "support/Rows.h"
 #include "support/Sandbox.h"
-
-#include <QTest>
 
 class TestDisplay : public QObject
 {
     Q_OBJECT
 
 private Q_SLOTS:
-    void showsProgressInOneLine_data();
-    void showsProgressInOneLine();
-    void listsRunsNewestLast();
+    void showsProgressInOneLine_data()
+    {
+        const QString name = "Report";
+        const Rows<Progress, int, int, QString> row("progress", "seconds", "columns", "line");
+        row("begin", {name, {}, {}, 0, 40}, 3, 80, "0 % (0 of 40): Report");
+        row("time left", {name, "Dev", "Ping", 10, 40}, 10, 80,
+            "25 % (10 of 40), 0:30 left: Report, Dev, Ping");
+        row("minutes", {name, {}, {}, 1, 11}, 65, 80, "9 % (1 of 11), 10:50 left: Report");
+        row("hours", {name, {}, {}, 1, 101}, 73, 80, "0 % (1 of 101), 2:01:40 left: Report");
+        row("done", {name, {}, {}, 40, 40}, 10, 80, "100 % (40 of 40), 0:00 left: Report");
+        row("nothing to chart", {name, {}, {}, 0, 0}, 1, 80, "0 % (0 of 0): Report");
+        row("narrow", {name, {}, {}, 0, 40}, 3, 15, "0 % (0 of 40)…");
+        row("wide characters", {"東京東京", {}, {}, 0, 4}, 3, 20, "0 % (0 of 4): 東京…");
+        row("control characters", {"a\x1b[2Jb\n", {}, {}, 0, 1}, 0, 80, "0 % (0 of 1): a [2Jb ");
+    }
+    void showsProgressInOneLine()
+    {
+        QFETCH(Progress, progress);
+        QFETCH(int, seconds);
+        QFETCH(int, columns);
+        const QString line = progressLine(progress, seconds * qint64(1000), columns);
+        QTEST(line, "line");
+        QVERIFY(line.size() < columns);
+    }
+
+    void listsRunsNewestLast()
+    {
+        const LocalZone zone("UTC");
+        QCOMPARE(historyText({}), "No run is on record.\n");
+        ReportRecord report;
+        report.title = "Night";
+        report.result = ReportResult::Partial;
+        report.start = 1'711'976'401'000;
+        report.end = report.start + 2'000;
+        report.dueSince = wallTime(1'711'976'400'000);
+        report.charts = 3;
+        report.samples = 12'345;
+        report.chartsWithoutImage = 1;
+        report.chartErrors = QStringList("G1.PNG [61] full");
+        const RunRecord older{report.start, report.end + 500, "scheduled", {}, {report}};
+        const RunRecord newer{report.start + 3'600'000, 0, "on request", "no list", {}};
+        QCOMPARE(historyText({newer, older}),
+                 "2024-04-01 13:00:01  scheduled: 1 report, 2.5 s\n"
+                 "    partial    Night  due since 2024-04-01 13:00, 3 charts, 12,345 samples, "
+                 "2.0 s, 1 without image\n"
+                 "        G1.PNG [61] full\n"
+                 "2024-04-01 14:00:01  on request: no report, not finished: it runs still, or "
+                 "was broken off\n"
+                 "    no list\n");
+    }
 };
-
-void TestDisplay::showsProgressInOneLine_data()
-{
-    QTest::addColumn<Progress>("progress");
-    QTest::addColumn<int>("seconds");
-    QTest::addColumn<int>("columns");
-    QTest::addColumn<QString>("line");
-
-    const QString name = QStringLiteral("Report");
-    QTest::newRow("begin") << Progress{name, {}, {}, 0, 40} << 3 << 80 << "0 % (0 of 40): Report";
-    QTest::newRow("time left") << Progress{name, "Dev", "Ping", 10, 40} << 10 << 80
-                               << "25 % (10 of 40), 0:30 left: Report, Dev, Ping";
-    QTest::newRow("minutes") << Progress{name, {}, {}, 1, 11} << 65 << 80
-                             << "9 % (1 of 11), 10:50 left: Report";
-    QTest::newRow("hours") << Progress{name, {}, {}, 1, 101} << 73 << 80
-                           << "0 % (1 of 101), 2:01:40 left: Report";
-    QTest::newRow("done") << Progress{name, {}, {}, 40, 40} << 10 << 80
-                          << "100 % (40 of 40), 0:00 left: Report";
-    QTest::newRow("nothing to chart")
-        << Progress{name, {}, {}, 0, 0} << 1 << 80 << "0 % (0 of 0): Report";
-    QTest::newRow("narrow") << Progress{name, {}, {}, 0, 40} << 3 << 15
-                            << QString::fromUtf8("0 % (0 of 40)…");
-    QTest::newRow("wide characters") << Progress{QString::fromUtf8("東京東京"), {}, {}, 0, 4} << 3
-                                     << 20 << QString::fromUtf8("0 % (0 of 4): 東京…");
-    QTest::newRow("control characters")
-        << Progress{"a\x1b[2Jb\n", {}, {}, 0, 1} << 0 << 80 << "0 % (0 of 1): a [2Jb ";
-}
-
-void TestDisplay::showsProgressInOneLine()
-{
-    QFETCH(Progress, progress);
-    QFETCH(int, seconds);
-    QFETCH(int, columns);
-    const QString line = progressLine(progress, seconds * qint64(1000), columns);
-    QTEST(line, "line");
-    QVERIFY(line.size() < columns);
-}
-
-void TestDisplay::listsRunsNewestLast()
-{
-    const LocalZone zone("UTC");
-    QCOMPARE(historyText({}), QString("No run is on record.\n"));
-    ReportRecord report;
-    report.title = "Night";
-    report.result = ReportResult::Partial;
-    report.start = 1'711'976'401'000;
-    report.end = report.start + 2'000;
-    report.dueSince = wallTime(1'711'976'400'000);
-    report.charts = 3;
-    report.samples = 12'345;
-    report.chartsWithoutImage = 1;
-    report.chartErrors = QStringList("G1.PNG [61] full");
-    RunRecord older{report.start, report.end + 500, "scheduled", {}, {report}};
-    RunRecord newer{report.start + 3'600'000, 0, "on request", "no list", {}};
-    QCOMPARE(historyText({newer, older}),
-             QString("2024-04-01 13:00:01  scheduled: 1 report, 2.5 s\n"
-                     "    partial    Night  due since 2024-04-01 13:00, 3 charts, 12,345 samples, "
-                     "2.0 s, 1 without image\n"
-                     "        G1.PNG [61] full\n"
-                     "2024-04-01 14:00:01  on request: no report, not finished: it runs still, or "
-                     "was broken off\n"
-                     "    no list\n"));
-}
 
 QTEST_GUILESS_MAIN(TestDisplay)
 #include "tst_display.moc"

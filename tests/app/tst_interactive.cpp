@@ -1,10 +1,12 @@
 #include "app/Interactive.h"
 #include "support/Answers.h"
 #include "support/MemoryScheduler.h"
+#include "support/Rows.h"
 #include "support/Sandbox.h"
 #include "ui/MainWindow.h"
 
-#include <QTest>
+using Looks = QList<bool>;
+using Buttons = QList<QMessageBox::StandardButton>;
 
 /// The start of the window beside another instance.
 class TestInteractive : public QObject
@@ -12,86 +14,66 @@ class TestInteractive : public QObject
     Q_OBJECT
 
 private Q_SLOTS:
-    void waitsForAnotherInstance_data();
-    void waitsForAnotherInstance();
-    void endsAForgottenJob_data();
-    void endsAForgottenJob();
-};
-
-void TestInteractive::waitsForAnotherInstance_data()
-{
-    using Counts = QList<bool>;
-    QTest::addColumn<Counts>("runs"); // what each look finds; the last one holds on
-    QTest::addColumn<QStringList>("answers");
-    QTest::addColumn<bool>("goesOn");
-    QTest::newRow("alone") << Counts{false} << QStringList() << true;
-    QTest::newRow("gone at the second look") << Counts{true, false} << QStringList() << true;
-    QTest::newRow("gone after a retry")
-        << Counts{true, true, false} << QStringList{"Retry"} << true;
-    QTest::newRow("gone after two")
-        << Counts{true, true, true, false} << QStringList{"Retry", "Retry"} << true;
-    QTest::newRow("cancelled") << Counts{true} << QStringList{"Cancel"} << false;
-    QTest::newRow("cancelled as it went")
-        << Counts{true, true, false} << QStringList{"Cancel"} << false;
-    QTest::newRow("retried, then cancelled")
-        << Counts{true} << QStringList{"Retry", "Cancel"} << false;
-}
-
-void TestInteractive::waitsForAnotherInstance()
-{
-    QFETCH(QList<bool>, runs);
-    QFETCH(QStringList, answers);
-    QFETCH(bool, goesOn);
-    const Sandbox sandbox;
-    MemoryScheduler scheduler;
-    frmGrapherMain window(scheduler, {});
-    Answers user;
-    bool wasEnabled = false;
-    for (const QString &answer : answers) {
-        user.add([&, answer](QWidget &widget) {
-            wasEnabled = wasEnabled || window.isEnabled();
-            auto &box = dynamic_cast<QMessageBox &>(widget);
-            QVERIFY(box.isEnabled());
-            box.button(answer == "Retry" ? QMessageBox::Retry : QMessageBox::Cancel)->click();
-        });
+    void waitsForAnotherInstance_data()
+    {
+        const auto retry = QMessageBox::Retry;
+        const auto cancel = QMessageBox::Cancel;
+        // runs: what each look finds; the last one holds on
+        const Rows<Looks, Buttons, bool> row("runs", "answers", "goesOn");
+        row("alone", {false}, {}, true);
+        row("gone at the second look", {true, false}, {}, true);
+        row("gone after a retry", {true, true, false}, {retry}, true);
+        row("gone after two", {true, true, true, false}, {retry, retry}, true);
+        row("cancelled", {true}, {cancel}, false);
+        row("cancelled as it went", {true, true, false}, {cancel}, false);
+        row("retried, then cancelled", {true}, {retry, cancel}, false);
     }
-    const bool result = waitForOtherInstance(
-        window, scheduler, [&] { return runs.size() > 1 ? runs.takeFirst() : runs.first(); });
-    QCOMPARE(result, goesOn);
-    QVERIFY(user.allDone());
-    QVERIFY(!wasEnabled && window.isEnabled());
-    QCOMPARE(user.said.size(), answers.size());
-    for (const QString &said : user.said)
-        QCOMPARE(said,
-                 QString("Vantrel Graphing Tool: Another instance of Vantrel Graphing Tool is "
-                         "currently running.\nYou may wait for the previous instance to "
-                         "complete processing"));
-}
+    void waitsForAnotherInstance()
+    {
+        QFETCH(Looks, runs);
+        QFETCH(Buttons, answers);
+        const Sandbox sandbox;
+        MemoryScheduler scheduler;
+        frmGrapherMain window(scheduler, {});
+        Answers user;
+        for (const QMessageBox::StandardButton answer : answers) {
+            user.add([&, answer](QWidget &box) {
+                QVERIFY(box.isEnabled() && !window.isEnabled());
+                static_cast<QMessageBox &>(box).button(answer)->click();
+            });
+        }
+        QTEST(waitForOtherInstance(window, scheduler,
+                                   [&] { return runs.size() > 1 ? runs.takeFirst() : runs[0]; }),
+              "goesOn");
+        QVERIFY(user.allDone() && window.isEnabled());
+        QCOMPARE(user.said,
+                 QStringList(answers.size(),
+                             "Vantrel Graphing Tool: Another instance of Vantrel Graphing Tool is "
+                             "currently running.\nYou may wait for the previous instance to "
+                             "complete processing"));
+    }
 
-void TestInteractive::endsAForgottenJob_data()
-{
-    QTest::addColumn<QString>("list");
-    QTest::addColumn<bool>("running");
-    QTest::addColumn<bool>("ends");
-    QTest::newRow("registered") << "vantrelgraphtool\n" << true << false;
-    QTest::newRow("runs, though not registered") << "other\n" << true << true;
-    QTest::newRow("does not run") << "" << false << false;
-}
-
-void TestInteractive::endsAForgottenJob()
-{
-    QFETCH(QString, list);
-    QFETCH(bool, running);
-    QFETCH(bool, ends);
-    const Sandbox sandbox;
-    MemoryScheduler scheduler;
-    scheduler.list = list;
-    scheduler.running = running;
-    frmGrapherMain window(scheduler, {});
-    QList<bool> runs = {true, false};
-    QVERIFY(waitForOtherInstance(window, scheduler, [&] { return runs.takeFirst(); }));
-    QCOMPARE(scheduler.ended, ends ? QStringList("VantrelGraphTool") : QStringList());
-}
+    void endsAForgottenJob_data()
+    {
+        const Rows<QString, bool, QStringList> row("list", "running", "ended");
+        row("registered", "vantrelgraphtool\n", true, {});
+        row("runs, though not registered", "other\n", true, {"VantrelGraphTool"});
+        row("does not run", "", false, {});
+    }
+    void endsAForgottenJob()
+    {
+        const Sandbox sandbox;
+        MemoryScheduler scheduler;
+        QFETCH(QString, list);
+        scheduler.list = list;
+        QFETCH(bool, running);
+        scheduler.running = running;
+        frmGrapherMain window(scheduler, {});
+        Looks runs = {true, false};
+        QVERIFY(waitForOtherInstance(window, scheduler, [&] { return runs.takeFirst(); }));
+        QTEST(scheduler.ended, "ended");
+    }
+};
 
 QTEST_MAIN(TestInteractive)
 #include "tst_interactive.moc"

@@ -1,61 +1,47 @@
 #include "app/Options.h"
-
-#include <QDir>
-#include <QTest>
+#include "support/Rows.h"
 
 class TestOptions : public QObject
 {
     Q_OBJECT
 
 private Q_SLOTS:
-    void separatesTheTwoSyntaxes_data();
-    void separatesTheTwoSyntaxes();
-    void refusesWrongOnes_data();
-    void refusesWrongOnes();
+    void separatesTheTwoSyntaxes_data()
+    {
+        const Rows<QStringList, QString, bool, QStringList> row("arguments", "systemText",
+                                                                "unattended", "run");
+        row("none", {}, "", false, {});
+        row("system's own", {"/auto", "/DBPATH", "=", "c:\\a b"}, "/auto /DBPATH = c:\\a b", true,
+            {});
+        row("--auto", {"--auto", "/DBPATH=X"}, "/AUTO /DBPATH=X", true, {});
+        row("values are no options", {"--home", "--auto"}, "", false, {});
+        row("--run", {"--run", "/A", "--run=b=c"}, "", true, {"/A", "b=c"});
+        row("--list", {"--list"}, "", true, {});
+    }
+    void separatesTheTwoSyntaxes()
+    {
+        QFETCH(QStringList, arguments);
+        const Options options = parseOptions(arguments);
+        QCOMPARE(options.error, QString());
+        QTEST(options.systemText, "systemText");
+        QTEST(options.unattended(), "unattended");
+        QTEST(options.run, "run");
+    }
+
+    void refusesWrongOnes_data()
+    {
+        const Rows<QString, QString> row("argument", "error");
+        row("unknown", "--frob", "unknown option --frob");
+        row("value missing", "--run", "--run needs a value");
+        row("value empty", "--home=", "--home needs a value");
+        row("value too many", "--list=x", "--list takes no value");
+    }
+    void refusesWrongOnes()
+    {
+        QFETCH(QString, argument);
+        QTEST(parseOptions({argument}).error, "error");
+    }
 };
-
-void TestOptions::separatesTheTwoSyntaxes_data()
-{
-    QTest::addColumn<QStringList>("arguments");
-    QTest::addColumn<QString>("systemText");
-    QTest::addColumn<bool>("unattended");
-
-    QTest::newRow("none") << QStringList() << "" << false;
-    QTest::newRow("system's own") << QStringList{"/auto", "/DBPATH", "=", "c:\\a b"}
-                                  << "/auto /DBPATH = c:\\a b" << true;
-    QTest::newRow("--auto") << QStringList{"--auto", "/DBPATH=X"} << "/AUTO /DBPATH=X" << true;
-    QTest::newRow("values are no options") << QStringList{"--home", "--auto"} << "" << false;
-    QTest::newRow("--run") << QStringList{"--run", "/A", "--run=b=c"} << "" << true;
-    QTest::newRow("--list") << QStringList{"--list"} << "" << true;
-}
-
-void TestOptions::separatesTheTwoSyntaxes()
-{
-    QFETCH(QStringList, arguments);
-    const Options options = parseOptions(arguments);
-    QCOMPARE(options.error, QString());
-    QTEST(options.systemText, "systemText");
-    QTEST(options.unattended(), "unattended");
-    if (arguments.contains(QLatin1String("--run")))
-        QCOMPARE(options.run, QStringList({QStringLiteral("/A"), QStringLiteral("b=c")}));
-}
-
-void TestOptions::refusesWrongOnes_data()
-{
-    QTest::addColumn<QStringList>("arguments");
-    QTest::addColumn<QString>("error");
-
-    QTest::newRow("unknown") << QStringList{"--frob"} << "unknown option --frob";
-    QTest::newRow("value missing") << QStringList{"--run"} << "--run needs a value";
-    QTest::newRow("value empty") << QStringList{"--home="} << "--home needs a value";
-    QTest::newRow("value too many") << QStringList{"--list=x"} << "--list takes no value";
-}
-
-void TestOptions::refusesWrongOnes()
-{
-    QFETCH(QStringList, arguments);
-    QTEST(parseOptions(arguments).error, "error");
-}
 
 QTEST_GUILESS_MAIN(TestOptions)
 #include "tst_options.moc"
