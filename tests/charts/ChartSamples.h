@@ -24,7 +24,9 @@ inline DataSeries emptySeries(int count, int minutes = 60,
     return series;
 }
 
-inline DataSeries stateSeries(const QList<std::pair<qint64, qint64>> &counts, int minutes = 60)
+using Counts = QList<std::pair<qint64, qint64>>; ///< successes and failures of each bucket
+
+inline DataSeries stateSeries(const Counts &counts, int minutes = 60)
 {
     DataSeries series = emptySeries(static_cast<int>(counts.size()), minutes);
     series.scale = stateScale;
@@ -56,11 +58,11 @@ inline DataSeries counterSeries(const QList<double> &means, double spread = 0, i
 inline ChartFrame sampleFrame(const QSize &size = {640, 390}, int quality = 2)
 {
     ChartFrame frame;
-    frame.title = QStringLiteral("Last week by hour");
-    frame.subtitle = QStringLiteral("M\u00FCnchen router \u2013 Ping");
-    frame.period = QStringLiteral("2024-03-04 00:00 to 2024-03-10 23:59");
-    frame.zone = QStringLiteral("Europe/Berlin, UTC+01:00");
-    frame.credit = QStringLiteral("Vantrel Graphing Tool \u00A9 2024");
+    frame.title = "Last week by hour";
+    frame.subtitle = "München router – Ping";
+    frame.period = "2024-03-04 00:00 to 2024-03-10 23:59";
+    frame.zone = "Europe/Berlin, UTC+01:00";
+    frame.credit = "Vantrel Graphing Tool © 2024";
     frame.size = size;
     frame.quality = quality;
     return frame;

@@ -1,14 +1,12 @@
 #pragma once
 
-#include <QPaintDevice>
+#include <QImage>
 #include <QPaintEngine>
-#include <QRectF>
-#include <QString>
 
 #include <vector>
 
-/// A paint device that draws nothing and keeps where each text was drawn.
-class TextProbe : public QPaintDevice
+/// An image on which nothing is drawn; it keeps where each text would stand.
+class TextProbe : public QImage
 {
 public:
     struct Text
@@ -18,44 +16,18 @@ public:
     };
 
     explicit TextProbe(const QSize &size)
-        : m_size(size)
-        , m_engine(*this)
+        : QImage(size, QImage::Format_RGB32)
     {}
     QPaintEngine *paintEngine() const override { return &m_engine; }
 
-    std::vector<Text> texts;
-
-protected:
-    int metric(PaintDeviceMetric metric) const override
-    {
-        switch (metric) {
-        case PdmWidth:
-            return m_size.width();
-        case PdmHeight:
-            return m_size.height();
-        case PdmDpiX:
-        case PdmDpiY:
-        case PdmPhysicalDpiX:
-        case PdmPhysicalDpiY:
-            return 96;
-        case PdmDepth:
-            return 32;
-        case PdmDevicePixelRatio:
-            return 1;
-        case PdmDevicePixelRatioScaled:
-            return static_cast<int>(devicePixelRatioFScale());
-        default:
-            return 0;
-        }
-    }
+    const std::vector<Text> &texts() const { return m_engine.texts; }
 
 private:
     class Engine : public QPaintEngine
     {
     public:
-        explicit Engine(TextProbe &probe)
+        Engine()
             : QPaintEngine(AllFeatures)
-            , m_probe(probe)
         {}
         bool begin(QPaintDevice *) override { return true; }
         bool end() override { return true; }
@@ -66,15 +38,13 @@ private:
         Type type() const override { return User; }
         void drawTextItem(const QPointF &at, const QTextItem &item) override
         {
-            m_probe.texts.push_back(
-                {item.text(), QRectF(at.x(), at.y() - item.ascent(), item.width(),
-                                     item.ascent() + item.descent())});
+            const qreal height = item.ascent() + item.descent();
+            texts.push_back(
+                {item.text(), QRectF(at.x(), at.y() - item.ascent(), item.width(), height)});
         }
 
-    private:
-        TextProbe &m_probe;
+        std::vector<Text> texts;
     };
 
-    QSize m_size;
     mutable Engine m_engine;
 };
