@@ -1,7 +1,6 @@
 #pragma once
 
 #include <QProcess>
-#include <QStringList>
 
 #include <stdexcept>
 
@@ -15,19 +14,16 @@ inline QString mdbTool(const QString &tool, const QStringList &arguments)
     const QByteArray complaints = process.readAllStandardError();
     if (!ended || process.exitStatus() != QProcess::NormalExit || process.exitCode() != 0 ||
         !complaints.isEmpty())
-        throw std::runtime_error(qPrintable(tool + QStringLiteral(": ") + process.errorString() +
-                                            QStringLiteral(", ") + QString::fromUtf8(complaints)));
+        throw std::runtime_error(
+            qPrintable(tool + ": " + process.errorString() + ", " + QString::fromUtf8(complaints)));
     return QString::fromUtf8(process.readAllStandardOutput());
 }
 
 /// A table's rows as lists of texts; the values must not hold the characters 30 and 31.
 inline QList<QStringList> mdbRows(const QString &file, const QString &table)
 {
-    const QString text = mdbTool(
-        QStringLiteral("mdb-export"),
-        {QStringLiteral("-H"), QStringLiteral("-Q"), QStringLiteral("-d"), QStringLiteral("\x1f"),
-         QStringLiteral("-R"), QStringLiteral("\x1e"), QStringLiteral("-0"), QStringLiteral("NULL"),
-         QStringLiteral("-T"), QStringLiteral("%Y-%m-%d %H:%M:%S"), file, table});
+    const QString text = mdbTool("mdb-export", {"-H", "-Q", "-d", "\x1f", "-R", "\x1e", "-0",
+                                                "NULL", "-T", "%Y-%m-%d %H:%M:%S", file, table});
     QList<QStringList> rows;
     for (const QString &row : text.split(u'\x1e', Qt::SkipEmptyParts))
         rows.append(row.split(u'\x1f'));
@@ -36,6 +32,5 @@ inline QList<QStringList> mdbRows(const QString &file, const QString &table)
 
 inline QStringList mdbTables(const QString &file)
 {
-    return mdbTool(QStringLiteral("mdb-tables"), {QStringLiteral("-1"), file})
-        .split(u'\n', Qt::SkipEmptyParts);
+    return mdbTool("mdb-tables", {"-1", file}).split(u'\n', Qt::SkipEmptyParts);
 }
