@@ -1,7 +1,7 @@
 #pragma once
 
-#include "core/Error.h"
 #include "data/access/AccessFile.h"
+#include "support/Errors.h"
 
 #include <QFile>
 #include <QStringList>
@@ -20,7 +20,7 @@ inline QList<QStringList> readTable(mdb::AccessFile &file, const QString &name)
     while (cursor.next()) {
         QStringList row;
         for (int i = 0; i < static_cast<int>(table.columns.size()); ++i)
-            row.append(cursor.isNull(i) ? QStringLiteral("NULL") : cursor.text(i));
+            row.append(cursor.isNull(i) ? "NULL" : cursor.text(i));
         rows.append(row);
     }
     return rows;
@@ -35,12 +35,7 @@ inline QList<QStringList> readTable(const QString &path, const QString &name)
 /// The error that reading a table throws; number 0 when there is none.
 inline Error errorOf(const QString &path, const QString &table)
 {
-    try {
-        readTable(path, table);
-    } catch (const Error &error) {
-        return error;
-    }
-    return Error(0, QString());
+    return errorOf([&] { readTable(path, table); });
 }
 
 /// Writes a file without the care that a result deserves, for tests that write many.

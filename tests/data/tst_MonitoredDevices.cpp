@@ -3,8 +3,7 @@
 #include "data/Connection.h"
 #include "data/MonitoredDevices.h"
 #include "data/Queries.h"
-
-#include <QTest>
+#include "support/Rows.h"
 
 namespace {
 
@@ -68,11 +67,7 @@ class tst_MonitoredDevices : public QObject
 private Q_SLOTS:
     void outlines_data()
     {
-        QTest::addColumn<std::vector<Row>>("rows");
-        QTest::addColumn<QStringList>("expected");
-        const auto add = [](const char *name, std::vector<Row> rows, const QStringList &expected) {
-            QTest::newRow(name) << rows << expected;
-        };
+        const Rows<std::vector<Row>, QStringList> add("rows", "expected");
         add("empty", {}, {});
         add("rows in no order",
             {row("B", 2, "srv-10", 7, "Ping"), row("A", 1, "srv-9", 4, "CPU"),

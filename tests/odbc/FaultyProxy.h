@@ -62,76 +62,53 @@ private:
 
     void acceptAll()
     {
-        std::vector<std::thread> connections;
+        std::vector<std::jthread> connections;
         while (!m_ends) {
             pollfd waiting{m_listener.get(), POLLIN, 0};
             if (::poll(&waiting, 1, 20) > 0)
                 connections.emplace_back([this, client = ::accept(m_listener.get(), nullptr,
-                                                                  nullptr)] { pass(client); });
+                                                                  nullptr)] { serve(client); });
         }
-        for (std::thread &connection : connections)
-            connection.join();
     }
 
-    void pass(int clientDescriptor)
+    void serve(int clientDescriptor)
     {
         const LoopbackSocket client(clientDescriptor);
         const LoopbackSocket server(::socket(AF_INET, SOCK_STREAM | SOCK_CLOEXEC, 0));
         const sockaddr_in address = loopbackAddress(m_serverPort);
-        if (::connect(server.get(), reinterpret_cast<const sockaddr *>(&address), sizeof address) !=
-            0)
-            return;
-        const int mended = m_mended;
-        bool hasStalled = false;
-        while (!m_ends && !(hasStalled && mended != m_mended)) {
-            std::array<pollfd, 2> ends = {pollfd{client.get(), POLLIN, 0},
-                                          pollfd{server.get(), POLLIN, 0}};
-            if (hasStalled || ::poll(ends.data(), ends.size(), 20) == 0) {
-                ::usleep(hasStalled ? 5000 : 0);
-                continue;
-            }
-            if (ends[0].revents && !copy(client.get(), server.get()))
-                return;
-            if (!ends[1].revents)
-                continue;
-            switch (answer(server.get(), client.get())) {
-            case Passed:
-                break;
-            case Stalled:
-                hasStalled = true;
-                break;
-            case Ended:
-                return;
-            }
+        bool goesOn = ::connect(server.get(), reinterpret_cast<const sockaddr *>(&address),
+                                sizeof address) == 0;
+        while (goesOn && !m_ends) {
+            pollfd ends[] = {{client.get(), POLLIN, 0}, {server.get(), POLLIN, 0}};
+            ::poll(ends, 2, 20);
+            if (ends[0].revents)
+                goesOn = pass(client.get(), server.get(), false);
+            if (goesOn && ends[1].revents)
+                goesOn = pass(server.get(), client.get(), true);
         }
     }
 
-    static bool copy(int from, int to)
+    /// Passes bytes on, of an answer as many as the fault allows. False when the connection ends.
+    bool pass(int from, int to, bool isAnswer)
     {
         std::array<char, 16384> bytes;
         const ssize_t count = ::recv(from, bytes.data(), bytes.size(), 0);
-        return count > 0 &&
-               ::send(to, bytes.data(), static_cast<size_t>(count), MSG_NOSIGNAL) == count;
-    }
-
-    enum Answer { Passed, Stalled, Ended };
-    /// Passes on as many bytes of an answer as the fault allows.
-    Answer answer(int server, int client)
-    {
-        std::array<char, 16384> bytes;
-        const ssize_t count = ::recv(server, bytes.data(), bytes.size(), 0);
         if (count <= 0)
-            return Ended;
-        const qint64 allowed = std::clamp<qint64>(m_limit - m_passed, 0, count);
-        m_passed += allowed;
-        if (allowed > 0 &&
-            ::send(client, bytes.data(), static_cast<size_t>(allowed), MSG_NOSIGNAL) != allowed)
-            return Ended;
+            return false;
+        const qint64 allowed =
+            isAnswer ? std::clamp<qint64>(m_limit - m_passed, 0, count) : qint64(count);
+        if (isAnswer)
+            m_passed += allowed;
+        if (::send(to, bytes.data(), static_cast<size_t>(allowed), MSG_NOSIGNAL) != allowed)
+            return false;
         if (allowed == count)
-            return Passed;
+            return true;
         if (m_isOnce)
             m_limit = unlimited;
-        return m_fault == Cut ? Ended : Stalled;
+        const int mended = m_mended;
+        while (m_fault == Stall && !m_ends && mended == m_mended)
+            ::usleep(5000);
+        return false;
     }
 
     std::uint16_t m_serverPort;

@@ -5,14 +5,14 @@
 #include <QByteArray>
 
 /// Puts the process into a time zone.
-inline void setZone(const char *name)
+inline void setZone(const QByteArray &name)
 {
     qputenv("TZ", name);
     reloadTimeZone();
 }
 
 /// A wall time or a UTC date-time from ISO text.
-inline QDateTime at(const char *text)
+inline QDateTime at(const QByteArray &text)
 {
     QDateTime time = QDateTime::fromString(QString::fromLatin1(text), Qt::ISODateWithMs);
     time.setTimeSpec(Qt::UTC);
@@ -20,7 +20,7 @@ inline QDateTime at(const char *text)
 }
 
 /// An instant from ISO text in UTC.
-inline qint64 utc(const char *text)
+inline qint64 utc(const QByteArray &text)
 {
     return at(text).toMSecsSinceEpoch();
 }

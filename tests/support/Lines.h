@@ -11,7 +11,7 @@ inline QStringList lines(Recordset &rows)
     while (rows.next()) {
         QStringList cells;
         for (int i = 0; i < rows.columns().size(); ++i)
-            cells.append(rows.isNull(i) ? QStringLiteral("NULL") : rows.text(i));
+            cells.append(rows.isNull(i) ? "NULL" : rows.text(i));
         result.append(cells.join(u'|'));
     }
     return result;
