@@ -36,18 +36,6 @@ private Q_SLOTS:
         QVERIFY(isFreeToOthers());
     }
 
-    void isFreeOnceItsHolderIsKilled()
-    {
-        QProcess holder;
-        holder.start("flock", {"--no-fork", m_path, "sh", "-c", "echo held; exec sleep 600"});
-        QVERIFY(holder.waitForReadyRead());
-        InstanceLock lock(m_path);
-        QCOMPARE(lock.tryLock(), InstanceLock::HeldByOther);
-        holder.kill();
-        QVERIFY(holder.waitForFinished());
-        QCOMPARE(lock.tryLock(), InstanceLock::Held);
-    }
-
     void isNotInherited()
     {
         QProcess child;

@@ -95,30 +95,28 @@ private Q_SLOTS:
         }
     }
 
-    void connectionSettings_data()
-    {
-        const Rows<QByteArray, QString> row("attributes", "expected");
-        row("none", "", defaults);
-        row("all",
-            "UseClientCursor='-1' GraphDataSQL='1' GraphDataDSN='2x' GraphDataCommandTimeout='90' "
-            "GraphDataConnectionTimeout='7.5' GraphDataGroups='1' GraphDataSQLConnect='Server=x'",
-            "cursor 1 dsn 1 sql 1 90/8 groups 1 Server=x");
-        row("no numbers",
-            "UseClientCursor='yes' GraphDataCommandTimeout='abc' GraphDataConnectionTimeout=''",
-            "cursor 0 dsn 0 sql 0 0/0 groups 0 ");
-        row("SQL without text", "GraphDataSQL='1'", defaults);
-        row("DSN with blanks", "GraphDataDSN='1' GraphDataSQLConnect='  '", defaults);
-        row("text without a flag", "GraphDataSQLConnect='Server=x'", defaults);
-        row("beyond 32 bits", "GraphDataCommandTimeout='1e10' UseClientCursor='1'",
-            "cursor 1 dsn 0 sql 0 60/30 groups 0 ");
-    }
     void connectionSettings()
     {
-        QFETCH(QByteArray, attributes);
-        writeProduct(attributes);
-        gSQLConnect = "stale";
-        GetGraphDataPath();
-        QTEST(connection(), "expected");
+        const auto read = [this](const QByteArray &attributes) {
+            writeProduct(attributes);
+            resetHostSettings();
+            gSQLConnect = "stale";
+            GetGraphDataPath();
+            return connection();
+        };
+        QCOMPARE(read(""), defaults);
+        QCOMPARE(read("UseClientCursor='-1' GraphDataSQL='1' GraphDataDSN='2x' "
+                      "GraphDataCommandTimeout='90' GraphDataConnectionTimeout='7.5' "
+                      "GraphDataGroups='1' GraphDataSQLConnect='Server=x'"),
+                 "cursor 1 dsn 1 sql 1 90/8 groups 1 Server=x");
+        QCOMPARE(read("UseClientCursor='yes' GraphDataCommandTimeout='abc' "
+                      "GraphDataConnectionTimeout=''"),
+                 "cursor 0 dsn 0 sql 0 0/0 groups 0 ");
+        QCOMPARE(read("GraphDataSQL='1'"), defaults);
+        QCOMPARE(read("GraphDataDSN='1' GraphDataSQLConnect='  '"), defaults);
+        QCOMPARE(read("GraphDataSQLConnect='Server=x'"), defaults);
+        QCOMPARE(read("GraphDataCommandTimeout='1e10' UseClientCursor='1'"),
+                 "cursor 1 dsn 0 sql 0 60/30 groups 0 "); // beyond 32 bits
     }
 
     void foldersAreReadOnce()

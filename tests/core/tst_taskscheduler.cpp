@@ -1,10 +1,10 @@
 #include "core/platform/TaskScheduler.h"
 #include "core/platform/UserTimer_linux.h"
 #include "support/Errors.h"
-#include "support/Rows.h"
 #include "support/Sandbox.h"
 
 #include <QProcess>
+#include <QTest>
 
 using namespace platform;
 
@@ -146,26 +146,22 @@ private Q_SLOTS:
         QVERIFY(withTask("", twice).contains("\n0 7,19 * * * sleep 5; cd "));
     }
 
-    void leavesTheRestOfACrontab_data()
-    {
-        const Rows<QByteArray> row("before");
-        row("empty", "");
-        row("other lines", "# \xE4\n1 2 * * * x\n");
-        row("no last line break", "1 2 * * * x");
-        row("longer name", "# begin of task VantrelGraphTool2\n");
-    }
     void leavesTheRestOfACrontab()
     {
-        QFETCH(QByteArray, before);
         const ScheduledTask task = hourlyTask();
-        const QByteArray after = before.isEmpty() || before.endsWith('\n') ? before : before + '\n';
-        const QByteArray with = withTask(before, task);
-        QVERIFY(with.startsWith(after));
-        QVERIFY(tasksOf(with).contains(task.name));
-        QCOMPARE(withTask(with, task), with); // replaced, not doubled
-        QCOMPARE(withoutTask(with, task.name), after);
-        QCOMPARE(withoutTask(with + "9 9 * * * y\n", task.name), after + "9 9 * * * y\n");
-        QVERIFY(linesOf(with, task.name).contains("0 * * * * sleep 1; cd '/tmp' && exec "));
+        for (const char *const text :
+             {"", "# \xE4\n1 2 * * * x\n", "1 2 * * * x", "# begin of task VantrelGraphTool2\n"}) {
+            const QByteArray before = text;
+            const bool isOpen = !before.isEmpty() && !before.endsWith('\n');
+            const QByteArray after = isOpen ? before + '\n' : before;
+            const QByteArray with = withTask(before, task);
+            QVERIFY(with.startsWith(after));
+            QVERIFY(tasksOf(with).contains(task.name));
+            QCOMPARE(withTask(with, task), with); // replaced, not doubled
+            QCOMPARE(withoutTask(with, task.name), after);
+            QCOMPARE(withoutTask(with + "9 9 * * * y\n", task.name), after + "9 9 * * * y\n");
+            QVERIFY(linesOf(with, task.name).contains("0 * * * * sleep 1; cd '/tmp' && exec "));
+        }
     }
 
     void refusesWhatNoTimerCanCarry()
@@ -233,6 +229,7 @@ private Q_SLOTS:
         ScheduledTask task = hourlyTask();
         task.user = "DOMAIN\\somebody-else";
         QVERIFY_EXCEPTION_THROWN(scheduler->saveTask(task), Error);
+        writeSystemctl(1);
         writeProgram("crontab", "echo the spool is gone >&2; exit 1\n");
         const Error error = errorOf([&] { scheduler->taskList(); });
         QVERIFY2(error.description.contains("the spool is gone"), error.what());

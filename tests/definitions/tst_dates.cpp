@@ -38,34 +38,23 @@ private Q_SLOTS:
         QCOMPARE(DateToXML(wall(local).addMSecs(999)), written);
     }
 
-    void readsTheFormAlone_data()
-    {
-        const Rows<QString, QString> row("text", "expected"); // empty: of another form
-        row("plain", "2024-03-05T13:07:09-00:00", "2024-03-05T14:07:09");
-        row("other characters", "2024-03-05T13x07 09-00/00", "2024-03-05T14:07:09");
-        row("month and day roll over", "2023-14-31T00:00:00-00:00", "2024-03-02T01:00:00");
-        row("day 0", "2024-03-00T00:00:00-00:00", "2024-02-29T01:00:00");
-        row("hours roll over", "2024-03-05T25:61:61-00:00", "2024-03-06T03:02:01");
-        row("first of repeated hours", "2024-10-27T00:30:00-00:00", "2024-10-27T02:30:00");
-        row("second of repeated hours", "2024-10-27T01:30:00-00:00", "2024-10-27T02:30:00");
-        row("one digit", "2024-3-5T13:07:09-00:00", "");
-        row("date separators count", "2024/03/05T13:07:09-00:00", "");
-        row("lower-case t", "2024-03-05t13:07:09-00:00", "");
-        row("another offset", "2024-03-05T13:07:09-01:00", "");
-        row("plus sign", "2024-03-05T13:07:09+00:00", "");
-        row("no offset", "2024-03-05T13:07:09", "");
-        row("blank behind", "2024-03-05T13:07:09-00:00 ", "");
-        row("letter among digits", "2O24-03-05T13:07:09-00:00", "");
-        row("empty", "", "");
-    }
     void readsTheFormAlone()
     {
-        QFETCH(QString, text);
-        QFETCH(QString, expected);
         const LocalZone zone("Europe/Berlin");
+        QCOMPARE(XMLToDate("2024-03-05T13:07:09-00:00"), wall("2024-03-05T14:07:09"));
+        QCOMPARE(XMLToDate("2024-03-05T13x07 09-00/00"), wall("2024-03-05T14:07:09"));
+        QCOMPARE(XMLToDate("2023-14-31T00:00:00-00:00"), wall("2024-03-02T01:00:00"));
+        QCOMPARE(XMLToDate("2024-03-00T00:00:00-00:00"), wall("2024-02-29T01:00:00"));
+        QCOMPARE(XMLToDate("2024-03-05T25:61:61-00:00"), wall("2024-03-06T03:02:01"));
+        QCOMPARE(XMLToDate("2024-10-27T00:30:00-00:00"), wall("2024-10-27T02:30:00"));
+        QCOMPARE(XMLToDate("2024-10-27T01:30:00-00:00"), wall("2024-10-27T02:30:00"));
+
         const FrozenClock clock("2024-07-01T12:00:00");
-        const QDateTime presentInUtc = wall("2024-07-01T10:00:00");
-        QCOMPARE(XMLToDate(text), expected.isEmpty() ? presentInUtc : wall(expected));
+        for (const char *other :
+             {"2024-3-5T13:07:09-00:00", "2024/03/05T13:07:09-00:00", "2024-03-05t13:07:09-00:00",
+              "2024-03-05T13:07:09-01:00", "2024-03-05T13:07:09+00:00", "2024-03-05T13:07:09",
+              "2024-03-05T13:07:09-00:00 ", "2O24-03-05T13:07:09-00:00", ""})
+            QVERIFY2(XMLToDate(other) == wall("2024-07-01T10:00:00"), other); // the present in UTC
     }
 
     void everyDateOutlivesTheFile_data()

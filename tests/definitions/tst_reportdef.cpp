@@ -2,8 +2,9 @@
 #include "definitions/GraphValueItem.h"
 #include "definitions/ReportDef.h"
 #include "support/Errors.h"
-#include "support/Rows.h"
 #include "support/Sandbox.h"
+
+#include <QTest>
 
 namespace {
 
@@ -110,22 +111,17 @@ private Q_SLOTS:
         QCOMPARE(report.ReportSchedules.at(0)->LastRunDate, LocalToUTC(now()));
     }
 
-    void duplicatesEndTheReading_data()
-    {
-        const Rows<QString, QString> row("content", "key");
-        row("schedule", "<SCHEDULE ScheduleID=\"s\"/><SCHEDULE ScheduleID=\"S\"/>", "'S'");
-        row("device", "<DEVICE MUID=\"d\"/><DEVICE MUID=\"d\"/>", "'d'");
-        row("data item",
-            "<DEVICE MUID=\"d\"><DATUM DataIDent=\"1\"/><DATUM DataIDent=\"1\"/></DEVICE>", "'k1'");
-    }
     void duplicatesEndTheReading()
     {
-        QFETCH(QString, content);
-        QFETCH(QString, key);
-        clsReportDef report;
-        const QString failure =
-            failureOf([&] { report.SetXMLConfig("<CUSTOMREPORT>" + content + "</CUSTOMREPORT>"); });
-        QVERIFY2(failure.startsWith("[457] The key " + key), qPrintable(failure));
+        const auto failure = [](const QString &content) {
+            clsReportDef report;
+            return failureOf([&] { report.SetXMLConfig("<R>" + content + "</R>"); }).left(17);
+        };
+        QCOMPARE(failure("<SCHEDULE ScheduleID='s'/><SCHEDULE ScheduleID='S'/>"),
+                 "[457] The key 'S'");
+        QCOMPARE(failure("<DEVICE MUID='d'/><DEVICE MUID='d'/>"), "[457] The key 'd'");
+        QCOMPARE(failure("<DEVICE MUID='d'><DATUM DataIDent='1'/><DATUM DataIDent='1'/></DEVICE>"),
+                 "[457] The key 'k1");
     }
 
     void readingReplacesDevicesOnly()
