@@ -24,7 +24,7 @@ struct DefinitionFile
     QString readWhole =
         QString(); ///< the path from which everything was read, or to which it was written
 
-    QString error = QString(); ///< why the last load could not read it
+    QString error = QString(); ///< why the last load could not read it whole
 
     QString path() const { return configurationFolder() + QLatin1String(name); }
 };
@@ -62,6 +62,13 @@ void copyFactoryFile(DefinitionFile &file)
         CopyFileQuiet(configurationFolder() + QLatin1String(file.factory), file.path());
 }
 
+/// Makes it known that a file could not be read whole; `error` names the place.
+void noteFault(DefinitionFile &file, const QString &error)
+{
+    file.error = error;
+    LogEvent(runEvent, EventWarning, QLatin1String("Error reading definitions ") + error);
+}
+
 /// False when the file is missing, unreadable or malformed.
 bool readDocument(DefinitionFile &file, pugi::xml_document &document)
 {
@@ -70,11 +77,8 @@ bool readDocument(DefinitionFile &file, pugi::xml_document &document)
         parseXml(document, readFile(file.path()));
         return true;
     } catch (const Error &error) {
-        if (error.number != FileNotFound) {
-            file.error = file.path() + u':' + error.description;
-            LogEvent(runEvent, EventWarning,
-                     QLatin1String("Error reading definitions ") + file.error);
-        }
+        if (error.number != FileNotFound)
+            noteFault(file, file.path() + u':' + error.description);
         return false;
     }
 }
@@ -105,9 +109,11 @@ void load(DefinitionFile &file, Collection<T> &definitions)
             definition->readElement(element);
             definitions.add(idOf(*definition), definition);
         } catch (const Error &error) {
-            throw Error(error.number, QStringLiteral("%1 (%2 number %3 of '%4')")
-                                          .arg(error.description, QLatin1String(file.child),
-                                               QString::number(count), file.path()));
+            const QString text = QStringLiteral("%1 (%2 number %3 of '%4')")
+                                     .arg(error.description, QLatin1String(file.child),
+                                          QString::number(count), file.path());
+            noteFault(file, text);
+            throw Error(error.number, text);
         }
     });
     file.readWhole = file.path();
