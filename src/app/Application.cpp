@@ -135,8 +135,8 @@ int startUp(const Options &options)
         return changeRegistration(options);
     gCommandLine = options.command == Command::None ? options.systemText : QString();
     InitGrapher();
-    if (!options.dataPath.isEmpty())
-        gDataPath = NormalizeFolder(options.dataPath);
+    if (const QString folder = options.dataFolder(); !folder.isEmpty())
+        gDataPath = NormalizeFolder(folder);
     if (options.command == Command::History)
         return show(historyText(readRuns()));
     const bool runs = gAutoMode || (options.command == Command::None && !options.run.isEmpty());

@@ -1,5 +1,8 @@
 #include "app/Options.h"
 
+#include "core/Paths.h"
+#include "core/StartUp.h"
+
 #include <QDir>
 
 #include <array>
@@ -29,7 +32,8 @@ std::optional<Command> commandOf(const QString &name)
 
 QString absoluteFolder(const QString &folder)
 {
-    return QDir::toNativeSeparators(QDir().absoluteFilePath(folder));
+    return QDir::toNativeSeparators(
+        QDir::cleanPath(QDir().absoluteFilePath(QDir::fromNativeSeparators(folder))));
 }
 
 /// Takes one long option; false when there is none of that name.
@@ -62,13 +66,19 @@ bool Options::unattended() const
            systemText.contains(QLatin1String("/AUTO"), Qt::CaseInsensitive);
 }
 
+QString Options::dataFolder() const
+{
+    return dataPath.isEmpty() ? dataPathIn(systemText).value_or(QString()) : dataPath;
+}
+
 QStringList Options::folderOptions() const
 {
     QStringList result;
-    if (!home.isEmpty())
-        result << QStringLiteral("--home") << home;
-    if (!dataPath.isEmpty())
-        result << QStringLiteral("--dbpath") << dataPath;
+    if (const QString folder = home.isEmpty() ? qEnvironmentVariable(homeVariable) : home;
+        !folder.isEmpty())
+        result << QStringLiteral("--home") << absoluteFolder(folder);
+    if (const QString folder = dataFolder(); !folder.isEmpty())
+        result << QStringLiteral("--dbpath") << absoluteFolder(folder);
     return result;
 }
 

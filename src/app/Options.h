@@ -30,6 +30,9 @@ struct Options
     /// Whether the program runs without a window.
     bool unattended() const;
 
+    /// The folder of the monitoring data that either syntax names; empty: none.
+    QString dataFolder() const;
+
     /// The options that a scheduled run needs to find the same folders.
     QStringList folderOptions() const;
 };

@@ -6,6 +6,17 @@
 #include "core/platform/EventLog.h"
 #include "core/platform/Processes.h"
 
+namespace {
+
+const QLatin1String unattendedKeyword("/AUTO");
+
+QString withoutQuotes(QString commandLine)
+{
+    return commandLine.remove(u'"');
+}
+
+} // namespace
+
 void InitGrapher()
 {
     gAutoMode = false;
@@ -14,17 +25,22 @@ void InitGrapher()
     SetGraphDataPath(QString());
     gGraphDataPath = NormalizeFolder(GetGraphDataPath());
 
-    QString text = gCommandLine;
-    text.remove(u'"');
-    text = text.trimmed();
-    if (text.contains(QLatin1String("/AUTO"), Qt::CaseInsensitive)) {
-        // Only the upper-case form is taken out; "/auto" stays as an argument without a value.
-        text.remove(QLatin1String("/AUTO"), Qt::CaseSensitive);
+    gCmdParams.clear();
+    if (withoutQuotes(gCommandLine).contains(unattendedKeyword, Qt::CaseInsensitive)) {
         gAutoMode = true;
         LogEvent(runEvent, EventInformation,
                  QStringLiteral("Vantrel Automated Graphing Report started..."));
     }
-    gCmdParams.clear();
+    if (const std::optional<QString> folder = dataPathIn(gCommandLine))
+        gDataPath = *folder;
+}
+
+std::optional<QString> dataPathIn(const QString &commandLine)
+{
+    QString text = withoutQuotes(commandLine);
+    // Only the upper-case form is taken out; "/auto" stays as an argument without a value.
+    text.remove(unattendedKeyword, Qt::CaseSensitive);
+    std::optional<QString> folder;
     const QStringList arguments = text.split(u'/');
     for (const QString &argument : arguments) {
         const qsizetype equals = argument.indexOf(u'=');
@@ -33,8 +49,9 @@ void InitGrapher()
         const QString name = argument.left(equals).trimmed().toUpper();
         const QString value = argument.mid(equals + 1).trimmed().toUpper();
         if (name == u"DBPATH")
-            gDataPath = NormalizeFolder(value);
+            folder = NormalizeFolder(value);
     }
+    return folder;
 }
 
 int VTRGraphPrevInstance()

@@ -2,11 +2,17 @@
 
 #include <QString>
 
+#include <optional>
+
 /// Fixes the data folders and the run mode. Reads `gCommandLine` in the system's own syntax,
 /// `[/AUTO] [/DBPATH=<folder>]`: keywords and values without regard to case, double quotes
 /// ignored, "=" separating name and value with blanks allowed around it. Sets gAutoMode, gDataPath
 /// and gGraphDataPath; with /AUTO writes the event that an unattended run has started.
 void InitGrapher();
+
+/// The folder that "/DBPATH=" names in a command line, with a separator at its end; the last one
+/// counts, and no value means the program's folder.
+std::optional<QString> dataPathIn(const QString &commandLine);
 
 /// How many other processes of this program run.
 int VTRGraphPrevInstance();
