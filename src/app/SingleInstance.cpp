@@ -1,6 +1,7 @@
 #include "app/SingleInstance.h"
 
 #include "core/Clock.h"
+#include "core/Files.h"
 #include "core/Paths.h"
 #include "core/State.h"
 #include "core/platform/EventLog.h"
@@ -46,7 +47,7 @@ bool isAnother(IsOther isOther)
     if (!instanceLock) {
         QString message; // a folder that cannot be made shows in the lock
         EnsureFolder(runHistoryFolder(), message);
-        instanceLock = std::make_unique<platform::InstanceLock>(runHistoryFolder() +
+        instanceLock = std::make_unique<platform::InstanceLock>(nativePath(runHistoryFolder()) +
                                                                 QLatin1String("running.lock"));
     }
     bool another = false;

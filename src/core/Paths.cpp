@@ -104,7 +104,7 @@ FolderParts folderParts(const QString &path)
     if (network)
         return {QStringLiteral("\\\\%1\\%2").arg(parts[2], parts[3]), parts.mid(4)};
     if (drive)
-        return {parts[0] + u'\\' + parts[1], parts.mid(2)};
+        return {parts[0], parts.mid(1)};
 #else
     static_cast<void>(network);
     static_cast<void>(drive);
@@ -161,7 +161,7 @@ void resetPaths()
 
 void locateProgramFolder(const QString &home)
 {
-    QString folder = home.isEmpty() ? qEnvironmentVariable("VANTREL_GRAPHER_HOME") : home;
+    QString folder = home.isEmpty() ? qEnvironmentVariable(homeVariable) : home;
     const QString beside = QCoreApplication::applicationDirPath();
     if (folder.isEmpty()) {
         if (QFileInfo::exists(beside + u'/' + factoryConfiguration)) {

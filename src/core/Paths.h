@@ -51,8 +51,11 @@ FolderParts folderParts(const QString &path);
 /// Forgets the last folder that EnsureFolder saw, and the folder set by setProgramFolder.
 void resetPaths();
 
+/// The environment variable that names the program's folder where no option does.
+inline constexpr char homeVariable[] = "VANTREL_GRAPHER_HOME";
+
 /// Where the program's folder is, and fills it where it has to be filled:
-/// `home` or the variable VANTREL_GRAPHER_HOME when given; the folder of the executable when it
+/// `home` or `homeVariable` when given; the folder of the executable when it
 /// holds the factory file; else the user's data folder. The first and the last are filled once
 /// from the installed share folder. Throws Error when no factory files can be found.
 void locateProgramFolder(const QString &home);

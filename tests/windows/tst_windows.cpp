@@ -94,9 +94,9 @@ void TestWindows::splitsPaths_data()
     const auto row = [](const char *path, const char *root, const char *parts) {
         QTest::newRow(path) << QString(path) << QString(root) << QString(parts);
     };
-    row("C:\\a\\b", "C:\\a", "b");
-    row("C:\\a", "C:\\a", "");
-    row("c:/a/b/c", "c:\\a", "b|c");
+    row("C:\\a\\b", "C:", "a|b");
+    row("C:\\a", "C:", "a");
+    row("c:/a/b/c", "c:", "a|b|c");
     row("\\\\server\\share\\a\\b", "\\\\server\\share", "a|b");
     row("\\\\server\\share", "\\\\server\\share", "");
     row("a\\b", "C:\\prog", "a|b");
