@@ -176,7 +176,8 @@ public:
         const Answer answer = ask(QStringLiteral("crontab"), {QStringLiteral("-l")});
         if (answer.status == 0)
             return answer.output;
-        if (answer.errors.contains(QLatin1String("no crontab for")))
+        // A user who may not use cron has nothing there that systemd could stand beside.
+        if (answer.errors.contains(QLatin1String("no crontab for")) || SystemdTimers::answers())
             return QByteArray();
         throw Error(DeviceIO, QStringLiteral("crontab -l: ") + answer.errors);
     }
@@ -254,7 +255,7 @@ public:
 
     bool isRunning(const QString &name) override
     {
-        return m_timers.names().contains(name) && m_timers.isRunning(name);
+        return m_timers.isRunning(name); // also when its timer is gone
     }
 
     void endTask(const QString &name) override { m_timers.end(name); }

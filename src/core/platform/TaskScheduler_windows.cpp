@@ -55,7 +55,7 @@ public:
     QString taskList() override
     {
         QStringList names;
-        for (const std::wstring &name : guarded({}, [this] { return m_service.names(); }))
+        for (const std::wstring &name : guarded({}, [this] { return service().names(); }))
             names.append(QString::fromStdWString(name));
         return names.join(u'\n');
     }
@@ -70,7 +70,7 @@ public:
     ScheduledTask openTask(const QString &name) override
     {
         const tasks::Task plainTask =
-            guarded(name, [&] { return m_service.read(name.toStdWString()); });
+            guarded(name, [&] { return service().read(name.toStdWString()); });
         ScheduledTask task = createTask(name);
         task.application = QString::fromStdWString(plainTask.application);
         task.workingDirectory = QString::fromStdWString(plainTask.workingDirectory);
@@ -104,23 +104,23 @@ public:
         plainTask.password = task.password.toStdWString();
         for (const DailyTrigger &trigger : task.triggers)
             plainTask.triggers.push_back(plain(trigger));
-        guarded({}, [&] { m_service.save(plainTask); });
+        guarded({}, [&] { service().save(plainTask); });
     }
 
     void deleteTask(const QString &name) override
     {
-        guarded(name, [&] { m_service.remove(name.toStdWString()); });
+        guarded(name, [&] { service().remove(name.toStdWString()); });
     }
 
     bool isRunning(const QString &name) override
     {
         return guarded(name,
-                       [&] { return m_service.status(name.toStdWString()) == tasks::running; });
+                       [&] { return service().status(name.toStdWString()) == tasks::running; });
     }
 
     void endTask(const QString &name) override
     {
-        guarded(name, [&] { m_service.terminate(name.toStdWString()); });
+        guarded(name, [&] { service().terminate(name.toStdWString()); });
     }
 
     QString advice() override
@@ -131,14 +131,22 @@ public:
     }
 
 private:
-    tasks::Service m_service;
+    /// The window opens also where the system's scheduler does not answer.
+    tasks::Service &service()
+    {
+        if (!m_service)
+            m_service = std::make_unique<tasks::Service>();
+        return *m_service;
+    }
+
+    std::unique_ptr<tasks::Service> m_service;
 };
 
 } // namespace
 
 std::unique_ptr<TaskScheduler> systemTaskScheduler()
 {
-    return guarded({}, [] { return std::make_unique<WindowsTaskScheduler>(); });
+    return std::make_unique<WindowsTaskScheduler>();
 }
 
 } // namespace platform
