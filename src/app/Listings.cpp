@@ -61,10 +61,11 @@ QString reportLine(const ReportRecord &report)
 QString reportListText()
 {
     QStringList lines;
+    const std::vector<RunRecord> runs = readRuns();
     for (const auto &report : gReportDefs) {
         const DueState state = dueState(*report);
         lines.append(QStringList{report->ReportID, report->ReportTitle,
-                                 QLatin1String("last ") + timeText(lastRunDate(*report)),
+                                 QLatin1String("last ") + timeText(latestRun(*report, runs).time),
                                  QLatin1String("next ") + timeText(state.next),
                                  state.due ? QStringLiteral("due") : QStringLiteral("not due"),
                                  state.why}

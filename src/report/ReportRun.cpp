@@ -10,6 +10,7 @@
 #include "core/State.h"
 #include "core/Status.h"
 #include "core/TimeZone.h"
+#include "core/platform/EventLog.h"
 #include "data/Connection.h"
 #include "data/Queries.h"
 #include "definitions/Dates.h"
@@ -289,7 +290,11 @@ void CopyTemplateFiles()
         try {
             copyFile(source + name, target + name);
         } catch (const Error &error) {
-            ShowStatus(QStringLiteral("Error copying template '%1' ").arg(name) + errorTail(error));
+            const QString text =
+                QStringLiteral("Error copying template '%1' ").arg(name) + errorTail(error);
+            ShowStatus(text);
+            if (gAutoMode)
+                LogEvent(runEvent, EventWarning, text);
         }
     }
 }

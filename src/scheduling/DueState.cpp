@@ -1,6 +1,8 @@
 #include "scheduling/DueState.h"
 
+#include "core/Clock.h"
 #include "core/Files.h"
+#include "core/TimeZone.h"
 #include "definitions/DefinitionStores.h"
 #include "report/OutputTree.h"
 
@@ -23,6 +25,10 @@ DueState stateUnder(const clsReportSchedule &entry)
     state.due = IsReportDue(entry, *found);
     if (found->SchedInterval == NotScheduled) {
         state.why = name + QLatin1String(" is switched off");
+        return state;
+    }
+    if (!state.due && nextRuns(*found, now(), 1).empty()) {
+        state.why = name + QLatin1String(" never runs");
         return state;
     }
     state.next = found->NextRunTime;
@@ -51,6 +57,17 @@ bool isMoreUrgent(const DueState &a, const DueState &b)
     return a.next.isValid() && a.next < b.next;
 }
 
+/// When the report last ran by its schedules' dates; invalid when it never did.
+QDateTime lastRunDate(const clsReportDef &report)
+{
+    QDateTime last = zeroDate();
+    for (const auto &entry : report.ReportSchedules)
+        last = std::max(last, entry->LastRunDate);
+    // A schedule that was chosen anew has the time of its choosing: without a page there was no
+    // run.
+    return last == zeroDate() || !fileExists(reportPage(report)) ? QDateTime() : last;
+}
+
 } // namespace
 
 DueState dueState(const clsReportDef &report)
@@ -66,12 +83,9 @@ DueState dueState(const clsReportDef &report)
     return most;
 }
 
-QDateTime lastRunDate(const clsReportDef &report)
+LatestRun latestRun(const clsReportDef &report, const std::vector<RunRecord> &runs)
 {
-    QDateTime last = zeroDate();
-    for (const auto &entry : report.ReportSchedules)
-        last = std::max(last, entry->LastRunDate);
-    // A schedule that was chosen anew has the time of its choosing: without a page there was no
-    // run.
-    return last == zeroDate() || !fileExists(reportPage(report)) ? QDateTime() : last;
+    if (const ReportRecord *record = lastRecord(runs, report.ReportID))
+        return {wallTime(record->start), record};
+    return {lastRunDate(report), nullptr};
 }

@@ -1,6 +1,7 @@
 #pragma once
 
 #include "definitions/ReportDef.h"
+#include "scheduling/RunHistory.h"
 
 #include <QDateTime>
 #include <QString>
@@ -16,5 +17,13 @@ struct DueState
 /// A report is due when at least one of its schedules is.
 DueState dueState(const clsReportDef &report);
 
-/// When the report last ran by its schedules' dates; invalid when it never did, or left no page.
-QDateTime lastRunDate(const clsReportDef &report);
+/// A report's latest run, by the run history as far as that goes back.
+struct LatestRun
+{
+    QDateTime time;                       ///< wall time; invalid when it never ran
+    const ReportRecord *record = nullptr; ///< one of `runs`
+};
+
+/// `runs`: newest first. Where they do not hold the report, its schedules' dates tell, provided
+/// that it left a page.
+LatestRun latestRun(const clsReportDef &report, const std::vector<RunRecord> &runs);

@@ -21,7 +21,7 @@ bool inProgress = false;
 struct Chosen
 {
     std::shared_ptr<clsReportDef> report;
-    QDateTime dueSince; ///< invalid: it runs on request
+    QDateTime dueSince; ///< invalid: it was not due
 };
 
 /// False when the user refused a prompt, which cancels the run.
@@ -52,6 +52,17 @@ std::vector<Chosen> chooseReports(const QStringList &reportIds, RunChoice choice
     return chosen;
 }
 
+/// Something outside of the reports went wrong: that makes the run a failed one. Once is enough for
+/// what each report would meet again.
+void noteError(RunRecord &run, const QString &text)
+{
+    if (run.error.contains(text))
+        return;
+    run.error += run.error.isEmpty() ? text : QLatin1String("; ") + text;
+    if (gAutoMode)
+        LogEvent(runEvent, EventError, text);
+}
+
 /// False when a definition file cannot be read whole and nobody wants the run all the same.
 bool acceptDefinitions(RunHost *host, RunRecord &run)
 {
@@ -61,21 +72,24 @@ bool acceptDefinitions(RunHost *host, RunRecord &run)
     const QString text =
         QLatin1String("Error reading definitions: ") + errors.join(QLatin1String("; "));
     ShowStatus(text);
-    if (host) {
-        CancelRequested = !host->acceptErrors(errors);
-        return !CancelRequested;
+    if (!host) {
+        noteError(run, text);
+        return false;
     }
-    run.error = text;
-    if (gAutoMode)
-        LogEvent(runEvent, EventError, text);
-    return false;
+    if (!host->acceptErrors(errors))
+        CancelRequested = true;
+    return !CancelRequested;
 }
 
-void stampLastRun(clsReportDef &report)
+/// Without its new date on file the report would count as not run.
+void stampLastRun(clsReportDef &report, RunRecord &run)
 {
     for (const auto &schedule : report.ReportSchedules)
         schedule->LastRunDate = now();
-    SaveReportDefs();
+    if (const std::optional<Error> error = SaveReportDefs())
+        noteError(run, QLatin1String("The time of the last run was not saved: Error saving report "
+                                     "selections ") +
+                           errorTail(*error));
 }
 
 ReportStandings reportStandings()
@@ -85,14 +99,11 @@ ReportStandings reportStandings()
     ReportStandings standings;
     for (const auto &report : gReportDefs) {
         ReportStanding standing;
-        QDateTime last = lastRunDate(*report);
-        if (const ReportRecord *record = lastRecord(runs, report->ReportID)) {
-            standing.lastResult = resultText(record->result);
-            if (record->start != 0)
-                last = wallTime(record->start);
-        }
-        if (last.isValid())
-            standing.lastRun = standingTimeText(last);
+        const LatestRun last = latestRun(*report, runs);
+        if (last.time.isValid())
+            standing.lastRun = standingTimeText(last.time);
+        if (last.record)
+            standing.lastResult = resultText(last.record->result);
         if (const QDateTime next = dueState(*report).next; next.isValid())
             standing.nextDue = next <= present ? QStringLiteral("now") : standingTimeText(next);
         standings.insert(report->ReportID.toLower(), standing);
@@ -119,10 +130,9 @@ ReportResult resultOf(const ReportOutcome &outcome)
     return outcome.samples == 0 ? ReportResult::NoData : ReportResult::Ok;
 }
 
-/// Produces one report, and fills its record.
-void produceReport(clsReportDef &report, ReportRecord &record, Progress &progress)
+/// Produces one report, and fills its record in the run's.
+void produceReport(clsReportDef &report, RunRecord &run, ReportRecord &record, Progress &progress)
 {
-    record.start = currentInstant();
     ReportOutcome outcome;
     clsChartOutputBuilder builder;
     if (GenerateReportTOC(report, outcome.errorText, builder))
@@ -140,7 +150,7 @@ void produceReport(clsReportDef &report, ReportRecord &record, Progress &progres
                 runEvent, EventError,
                 QStringLiteral("Report '%1' failed: %2").arg(report.ReportTitle, record.error));
     } else if (record.result != ReportResult::Cancelled) {
-        stampLastRun(report);
+        stampLastRun(report, run);
     }
 }
 
@@ -163,23 +173,38 @@ void produceReports(const std::vector<Chosen> &chosen, RunRecord &run)
             record.result = ReportResult::Cancelled;
             continue;
         }
+        record.start = currentInstant();
         saveRun(run);
         progress.report = record.title;
         progress.device.clear();
         progress.item.clear();
         showProgress(progress);
-        produceReport(*chosen[i].report, record, progress);
+        produceReport(*chosen[i].report, run, record, progress);
         // Items of devices that the database does not know count as done, too.
         progress.done = before += itemCount(*chosen[i].report);
         showProgress(progress);
     }
 }
 
+bool hasCustomRange(const std::vector<Chosen> &chosen)
+{
+    return std::any_of(chosen.begin(), chosen.end(), [](const Chosen &entry) {
+        const auto chart = gChartDefs.find(entry.report->ChartID);
+        return chart && chart->ChartDuration == CustomRange;
+    });
+}
+
 void produce(std::vector<Chosen> chosen, RunRecord &run)
 {
     const DatabaseRun oneState; // all reports show the same samples
-    SaveChartDefs();
-    GenerateMasterTOC(run.error, reportStandings());
+    if (const std::optional<Error> error = SaveChartDefs()) {
+        noteError(run, QLatin1String("Error saving chart definitions ") + errorTail(*error));
+        if (hasCustomRange(chosen))
+            return; // each report reads the charts from their file, with the range of another run
+    }
+    QString errorText;
+    if (!GenerateMasterTOC(errorText, reportStandings()))
+        noteError(run, errorText);
     CopyTemplateFiles();
     // The master table of contents has read the report definitions afresh.
     std::erase_if(chosen, [](Chosen &entry) {

@@ -204,8 +204,10 @@ void pruneRuns(qsizetype most)
         const std::optional<RunRecord> run = readRun(name);
         const qsizetype before = seen.size();
         if (run) {
-            for (const ReportRecord &report : run->reports)
-                seen.insert(report.id.toLower());
+            for (const ReportRecord &report : run->reports) {
+                if (report.start != 0)
+                    seen.insert(report.id.toLower());
+            }
         }
         (seen.size() > before ? lastWords : spare).append(name);
     }
@@ -219,7 +221,7 @@ const ReportRecord *lastRecord(const std::vector<RunRecord> &runs, const QString
 {
     for (const RunRecord &run : runs) {
         for (const ReportRecord &report : run.reports) {
-            if (report.id.compare(reportId, Qt::CaseInsensitive) == 0)
+            if (report.start != 0 && report.id.compare(reportId, Qt::CaseInsensitive) == 0)
                 return &report;
         }
     }

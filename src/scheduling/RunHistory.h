@@ -26,7 +26,7 @@ struct ReportRecord
 {
     QString id;
     QString title;
-    QDateTime dueSince; ///< wall time of the slot; invalid when the report ran on request
+    QDateTime dueSince; ///< wall time of the slot; invalid when the report was not due
     qint64 start = 0;   ///< instants; 0 when it did not begin, or did not end
     qint64 end = 0;
     ReportResult result = ReportResult::Unfinished;
@@ -67,5 +67,5 @@ qint64 lastRunEnd();
 /// last run, which go only when there are too many of them.
 void pruneRuns(qsizetype most = runsKept);
 
-/// The last run of a report among `runs` (newest first); null when there is none.
+/// The last run of a report among `runs` (newest first) that came to it; null when there is none.
 const ReportRecord *lastRecord(const std::vector<RunRecord> &runs, const QString &reportId);

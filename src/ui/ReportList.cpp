@@ -71,15 +71,14 @@ ReportList::Row ReportList::rowFor(const clsReportDef &report, const std::vector
     row.chart = chart ? chart->ChartTitle : QStringLiteral("(missing chart)");
     row.devices = report.ReportDevices.size();
     row.schedules = scheduleNames(report);
-    row.lastRun = lastRunDate(report);
+    const LatestRun last = latestRun(report, runs);
+    row.lastRun = last.time;
     row.nextRun = state.next;
     row.due = state.due;
     row.whyNext = state.why;
-    if (const ReportRecord *record = lastRecord(runs, report.ReportID)) {
-        row.result = record->result;
-        row.whyResult = whyOf(*record);
-        if (record->start != 0)
-            row.lastRun = wallTime(record->start);
+    if (last.record) {
+        row.result = last.record->result;
+        row.whyResult = whyOf(*last.record);
     }
     return row;
 }
