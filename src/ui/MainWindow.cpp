@@ -24,6 +24,7 @@
 #include <QApplication>
 #include <QCloseEvent>
 #include <QDesktopServices>
+#include <QDir>
 #include <QLabel>
 #include <QMenu>
 #include <QPointer>
@@ -276,7 +277,7 @@ void frmGrapherMain::showDone(const Progress &progress)
 {
     pbarCurrent->setRange(0, std::max(progress.all, 1));
     pbarCurrent->setValue(progress.done);
-    pbarCurrent->setFormat(QStringLiteral("%v of %m"));
+    pbarCurrent->setFormat(progress.all > 0 ? QStringLiteral("%v of %m") : QString());
     yield();
 }
 
@@ -386,5 +387,6 @@ void frmGrapherMain::openInBrowser(const QString &url)
 {
     const QString path = nativePath(url.mid(int(qstrlen("file://"))));
     if (!QDesktopServices::openUrl(QUrl::fromLocalFile(path)))
-        ShowStatus(QLatin1String("No browser could be started. The page is: ") + path);
+        ShowStatus(QLatin1String("No browser could be started. The page is: ") +
+                   QDir::toNativeSeparators(path));
 }
