@@ -1,5 +1,8 @@
 #include "app/Options.h"
+#include "core/Paths.h"
 #include "support/Rows.h"
+
+#include <QDir>
 
 class TestOptions : public QObject
 {
@@ -26,6 +29,28 @@ private Q_SLOTS:
         QTEST(options.systemText, "systemText");
         QTEST(options.unattended(), "unattended");
         QTEST(options.run, "run");
+    }
+
+    void namesTheFoldersOfTheHourlyJob_data()
+    {
+        const Rows<QStringList, QByteArray, QStringList> row("arguments", "variable", "folders");
+        const auto full = [](const char *folder) {
+            return QDir::toNativeSeparators(QDir().absoluteFilePath(folder));
+        };
+        row("none", {}, "", {});
+        row("options", {"--home=a/", "--dbpath", "b"}, "c",
+            {"--home", full("a"), "--dbpath", full("b")});
+        row("variable", {"/AUTO"}, "c", {"--home", full("c")});
+        row("system's own", {"/DBPATH", "=b", "/AUTO"}, "", {"--dbpath", full("B")});
+        row("both", {"/DBPATH=x", "--dbpath=b"}, "", {"--dbpath", full("b")});
+    }
+    void namesTheFoldersOfTheHourlyJob()
+    {
+        QFETCH(QStringList, arguments);
+        QFETCH(QByteArray, variable);
+        qputenv(homeVariable, variable);
+        QTEST(parseOptions(arguments).folderOptions(), "folders");
+        qunsetenv(homeVariable);
     }
 
     void refusesWrongOnes_data()

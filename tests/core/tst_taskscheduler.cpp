@@ -199,6 +199,7 @@ private Q_SLOTS:
         QVERIFY(box->read("home/calls").contains("disable --now VantrelGraphTool.timer\n"));
         QVERIFY(!fileExists(box->path(timerFile)) && !fileExists(box->path(serviceFile)));
         QVERIFY_EXCEPTION_THROWN(scheduler->deleteTask(task.name), Error);
+        QVERIFY(scheduler->isRunning(task.name)); // a job outlives its registration
     }
 
     /// And moves to the user's manager once there is one.
@@ -229,8 +230,9 @@ private Q_SLOTS:
         ScheduledTask task = hourlyTask();
         task.user = "DOMAIN\\somebody-else";
         QVERIFY_EXCEPTION_THROWN(scheduler->saveTask(task), Error);
-        writeSystemctl(1);
         writeProgram("crontab", "echo the spool is gone >&2; exit 1\n");
+        QCOMPARE(scheduler->taskList(), ""); // cron is not needed
+        writeSystemctl(1);
         const Error error = errorOf([&] { scheduler->taskList(); });
         QVERIFY2(error.description.contains("the spool is gone"), error.what());
     }

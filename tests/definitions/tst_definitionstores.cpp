@@ -142,6 +142,7 @@ private Q_SLOTS:
         const QString error = "Error loading " + store->what + " [457] The key 'A'";
         const QString line = sandbox->status.last();
         QVERIFY2(silent || (line.startsWith(error) && line.contains("number 3")), qPrintable(line));
+        QVERIFY(definitionFileErrors().value(0).contains("number 3"));
         store->save();
         QCOMPARE(sandbox->read(store->file + ".bad"), bytes);
     }

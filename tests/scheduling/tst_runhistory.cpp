@@ -12,6 +12,7 @@ ReportRecord record(const QString &id, ReportResult result = ReportResult::Ok)
 {
     ReportRecord report;
     report.id = id;
+    report.start = monday;
     report.result = result;
     return report;
 }
@@ -116,10 +117,12 @@ private Q_SLOTS:
 
     void keepsTheNewestAndEachReportsLast()
     {
+        ReportRecord notBegun = record("{MONTHLY}", ReportResult::Cancelled);
+        notBegun.start = 0;
         saveRun(run(monday, {record("{MONTHLY}", ReportResult::Failed), record("{HOURLY}")}));
         saveRun(run(monday + hour, {record("{WEEKLY}")}));
         for (int i = 2; i < 10; ++i)
-            saveRun(run(monday + i * hour, {record("{HOURLY}")}));
+            saveRun(run(monday + i * hour, {record("{HOURLY}"), notBegun}));
         pruneRuns(10);
         QCOMPARE(readRuns().size(), size_t(10));
 
