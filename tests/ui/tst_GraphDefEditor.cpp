@@ -224,6 +224,8 @@ private Q_SLOTS:
         QCOMPARE(field->count(), 3);
         QVERIFY(field->findText("Own.html") >= 0);
         QCOMPARE(editor.result(chart).StateTemplateData, "as read");
+        field->setEditText("Gone.html");
+        QCOMPARE(editor.result(chart).StateTemplateData, "");
         field->setEditText("Own.html");
         QVERIFY(editor.hasChanges());
         QCOMPARE(editor.result(chart).StateTemplateFile, "Own.html");

@@ -55,23 +55,19 @@ public:
         resetDefinitions();
     }
 
-    /// Three reports over a device: "Alpha" falls due by a schedule, "Beta" is due in a year,
-    /// "Gamma" has no schedule.
+    /// "Alpha" falls due by a schedule, "Beta" is due in a year, "Gamma" has no schedule.
     static QByteArray definitions(const demo::MonitoredDevice &device)
     {
-        const auto report = [&device](const char *title, const QString &lastRun) {
-            QString text = R"(<CUSTOMREPORT ReportID="{%1}" ReportTitle="%1")"
-                           R"( ChartID="{A1000001-0000-4000-8000-000000000001}">%2)"
-                           R"(<DEVICE MUID="%3"><DATUM DataIDent="%4"/></DEVICE></CUSTOMREPORT>)";
-            const QString schedule = R"(<SCHEDULE LastRunDate="%1T00:00:00-00:00")"
-                                     R"( ScheduleID="{B1000001-0000-4000-8000-000000000005}"/>)";
-            return text.arg(title, lastRun.isEmpty() ? QString() : schedule.arg(lastRun),
-                            device.muid, QString::number(device.items.front().dataIdent));
-        };
-        const QString text = "<REPORTDEFINITIONS>" + report("Beta", "2099-01-01") +
-                             report("Gamma", "") + report("Alpha", "2024-01-01") +
-                             "</REPORTDEFINITIONS>";
-        return text.toUtf8();
+        const QString report =
+            R"(<CUSTOMREPORT ReportID="{%1}" ReportTitle="%1" ChartID="{A1000001-0000-4000-8000-000000000001}">
+<%2 ScheduleID="{B1000001-0000-4000-8000-000000000005}" LastRunDate="%3-01-01T00:00:00-00:00"/>
+<DEVICE MUID="%4"><DATUM DataIDent="%5"/></DEVICE></CUSTOMREPORT>)";
+        const QString item = QString::number(device.items.front().dataIdent);
+        QString text = "<REPORTDEFINITIONS>";
+        text += report.arg("Beta", "SCHEDULE", "2099", device.muid, item);
+        text += report.arg("Gamma", "NONE", "2024", device.muid, item);
+        text += report.arg("Alpha", "SCHEDULE", "2024", device.muid, item);
+        return (text + "</REPORTDEFINITIONS>").toUtf8();
     }
 
     QAction *action(const char *name) const { return window->findChild<QAction *>(name); }

@@ -7,6 +7,7 @@
 #include "ui/ScheduleDefEditor.h"
 
 #include <QAbstractItemView>
+#include <QButtonGroup>
 #include <QSignalSpy>
 #include <QWheelEvent>
 
@@ -50,17 +51,7 @@ struct Editor : Controls<frmScheduleDefEditor>
         load(schedule);
     }
     clsScheduleDef result() const { return stored(before); }
-    QRadioButton *option(int index) const
-    {
-        return find<QRadioButton>(qPrintable(QString("optSchedInterval%1").arg(index)));
-    }
-    int selected() const
-    {
-        int index = 4;
-        while (index >= 0 && !option(index)->isChecked())
-            --index;
-        return index;
-    }
+    QButtonGroup *options() const { return findChild<QButtonGroup *>(); }
     CheckListCombo *list(const QString &name) const
     {
         return find<CheckListCombo>(qPrintable(name));
@@ -98,7 +89,7 @@ private Q_SLOTS:
     {
         QFETCH(int, code);
         const Editor editor(scheduleOf(code, "1", "1", "1", "1"));
-        QTEST(editor.selected(), "option");
+        QTEST(editor.options()->checkedId(), "option");
         QTEST(editor.result().SchedInterval, "written");
         QVERIFY(!editor.hasChanges());
         QCOMPARE(editor.list("sscomboWeekDays")->isEnabled(), code == Weekly);
@@ -108,7 +99,7 @@ private Q_SLOTS:
         QVERIFY(!minutes->isEnabled());
         editor.find<QCheckBox>("chkReschedule")->setChecked(true);
         QCOMPARE(minutes->isEnabled(), code != NotScheduled);
-        editor.option(3)->click();
+        editor.options()->button(3)->click();
         QCOMPARE(editor.result().SchedInterval, qint32(Yearly));
         QVERIFY(minutes->isEnabled() && !editor.list("sscomboWeekDays")->isEnabled());
     }
@@ -228,7 +219,7 @@ private Q_SLOTS:
         QFETCH(int, option);
         QFETCH(QString, question);
         const Editor editor(scheduleOf(Daily, "5", "3", "9", "4"));
-        editor.option(option)->click();
+        editor.options()->button(option)->click();
         Answers answers;
         answers.add([](QWidget &box) {
             QVERIFY(static_cast<QMessageBox &>(box).defaultButton()->text().contains("No"));
@@ -302,7 +293,7 @@ private Q_SLOTS:
         const Editor editor(scheduleOf(Daily, "", "", allMonthDays, allMonths));
         editor.list("sscomboHours")->click("k15");
         QVERIFY(editor.text("lblNextRuns").startsWith("Saturday 2026-11-21 15:00"));
-        editor.option(1)->click();
+        editor.options()->button(1)->click();
         QVERIFY(editor.text("lblNextRuns").contains("never runs"));
         editor.list("sscomboWeekDays")->click("kNone");
         QVERIFY(editor.text("lblHint").contains("uncheck it"));
