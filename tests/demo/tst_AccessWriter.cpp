@@ -69,16 +69,6 @@ private Q_SLOTS:
             QCOMPARE((map[std::size_t(row + 5 + i / 8)] >> i % 8 & 1) != 0, i >= pages);
     }
 
-    void datesCountFromTheEndOf1899()
-    {
-        const auto days = [](const QString &time) {
-            return accessDays(QDateTime::fromString(time, Qt::ISODate).toMSecsSinceEpoch());
-        };
-        QCOMPARE(days("2025-06-15T18:00:00Z"), 45823.75);
-        QCOMPARE(days("1899-12-30T00:00:00Z"), 0.0);
-        QCOMPARE(days("1899-12-29T06:00:00Z"), -1.25);
-    }
-
     void tablesAreListed()
     {
         m_writer->addTable("Größen", {{"a", Long}});
@@ -91,19 +81,11 @@ private Q_SLOTS:
 
     void valuesOfAllTypes()
     {
-        TableWriter &table = m_writer->addTable("T", {{"a", Boolean},
-                                                      {"b", Byte},
-                                                      {"c", Integer},
-                                                      {"d", Long},
-                                                      {"e", Currency},
-                                                      {"f", Single},
-                                                      {"g", Double},
-                                                      {"h", DateTime},
-                                                      {"i", Guid},
-                                                      {"j", Numeric, 255, 18, 4},
-                                                      {"k", Binary},
-                                                      {"l", Ole},
-                                                      {"m", Memo}});
+        std::vector<Field> fields;
+        for (const FieldType type : {Boolean, Byte, Integer, Long, Currency, Single, Double,
+                                     DateTime, Guid, Numeric, Binary, Ole, Memo})
+            fields.push_back({QString::number(fields.size()), type, 255, 18, 4});
+        TableWriter &table = m_writer->addTable("T", fields);
         table.setBoolean(0, true);
         table.setInteger(1, 255);
         table.setInteger(2, -32768);
@@ -128,20 +110,20 @@ private Q_SLOTS:
 
     void textsAreCompressedWhereThatIsShorter()
     {
-        const QList<std::pair<QString, size_t>> texts = {{"a", 2},
-                                                         {"ab", 4},
-                                                         {"Zürich", 8},
-                                                         {"東京", 4},
-                                                         {"edge-東京-Kreis", 19},
-                                                         {"Station 東", 2 + 8 + 1 + 2},
-                                                         {"Łódź, Nowa", 18},
-                                                         {"letter Āā and more", 36}};
+        const QMap<QString, size_t> texts = {{"a", 2},
+                                             {"ab", 4},
+                                             {"Zürich", 8},
+                                             {"東京", 4},
+                                             {"edge-東京-Kreis", 19},
+                                             {"Station 東", 2 + 8 + 1 + 2},
+                                             {"Łódź, Nowa", 18},
+                                             {"letter Āā and more", 36}};
         TableWriter &table = m_writer->addTable("T", {{"t", Text}});
         QStringList expected;
-        for (const auto &[text, bytes] : texts) {
+        for (const QString &text : texts.keys()) {
             std::vector<std::uint8_t> encoded;
             encodeText(text, encoded);
-            QCOMPARE(encoded.size(), bytes);
+            QCOMPARE(encoded.size(), texts[text]);
             table.setText(0, text);
             table.append();
             expected.append(text);
