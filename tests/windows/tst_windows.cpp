@@ -1,5 +1,4 @@
 #include "core/Clock.h"
-#include "core/Error.h"
 #include "core/Files.h"
 #include "core/Paths.h"
 #include "core/platform/FileSystem.h"
@@ -9,11 +8,12 @@
 #include "core/platform/TaskScheduler.h"
 #include "core/platform/TaskService_windows.h"
 #include "core/platform/WindowsApi_windows.h"
+#include "support/Errors.h"
+#include "support/Rows.h"
 
 #include <QDir>
 #include <QProcess>
 #include <QTemporaryDir>
-#include <QTest>
 
 #include <shellapi.h>
 #include <thread>
@@ -44,16 +44,6 @@ void writeRegistry(HKEY hive, REGSAM view, const QString &key, const QString &va
     ::RegCloseKey(opened);
 }
 
-/// Saves a task; what the service says against it fails the test.
-void save(TaskScheduler &scheduler, const ScheduledTask &task)
-{
-    try {
-        scheduler.saveTask(task);
-    } catch (const Error &error) {
-        QFAIL(error.what());
-    }
-}
-
 } // namespace
 
 /// The services of Windows behind the platform interfaces.
@@ -61,324 +51,270 @@ class TestWindows : public QObject
 {
     Q_OBJECT
 
-private Q_SLOTS:
-    void splitsPaths_data();
-    void splitsPaths();
-    void findsFaultsInNames_data();
-    void findsFaultsInNames();
-    void refusesFaultyNames();
-    void writesBelowLongPaths();
-    void waitsForWhoHoldsAFile();
-    void givesUpOnAFileThatIsKept();
-    void keepsReadOnlyFiles();
-    void locksAcrossHandles();
-    void isFreeOnceItsHolderIsKilled();
-    void countsProcesses();
-    void readsTheRegistry();
-    void quotesArguments_data();
-    void quotesArguments();
-    void registersATask();
-    void replacesATask();
-    void knowsNoOtherTask();
-    void holdsTheTextsOfTheEventLog();
-
-private:
     QTemporaryDir m_folder;
-};
 
-void TestWindows::splitsPaths_data()
-{
-    QTest::addColumn<QString>("path");
-    QTest::addColumn<QString>("root");
-    QTest::addColumn<QString>("parts");
-    const auto row = [](const char *path, const char *root, const char *parts) {
-        QTest::newRow(path) << QString(path) << QString(root) << QString(parts);
-    };
-    row("C:\\a\\b", "C:", "a|b");
-    row("C:\\a", "C:", "a");
-    row("c:/a/b/c", "c:", "a|b|c");
-    row("\\\\server\\share\\a\\b", "\\\\server\\share", "a|b");
-    row("\\\\server\\share", "\\\\server\\share", "");
-    row("a\\b", "C:\\prog", "a|b");
-}
+private Q_SLOTS:
+    void splitsPaths()
+    {
+        setProgramFolder("C:\\prog");
+        const auto split = [](const QString &path) {
+            const FolderParts found = folderParts(path);
+            return QString(found.root + " > " + found.parts.join('|'));
+        };
+        QCOMPARE(split("C:\\a\\b"), "C: > a|b");
+        QCOMPARE(split("C:\\a"), "C: > a");
+        QCOMPARE(split("c:/a/b/c"), "c: > a|b|c");
+        QCOMPARE(split("\\\\server\\share\\a\\b"), "\\\\server\\share > a|b");
+        QCOMPARE(split("\\\\server\\share"), "\\\\server\\share > ");
+        QCOMPARE(split("a\\b"), "C:\\prog > a|b");
+        resetPaths();
+    }
 
-void TestWindows::splitsPaths()
-{
-    QFETCH(QString, path);
-    setProgramFolder("C:\\prog");
-    const FolderParts split = folderParts(path);
-    resetPaths();
-    QTEST(split.root, "root");
-    QTEST(split.parts.join('|'), "parts");
-}
+    void findsFaultsInNames()
+    {
+        for (const char *good :
+             {"C:\\a\\b.htm", "C:/a/b", "..\\a", ".\\a.b.c", "\\\\server\\share\\a", "CONTENT.HTM",
+              "COM10", "COM", "NULL", "a con", "", "\\\\?\\C:\\a", "ä ö.png"})
+            QVERIFY2(nameFault(good).isEmpty(), good);
+        for (const char *bad : {"CON", "C:\\a\\con.htm", "nul", "aux.a.b", "Com1", "LPT9.txt",
+                                "a\\PRN\\b", "CON .txt", "a?b", "C:\\a*b", "ab:c", "a|b", "a<b",
+                                "a\"b", "a.\\b", "a ", "C:\\a.", "a\tb"})
+            QVERIFY2(!nameFault(bad).isEmpty(), bad);
+    }
 
-void TestWindows::findsFaultsInNames_data()
-{
-    QTest::addColumn<QString>("path");
-    QTest::addColumn<bool>("isFaulty");
-    for (const char *good :
-         {"C:\\a\\b.htm", "C:/a/b", "..\\a", ".\\a.b.c", "\\\\server\\share\\a", "CONTENT.HTM",
-          "COM10", "COM", "NULL", "a con", "", "\\\\?\\C:\\a", "ä ö.png"})
-        QTest::newRow(good) << QString(good) << false;
-    for (const char *bad :
-         {"CON", "C:\\a\\con.htm", "nul", "aux.a.b", "Com1", "LPT9.txt", "a\\PRN\\b", "CON .txt",
-          "a?b", "C:\\a*b", "ab:c", "a|b", "a<b", "a\"b", "a.\\b", "a ", "C:\\a.", "a\tb"})
-        QTest::newRow(bad) << QString(bad) << true;
-}
-
-void TestWindows::findsFaultsInNames()
-{
-    QFETCH(QString, path);
-    QFETCH(bool, isFaulty);
-    QCOMPARE(!nameFault(path).isEmpty(), isFaulty);
-}
-
-void TestWindows::refusesFaultyNames()
-{
-    try {
-        saveFile(m_folder.filePath("aux.htm"), "x");
-        QFAIL("wrote a device's name");
-    } catch (const Error &error) {
+    void refusesFaultyNames()
+    {
+        const Error error = errorOf([&] { saveFile(m_folder.filePath("aux.htm"), "x"); });
         QCOMPARE(error.number, int(BadFileName));
         QVERIFY(error.description.contains("'aux.htm' is the name of a device"));
+        QString message;
+        QCOMPARE(EnsureFolder(m_folder.filePath("NUL/a"), message), int(BadFileName));
+        QCOMPARE(QDir(m_folder.path()).count(), 2u); // itself and its parent
     }
-    QString message;
-    QCOMPARE(EnsureFolder(m_folder.filePath("NUL/a"), message), int(BadFileName));
-    QCOMPARE(QDir(m_folder.path()).count(), 2u); // itself and its parent
-}
 
-void TestWindows::writesBelowLongPaths()
-{
-    QString folder = QDir::toNativeSeparators(m_folder.path());
-    for (int i = 0; i < 10; ++i)
-        folder += "\\" + QString(40, QChar('a' + i));
-    QVERIFY(folder.size() > 400);
-    QString message;
-    QCOMPARE(EnsureFolder(folder, message), 0);
-    QCOMPARE(message, "Created '" + folder + "'");
-    for (const char *text : {"first", "second"}) {
-        saveFile(folder + "\\page.htm", text);
-        QCOMPARE(readFile(folder + "\\page.htm"), QByteArray(text));
-    }
-    QCOMPARE(QDir(folder).entryList(QDir::Files), QStringList("page.htm"));
-}
-
-void TestWindows::waitsForWhoHoldsAFile()
-{
-    const QString path = m_folder.filePath("held.htm");
-    saveFile(path, "old");
-    const HANDLE holder = holdOpen(path);
-    QVERIFY(holder != INVALID_HANDLE_VALUE);
-    std::thread scanner([holder] {
-        ::Sleep(300);
-        ::CloseHandle(holder);
-    });
-    saveFile(path, "new");
-    scanner.join();
-    QCOMPARE(readFile(path), QByteArray("new"));
-}
-
-void TestWindows::givesUpOnAFileThatIsKept()
-{
-    const QString path = m_folder.filePath("kept.htm");
-    saveFile(path, "old");
-    const HANDLE holder = holdOpen(path);
-    QVERIFY(holder != INVALID_HANDLE_VALUE);
-    QVERIFY_EXCEPTION_THROWN(saveFile(path, "new"), Error);
-    ::CloseHandle(holder);
-    QCOMPARE(readFile(path), QByteArray("old"));
-    QCOMPARE(QDir(m_folder.path()).entryList({"*.tmp"}), QStringList());
-}
-
-void TestWindows::keepsReadOnlyFiles()
-{
-    const QString path = m_folder.filePath("fixed.htm");
-    saveFile(path, "old");
-    QVERIFY(::SetFileAttributesW(wide(longPath(path)), FILE_ATTRIBUTE_READONLY));
-    QVERIFY_EXCEPTION_THROWN(saveFile(path, "new"), Error);
-    QVERIFY(::SetFileAttributesW(wide(longPath(path)), FILE_ATTRIBUTE_NORMAL));
-    QCOMPARE(readFile(path), QByteArray("old"));
-}
-
-void TestWindows::locksAcrossHandles()
-{
-    const QString path = m_folder.filePath("running.lock");
-    InstanceLock first(path);
-    QCOMPARE(first.tryLock(), InstanceLock::Held);
-    QCOMPARE(first.tryLock(), InstanceLock::Held);
-    InstanceLock second(path);
-    QCOMPARE(second.tryLock(), InstanceLock::HeldByOther);
-    first.release();
-    QCOMPARE(second.tryLock(), InstanceLock::Held);
-    InstanceLock nowhere(m_folder.filePath("missing/running.lock"));
-    QCOMPARE(nowhere.tryLock(), InstanceLock::Unavailable);
-    QVERIFY(nowhere.reason.contains("running.lock"));
-}
-
-void TestWindows::isFreeOnceItsHolderIsKilled()
-{
-    const QString path = m_folder.filePath("other.lock");
-    QProcess holder;
-    holder.start(QCoreApplication::applicationFilePath(), {"--hold", path});
-    QVERIFY(holder.waitForReadyRead());
-    InstanceLock lock(path);
-    QCOMPARE(lock.tryLock(), InstanceLock::HeldByOther);
-    holder.kill();
-    QVERIFY(holder.waitForFinished());
-    QTRY_COMPARE(lock.tryLock(), InstanceLock::Held);
-}
-
-void TestWindows::countsProcesses()
-{
-    QCOMPARE(ownImageName(), "tst_windows");
-    QCOMPARE(countProcesses("TST_Windows"), 1);
-    QCOMPARE(countProcesses("tst_window"), 0);
-    QCOMPARE(countEarlierProcesses("tst_windows"), 0);
-    QVERIFY(ownBegin() <= currentInstant() && ownBegin() > currentInstant() - 600'000);
-
-    QProcess later;
-    later.start(QCoreApplication::applicationFilePath(), {"--hold", m_folder.filePath("a.lock")});
-    QVERIFY(later.waitForReadyRead());
-    QCOMPARE(countProcesses("tst_windows"), 2);
-    QCOMPARE(countEarlierProcesses("tst_windows"), 0);
-    later.kill();
-    QVERIFY(later.waitForFinished());
-}
-
-void TestWindows::readsTheRegistry()
-{
-    const QString product = "VantrelTest";
-    const QString key = "SOFTWARE\\Orlek INC\\" + product;
-    const auto remove = [&] {
-        for (const HKEY hive : {HKEY_LOCAL_MACHINE, HKEY_CURRENT_USER}) {
-            for (const REGSAM view : {KEY_WOW64_64KEY, KEY_WOW64_32KEY})
-                ::RegDeleteKeyExW(hive, wide(key), view, 0);
+    void writesBelowLongPaths()
+    {
+        QString folder = QDir::toNativeSeparators(m_folder.path());
+        for (int i = 0; i < 10; ++i)
+            folder += "\\" + QString(40, QChar('a' + i));
+        QVERIFY(folder.size() > 400);
+        QString message;
+        QCOMPARE(EnsureFolder(folder, message), 0);
+        QCOMPARE(message, "Created '" + folder + "'");
+        for (const char *text : {"first", "second"}) {
+            saveFile(folder + "\\page.htm", text);
+            QCOMPARE(readFile(folder + "\\page.htm"), QByteArray(text));
         }
-    };
-    remove();
-    QCOMPARE(productSetting(product, "AppPath"), QString());
-    writeRegistry(HKEY_CURRENT_USER, KEY_WOW64_64KEY, key, "C:\\of the user", REG_SZ);
-    QCOMPARE(productSetting(product, "AppPath"), "C:\\of the user");
-    writeRegistry(HKEY_LOCAL_MACHINE, KEY_WOW64_32KEY, key, "%SystemRoot%\\a", REG_EXPAND_SZ);
-    QCOMPARE(productSetting(product, "AppPath"), qEnvironmentVariable("SystemRoot") + "\\a");
-    writeRegistry(HKEY_LOCAL_MACHINE, KEY_WOW64_64KEY, key, "D:\\Vantrel", REG_SZ);
-    QCOMPARE(productSetting(product, "AppPath"), "D:\\Vantrel");
-    QCOMPARE(productSetting(product, "Other"), QString());
-    remove();
-}
-
-void TestWindows::quotesArguments_data()
-{
-    QTest::addColumn<QStringList>("arguments");
-    QTest::addColumn<QString>("text");
-    QTest::newRow("plain") << QStringList{"/AUTO", "--home", "C:\\a\\"} << "/AUTO --home C:\\a\\";
-    QTest::newRow("blanks") << QStringList{"C:\\a b\\"} << "\"C:\\a b\\\\\"";
-    QTest::newRow("quotes") << QStringList{"a\"b", "a\\\"b c"} << "\"a\\\"b\" \"a\\\\\\\"b c\"";
-    QTest::newRow("empty") << QStringList{"", "a"} << "\"\" a";
-}
-
-void TestWindows::quotesArguments()
-{
-    QFETCH(QStringList, arguments);
-    std::vector<std::wstring> words;
-    for (const QString &argument : arguments)
-        words.push_back(argument.toStdWString());
-    const std::wstring text = tasks::quoted(words);
-    QTEST(QString::fromStdWString(text), "text");
-
-    int count = 0;
-    wchar_t **split = ::CommandLineToArgvW((L"program " + text).c_str(), &count);
-    QStringList again;
-    for (int i = 1; i < count; ++i)
-        again.append(QString::fromWCharArray(split[i]));
-    ::LocalFree(split);
-    QCOMPARE(again, arguments);
-}
-
-void TestWindows::registersATask()
-{
-    const auto scheduler = systemTaskScheduler();
-    ScheduledTask task = scheduler->createTask(taskName);
-    task.application = "C:\\Program Files\\Vantrel\\VantrelGrapher.exe";
-    task.parameters = QStringList{"/AUTO", "--home", "C:\\Graphs and more"};
-    task.workingDirectory = "C:\\windows";
-    task.comment = "Draws ä graph.";
-    task.creator = "Vantrel";
-    for (int hour = 0; hour < 24; ++hour)
-        task.triggers.push_back({1, QDateTime(QDate(2024, 4, 1), QTime(hour, 0, 1), Qt::UTC)});
-    save(*scheduler, task);
-    if (QTest::currentTestFailed())
-        return;
-
-    QVERIFY(scheduler->taskList().split('\n').contains(taskName));
-    const ScheduledTask read = systemTaskScheduler()->openTask(taskName);
-    QCOMPARE(read.application, task.application);
-    QCOMPARE(read.commandLine, "\"C:\\Program Files\\Vantrel\\VantrelGrapher.exe\" /AUTO --home "
-                               "\"C:\\Graphs and more\"");
-    QCOMPARE(read.workingDirectory, task.workingDirectory);
-    QCOMPARE(read.comment, task.comment);
-    QCOMPARE(read.creator, task.creator);
-    QCOMPARE(read.maximumRunMinutes, 60);
-    QCOMPARE(read.triggers.size(), std::size_t(24));
-    for (int hour = 0; hour < 24; ++hour) {
-        const DailyTrigger &trigger = read.triggers[std::size_t(hour)];
-        QCOMPARE(trigger.interval, 1);
-        // The service knows whole minutes.
-        QCOMPARE(trigger.begin, QDateTime(QDate(2024, 4, 1), QTime(hour, 0), Qt::UTC));
+        QCOMPARE(QDir(folder).entryList(QDir::Files), QStringList("page.htm"));
     }
-    QVERIFY(!scheduler->isRunning(taskName));
-}
 
-void TestWindows::replacesATask()
-{
-    const auto scheduler = systemTaskScheduler();
-    ScheduledTask task = scheduler->createTask(taskName);
-    task.application = "C:\\windows\\notepad.exe";
-    task.triggers.push_back({2, QDateTime(QDate(2025, 1, 2), QTime(3, 4), Qt::UTC)});
-    save(*scheduler, task);
-    if (QTest::currentTestFailed())
-        return;
-    const ScheduledTask read = scheduler->openTask(taskName);
-    QCOMPARE(read.commandLine, "C:\\windows\\notepad.exe");
-    QCOMPARE(read.triggers.size(), std::size_t(1));
-    QCOMPARE(read.triggers[0].interval, 2);
-    scheduler->deleteTask(taskName);
-    QVERIFY(!scheduler->taskList().split('\n').contains(taskName));
-}
+    void waitsForWhoHoldsAFile()
+    {
+        const QString path = m_folder.filePath("held.htm");
+        saveFile(path, "old");
+        const HANDLE holder = holdOpen(path);
+        QVERIFY(holder != INVALID_HANDLE_VALUE);
+        std::thread scanner([holder] {
+            ::Sleep(300);
+            ::CloseHandle(holder);
+        });
+        saveFile(path, "new");
+        scanner.join();
+        QCOMPARE(readFile(path), QByteArray("new"));
+    }
 
-void TestWindows::knowsNoOtherTask()
-{
-    const auto scheduler = systemTaskScheduler();
-    for (const bool opens : {true, false}) {
-        try {
-            if (opens)
-                scheduler->openTask(taskName);
-            else
-                scheduler->deleteTask(taskName);
-            QFAIL("found a task that is not there");
-        } catch (const Error &error) {
+    void givesUpOnAFileThatIsKept()
+    {
+        const QString path = m_folder.filePath("kept.htm");
+        saveFile(path, "old");
+        const HANDLE holder = holdOpen(path);
+        QVERIFY(holder != INVALID_HANDLE_VALUE);
+        QVERIFY_EXCEPTION_THROWN(saveFile(path, "new"), Error);
+        ::CloseHandle(holder);
+        QCOMPARE(readFile(path), QByteArray("old"));
+        QCOMPARE(QDir(m_folder.path()).entryList({"*.tmp"}), QStringList());
+    }
+
+    void keepsReadOnlyFiles()
+    {
+        const QString path = m_folder.filePath("fixed.htm");
+        saveFile(path, "old");
+        QVERIFY(::SetFileAttributesW(wide(longPath(path)), FILE_ATTRIBUTE_READONLY));
+        QVERIFY_EXCEPTION_THROWN(saveFile(path, "new"), Error);
+        QVERIFY(::SetFileAttributesW(wide(longPath(path)), FILE_ATTRIBUTE_NORMAL));
+        QCOMPARE(readFile(path), QByteArray("old"));
+    }
+
+    void locksAcrossHandles()
+    {
+        const QString path = m_folder.filePath("running.lock");
+        InstanceLock first(path);
+        QCOMPARE(first.tryLock(), InstanceLock::Held);
+        QCOMPARE(first.tryLock(), InstanceLock::Held);
+        InstanceLock second(path);
+        QCOMPARE(second.tryLock(), InstanceLock::HeldByOther);
+        first.release();
+        QCOMPARE(second.tryLock(), InstanceLock::Held);
+        InstanceLock nowhere(m_folder.filePath("missing/running.lock"));
+        QCOMPARE(nowhere.tryLock(), InstanceLock::Unavailable);
+        QVERIFY(nowhere.reason.contains("running.lock"));
+    }
+
+    void isFreeOnceItsHolderIsKilled()
+    {
+        const QString path = m_folder.filePath("other.lock");
+        QProcess holder;
+        holder.start(QCoreApplication::applicationFilePath(), {"--hold", path});
+        QVERIFY(holder.waitForReadyRead());
+        InstanceLock lock(path);
+        QCOMPARE(lock.tryLock(), InstanceLock::HeldByOther);
+        holder.kill();
+        QVERIFY(holder.waitForFinished());
+        QTRY_COMPARE(lock.tryLock(), InstanceLock::Held);
+    }
+
+    void countsProcesses()
+    {
+        QCOMPARE(ownImageName(), "tst_windows");
+        QCOMPARE(countProcesses("TST_Windows"), 1);
+        QCOMPARE(countProcesses("tst_window"), 0);
+        QCOMPARE(countEarlierProcesses("tst_windows"), 0);
+        QVERIFY(ownBegin() <= currentInstant() && ownBegin() > currentInstant() - 600'000);
+
+        QProcess later;
+        later.start(QCoreApplication::applicationFilePath(),
+                    {"--hold", m_folder.filePath("a.lock")});
+        QVERIFY(later.waitForReadyRead());
+        QCOMPARE(countProcesses("tst_windows"), 2);
+        QCOMPARE(countEarlierProcesses("tst_windows"), 0);
+        later.kill();
+        QVERIFY(later.waitForFinished());
+    }
+
+    void readsTheRegistry()
+    {
+        const QString product = "VantrelTest";
+        const QString key = "SOFTWARE\\Orlek INC\\" + product;
+        const auto remove = [&] {
+            for (const HKEY hive : {HKEY_LOCAL_MACHINE, HKEY_CURRENT_USER}) {
+                for (const REGSAM view : {KEY_WOW64_64KEY, KEY_WOW64_32KEY})
+                    ::RegDeleteKeyExW(hive, wide(key), view, 0);
+            }
+        };
+        remove();
+        QCOMPARE(productSetting(product, "AppPath"), QString());
+        writeRegistry(HKEY_CURRENT_USER, KEY_WOW64_64KEY, key, "C:\\of the user", REG_SZ);
+        QCOMPARE(productSetting(product, "AppPath"), "C:\\of the user");
+        writeRegistry(HKEY_LOCAL_MACHINE, KEY_WOW64_32KEY, key, "%SystemRoot%\\a", REG_EXPAND_SZ);
+        QCOMPARE(productSetting(product, "AppPath"), qEnvironmentVariable("SystemRoot") + "\\a");
+        writeRegistry(HKEY_LOCAL_MACHINE, KEY_WOW64_64KEY, key, "D:\\Vantrel", REG_SZ);
+        QCOMPARE(productSetting(product, "AppPath"), "D:\\Vantrel");
+        QCOMPARE(productSetting(product, "Other"), QString());
+        remove();
+    }
+
+    void quotesArguments_data()
+    {
+        const Rows<QStringList, QString> row("arguments", "text");
+        row("plain", {"/AUTO", "--home", "C:\\a\\"}, "/AUTO --home C:\\a\\");
+        row("blanks", {"C:\\a b\\"}, "\"C:\\a b\\\\\"");
+        row("quotes", {"a\"b", "a\\\"b c"}, "\"a\\\"b\" \"a\\\\\\\"b c\"");
+        row("empty", {"", "a"}, "\"\" a");
+    }
+
+    void quotesArguments()
+    {
+        QFETCH(QStringList, arguments);
+        std::vector<std::wstring> words;
+        for (const QString &argument : arguments)
+            words.push_back(argument.toStdWString());
+        const std::wstring text = tasks::quoted(words);
+        QTEST(QString::fromStdWString(text), "text");
+
+        int count = 0;
+        wchar_t **split = ::CommandLineToArgvW((L"program " + text).c_str(), &count);
+        QStringList again;
+        for (int i = 1; i < count; ++i)
+            again.append(QString::fromWCharArray(split[i]));
+        ::LocalFree(split);
+        QCOMPARE(again, arguments);
+    }
+
+    void registersATask()
+    {
+        const auto scheduler = systemTaskScheduler();
+        ScheduledTask task = scheduler->createTask(taskName);
+        task.application = "C:\\Program Files\\Vantrel\\VantrelGrapher.exe";
+        task.parameters = QStringList{"/AUTO", "--home", "C:\\Graphs and more"};
+        task.workingDirectory = "C:\\windows";
+        task.comment = "Draws ä graph.";
+        task.creator = "Vantrel";
+        for (int hour = 0; hour < 24; ++hour)
+            task.triggers.push_back({1, QDateTime(QDate(2024, 4, 1), QTime(hour, 0, 1), Qt::UTC)});
+        QCOMPARE(failureOf([&] { scheduler->saveTask(task); }), "");
+
+        QVERIFY(scheduler->taskList().split('\n').contains(taskName));
+        const ScheduledTask read = systemTaskScheduler()->openTask(taskName);
+        QCOMPARE(read.application, task.application);
+        QCOMPARE(read.commandLine,
+                 "\"C:\\Program Files\\Vantrel\\VantrelGrapher.exe\" /AUTO --home "
+                 "\"C:\\Graphs and more\"");
+        QCOMPARE(read.workingDirectory, task.workingDirectory);
+        QCOMPARE(read.comment, task.comment);
+        QCOMPARE(read.creator, task.creator);
+        QCOMPARE(read.maximumRunMinutes, 60);
+        QCOMPARE(read.triggers.size(), std::size_t(24));
+        for (int hour = 0; hour < 24; ++hour) {
+            const DailyTrigger &trigger = read.triggers[std::size_t(hour)];
+            QCOMPARE(trigger.interval, 1);
+            // The service knows whole minutes.
+            QCOMPARE(trigger.begin, QDateTime(QDate(2024, 4, 1), QTime(hour, 0), Qt::UTC));
+        }
+        QVERIFY(!scheduler->isRunning(taskName));
+    }
+
+    void replacesATask()
+    {
+        const auto scheduler = systemTaskScheduler();
+        ScheduledTask task = scheduler->createTask(taskName);
+        task.application = "C:\\windows\\notepad.exe";
+        task.triggers.push_back({2, QDateTime(QDate(2025, 1, 2), QTime(3, 4), Qt::UTC)});
+        QCOMPARE(failureOf([&] { scheduler->saveTask(task); }), "");
+        const ScheduledTask read = scheduler->openTask(taskName);
+        QCOMPARE(read.commandLine, "C:\\windows\\notepad.exe");
+        QCOMPARE(read.triggers.size(), std::size_t(1));
+        QCOMPARE(read.triggers[0].interval, 2);
+        scheduler->deleteTask(taskName);
+        QVERIFY(!scheduler->taskList().split('\n').contains(taskName));
+    }
+
+    void knowsNoOtherTask()
+    {
+        const auto scheduler = systemTaskScheduler();
+        for (const Error &error : {errorOf([&] { scheduler->openTask(taskName); }),
+                                   errorOf([&] { scheduler->deleteTask(taskName); })}) {
             QCOMPARE(error.number, int(ItemNotFound));
             QVERIFY(error.description.contains(taskName));
         }
     }
-}
 
-void TestWindows::holdsTheTextsOfTheEventLog()
-{
-    const QString program = QCoreApplication::applicationDirPath() + "/VantrelGrapher.exe";
-    const HMODULE module = ::LoadLibraryExW(wide(QDir::toNativeSeparators(program)), nullptr,
-                                            LOAD_LIBRARY_AS_DATAFILE);
-    QVERIFY(module);
-    const wchar_t message[] = L"Vantrel Automated Graphing Report started...";
-    const wchar_t *texts[] = {message};
-    wchar_t buffer[200];
-    const DWORD size =
-        ::FormatMessageW(FORMAT_MESSAGE_FROM_HMODULE | FORMAT_MESSAGE_ARGUMENT_ARRAY, module, 6, 0,
-                         buffer, 200, reinterpret_cast<va_list *>(const_cast<wchar_t **>(texts)));
-    ::FreeLibrary(module);
-    QCOMPARE(QString::fromWCharArray(buffer, int(size)).trimmed(),
-             QString::fromWCharArray(message));
-}
+    void holdsTheTextsOfTheEventLog()
+    {
+        const QString program = QCoreApplication::applicationDirPath() + "/VantrelGrapher.exe";
+        const HMODULE module = ::LoadLibraryExW(wide(QDir::toNativeSeparators(program)), nullptr,
+                                                LOAD_LIBRARY_AS_DATAFILE);
+        QVERIFY(module);
+        const wchar_t message[] = L"Vantrel Automated Graphing Report started...";
+        const wchar_t *texts[] = {message};
+        wchar_t buffer[200];
+        const DWORD size = ::FormatMessageW(
+            FORMAT_MESSAGE_FROM_HMODULE | FORMAT_MESSAGE_ARGUMENT_ARRAY, module, 6, 0, buffer, 200,
+            reinterpret_cast<va_list *>(const_cast<wchar_t **>(texts)));
+        ::FreeLibrary(module);
+        QCOMPARE(QString::fromWCharArray(buffer, int(size)).trimmed(),
+                 QString::fromWCharArray(message));
+    }
+};
 
 int main(int argc, char *argv[])
 {
