@@ -37,14 +37,11 @@ class tst_AccessExport : public QObject
 private Q_SLOTS:
     void printsCsv()
     {
+        const std::vector<Field> fields{
+            {"a,b", Text}, {"Flag", Boolean}, {"When", DateTime}, {"Blob", Binary}};
+        const Row full{"say \"ä\"", true, 1'709'276'709'001LL, QByteArray("\xAB")};
         writeTables(m_path,
-                    {{"Geräte", {{"A"}}, {}},
-                     {"T",
-                      {{"a,b", Text}, {"Flag", Boolean}, {"When", DateTime}, {"Blob", Binary}},
-                      {{"say \"ä\"", true, 1'709'276'709'001LL, QByteArray("\xAB")},
-                       {},
-                       {""},
-                       {"two\nlines"}}}});
+                    {{"Geräte", {{"A"}}, {}}, {"T", fields, {full, {}, {""}, {"two\nlines"}}}});
         QCOMPARE(accessExport({m_path}).output, QByteArray("Ger\xC3\xA4te\nT\n"));
         const Outcome outcome = accessExport({m_path, "t"});
         QCOMPARE(outcome.output,

@@ -9,6 +9,7 @@
 
 #include <QTemporaryDir>
 
+using demo::Field;
 using enum demo::FieldType;
 
 namespace {
@@ -64,29 +65,21 @@ private Q_SLOTS:
         values.push_back({null, start, 1, 1.0});
         values.push_back({1, null, 1, 1.0});
 
-        const std::vector<Row> scales{{21, "State", "s"}, {5, "Milliseconds", "ms"}};
-        writeTables(
-            m_path,
-            {{"Devices",
-              {{"IDent", Long},
-               {"MUID", Text},
-               {"MachName", Text},
-               {"MachDesc", Memo},
-               {"MachExclude", Boolean},
-               {"Price", Currency},
-               {"Since", DateTime}},
-              m_devices},
-             {"DataFields",
-              {{"DataIDent", Long},
-               {"IDent", Long},
-               {"DataName", Text},
-               {"iScale", Integer},
-               {"IsGlobal", Byte}},
-              m_items},
-             {"Scales", {{"iScale", Long}, {"ScaleName", Text}, {"ScaleAbbr", Text}}, scales},
-             {"DataValues",
-              {{"DataIDent", Long}, {"iDate", DateTime}, {"iState", Long}, {"iValue", Double}},
-              values}});
+        const std::vector<Field> devices{
+            {"IDent", Long},          {"MUID", Text},      {"MachName", Text}, {"MachDesc", Memo},
+            {"MachExclude", Boolean}, {"Price", Currency}, {"Since", DateTime}};
+        const std::vector<Field> items{{"DataIDent", Long},
+                                       {"IDent", Long},
+                                       {"DataName", Text},
+                                       {"iScale", Integer},
+                                       {"IsGlobal", Byte}};
+        const std::vector<Field> samples{
+            {"DataIDent", Long}, {"iDate", DateTime}, {"iState", Long}, {"iValue", Double}};
+        const std::vector<Field> scales{{"iScale", Long}, {"ScaleName", Text}, {"ScaleAbbr", Text}};
+        writeTables(m_path, {{"Devices", devices, m_devices},
+                             {"DataFields", items, m_items},
+                             {"Scales", scales, {{21, "State", "s"}, {5, "Milliseconds", "ms"}}},
+                             {"DataValues", samples, values}});
     }
 
     void texts_data()
@@ -218,17 +211,15 @@ private Q_SLOTS:
     void refused_data()
     {
         const Rows<QString, QString> row("sql", "part");
-        row.each({{"Select * from Nowhere", "no such table: Nowhere"},
-                  {"Select Colour from Devices", "no such column: Colour"},
-                  {"Selekt * from Devices", "syntax error"},
-                  {"Select * from Devices where MUID='a", "unrecognized token"},
-                  {"Select * from Devices where MUID In ( )", "is empty"},
-                  {"Select CDATE('yesterday')", "CDATE"},
-                  {"Select * from Scales; Select * from Devices", "one statement"},
-                  {"", "one statement"},
-                  {"Delete from Scales", "may not be modified"}});
+        row.each({{"Select * from Nowhere", "no such table: Nowhere"}});
+        row.each({{"Select Colour from Devices", "no such column: Colour"}});
+        row.each({{"Selekt * from Devices", "syntax error"}, {"", "one statement"}});
+        row.each({{"Select * from Devices where MUID='a", "unrecognized token"}});
+        row.each({{"Select * from Devices where MUID In ( )", "is empty"}});
+        row.each({{"Select CDATE('yesterday')", "CDATE"}});
+        row.each({{"Select * from Scales; Select * from Devices", "one statement"}});
+        row.each({{"Delete from Scales", "may not be modified"}});
     }
-
     void refused()
     {
         QFETCH(QString, sql);

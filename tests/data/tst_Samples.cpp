@@ -14,6 +14,7 @@
 #include <algorithm>
 
 using enum demo::FieldType;
+using demo::Field;
 using demo::FieldType;
 
 namespace {
@@ -87,13 +88,12 @@ private Q_SLOTS:
         m_samples = m_stored;
         std::stable_sort(m_samples.begin(), m_samples.end(),
                          [](const Sample &a, const Sample &b) { return a.instant < b.instant; });
-        writeTables(m_path, {{"DataValues",
-                              {{"Place", Text},
-                               {"IVALUE", Double},
-                               {"DataIDent", Long},
-                               {"iDate", DateTime},
-                               {"iState", Integer}},
-                              rows}});
+        const std::vector<Field> fields{{"Place", Text},
+                                        {"IVALUE", Double},
+                                        {"DataIDent", Long},
+                                        {"iDate", DateTime},
+                                        {"iState", Integer}};
+        writeTables(m_path, {{"DataValues", fields, rows}});
     }
 
     void everyWay_data()
@@ -216,7 +216,7 @@ private Q_SLOTS:
         QFETCH(QVariant, value);
         QFETCH(QString, expected);
         const int ident = identType == Currency ? 30'000 : 3;
-        demo::Field valueField{"iValue", valueType};
+        Field valueField{"iValue", valueType};
         valueField.scale = 1;
         writeTables(
             m_otherPath,
@@ -241,7 +241,7 @@ private Q_SLOTS:
     {
         QFETCH(QString, bad);
         QFETCH(int, number);
-        std::vector<demo::Field> fields{
+        std::vector<Field> fields{
             {"DataIDent", Long}, {"iDate", DateTime}, {"iState", Long}, {"iValue", Long}};
         Row row{3, start, 3, 3};
         const auto at = static_cast<size_t>(four.indexOf(bad));

@@ -1,6 +1,7 @@
 #pragma once
 
 #include "Sockets.h"
+#include "core/Files.h"
 
 #include <QDir>
 #include <QElapsedTimer>
@@ -12,6 +13,8 @@
 #include <csignal>
 #include <sys/prctl.h>
 
+using namespace Qt::StringLiterals;
+
 /// A MariaDB server of the test's own: on loopback, in a temporary folder, with the account
 /// "grapher". Whatever keeps it from running throws, which fails the test. The server ends with the
 /// object.
@@ -19,22 +22,17 @@ class MariaDb
 {
 public:
     /// The password holds what connection texts have to quote.
-    static QString password() { return QStringLiteral("s3;c}r=et"); }
+    static QString password() { return u"s3;c}r=et"_s; }
 
     /// Starts it and runs statements, one a line, as its administrator.
     explicit MariaDb(const QStringList &statements)
         : m_port(freePort())
     {
-        const QStringList common = {
-            QStringLiteral("--no-defaults"), QStringLiteral("--datadir=") + path("data"),
-            QStringLiteral("--skip-innodb"), QStringLiteral("--default-storage-engine=Aria"),
-            QStringLiteral("--user=") + userName()};
+        const QStringList common = {u"--no-defaults"_s, u"--datadir="_s + path("data"),
+                                    u"--skip-innodb"_s, u"--default-storage-engine=Aria"_s,
+                                    u"--user="_s + userName()};
         install(common);
-        QFile file(path("init.sql"));
-        if (!file.open(QIODevice::WriteOnly))
-            throw std::runtime_error("cannot write init.sql");
-        file.write((account() + statements).join(u'\n').toUtf8() + '\n');
-        file.close();
+        saveFile(path("init.sql"), (account() + statements).join(u'\n').toUtf8() + '\n');
         start(common);
     }
     ~MariaDb()
@@ -62,27 +60,23 @@ public:
     QString connectionText() const { return connectionText(m_port); }
 
 private:
-    static QString userName() { return qEnvironmentVariable("USER", QStringLiteral("root")); }
+    static QString userName() { return qEnvironmentVariable("USER", u"root"_s); }
 
     static QStringList account()
     {
-        return {
-            QStringLiteral("SET NAMES utf8mb4;"),
-            QStringLiteral("CREATE DATABASE monitoring CHARACTER SET utf8mb4;"),
-            QStringLiteral("CREATE USER 'grapher'@'127.0.0.1' IDENTIFIED BY '%1';").arg(password()),
-            QStringLiteral("GRANT SELECT, EXECUTE ON monitoring.* TO 'grapher'@'127.0.0.1';"),
-            QStringLiteral("USE monitoring;")};
+        return {u"SET NAMES utf8mb4;"_s, u"CREATE DATABASE monitoring CHARACTER SET utf8mb4;"_s,
+                u"CREATE USER 'grapher'@'127.0.0.1' IDENTIFIED BY '%1';"_s.arg(password()),
+                u"GRANT SELECT, EXECUTE ON monitoring.* TO 'grapher'@'127.0.0.1';"_s,
+                u"USE monitoring;"_s};
     }
 
     void install(QStringList arguments)
     {
         QProcess installer;
         installer.setProcessChannelMode(QProcess::MergedChannels);
-        arguments += {QStringLiteral("--auth-root-authentication-method=normal"),
-                      QStringLiteral("--skip-test-db")};
-        installer.start(QStringLiteral("mariadb-install-db"), arguments);
-        if (!installer.waitForStarted() || !installer.waitForFinished(120'000) ||
-            installer.exitCode() != 0)
+        arguments += {u"--auth-root-authentication-method=normal"_s, u"--skip-test-db"_s};
+        installer.start(u"mariadb-install-db"_s, arguments);
+        if (!installer.waitForFinished(120'000) || installer.exitCode() != 0)
             throw std::runtime_error(
                 "mariadb-install-db: " + installer.errorString().toStdString() + '\n' +
                 installer.readAll().toStdString());
@@ -94,21 +88,17 @@ private:
         m_server.setChildProcessModifier(
             [] { ::prctl(PR_SET_PDEATHSIG, SIGTERM); }); // never left over
         m_server.setStandardOutputFile(path("server.log"));
-        m_server.start(QStringLiteral("/usr/sbin/mariadbd"),
-                       common + QStringList{QStringLiteral("--bind-address=127.0.0.1"),
-                                            QStringLiteral("--port=%1").arg(m_port),
-                                            QStringLiteral("--socket=") + path("socket"),
-                                            QStringLiteral("--pid-file=") + path("pid"),
-                                            QStringLiteral("--skip-name-resolve"),
-                                            QStringLiteral("--init-file=") + path("init.sql")});
+        m_server.start(
+            u"/usr/sbin/mariadbd"_s,
+            common + QStringList{u"--bind-address=127.0.0.1"_s, u"--port=%1"_s.arg(m_port),
+                                 u"--socket="_s + path("socket"), u"--pid-file="_s + path("pid"),
+                                 u"--skip-name-resolve"_s, u"--init-file="_s + path("init.sql")});
         QElapsedTimer timer;
         timer.start();
         QByteArray log;
         while (!log.contains("ready for connections")) {
             QThread::msleep(20);
-            QFile file(path("server.log"));
-            if (file.open(QIODevice::ReadOnly))
-                log = file.readAll();
+            log = readFile(path("server.log"));
             if (m_server.state() == QProcess::NotRunning || timer.elapsed() > 60'000)
                 throw std::runtime_error("mariadbd does not start:\n" + log.toStdString());
         }

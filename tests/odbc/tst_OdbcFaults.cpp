@@ -87,6 +87,9 @@ private Q_SLOTS:
     void serverStopsWhileIdle()
     {
         QCOMPARE(openAndRead(), "");
+        const Connection *opened = gConnection.get();
+        QCOMPARE(openAndRead(), "");
+        QCOMPARE(gConnection.get(), opened);
         m_proxy = std::make_unique<FaultyProxy>(m_server->port()); // the old one's connections end
         gSQLConnect = m_server->connectionText(m_proxy->port());
         QCOMPARE(openAndRead(), "");

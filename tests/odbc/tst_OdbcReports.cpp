@@ -2,16 +2,17 @@
 #include "MariaDb.h"
 #include "MonitoringTables.h"
 #include "core/Clock.h"
-#include "core/GrapherConfig.h"
-#include "core/Paths.h"
 #include "core/StartUp.h"
-#include "core/State.h"
-#include "core/Status.h"
+#include "data/Connection.h"
+#include "data/Queries.h"
 #include "definitions/DefinitionStores.h"
 #include "demo/DemoReports.h"
 #include "demo/MonitoringData.h"
 #include "scheduling/ReportRunner.h"
+#include "support/Lines.h"
 #include "support/Rows.h"
+#include "support/Sandbox.h"
+#include "support/Zones.h"
 
 #include <QGuiApplication>
 
@@ -42,6 +43,9 @@ int runHome(int argc, char **argv)
 
 } // namespace
 
+/// The same samples in an Access file, on a server that speaks SQL Server's dialect, and behind a
+/// data source that takes the Access dialect: every query gives the same rows, and every report the
+/// same pages.
 class tst_OdbcReports : public QObject
 {
     Q_OBJECT
@@ -49,23 +53,73 @@ class tst_OdbcReports : public QObject
 private Q_SLOTS:
     void initTestCase()
     {
-        qputenv("TZ", "Europe/Berlin");
-        qputenv("XDG_CONFIG_HOME", m_folder.filePath("config").toLocal8Bit());
-        qputenv("XDG_DATA_HOME", m_folder.filePath("data").toLocal8Bit());
+        setZone("Europe/Berlin");
+        qputenv("XDG_CONFIG_HOME", path("config").toLocal8Bit());
+        qputenv("XDG_DATA_HOME", path("data").toLocal8Bit());
         demo::MonitoringOptions options;
-        options.devices = 7; // each report has some
-        options.items = 2;
-        options.days = 3;
+        options.devices = 8; // each report has some
+        options.items = 3;
+        options.days = 4;
         options.interval = 600;
         options.until = until;
-        const demo::MonitoringPlan plan = demo::planMonitoring(options);
-        const QString file = m_folder.filePath("VTRGData.MDB");
-        demo::writeMonitoringData(file, plan);
-        m_reports = demo::demoReports(plan);
+        m_plan = demo::planMonitoring(options);
+        const QString file = path("VTRGData.MDB");
+        demo::writeMonitoringData(file, m_plan);
         m_server = std::make_unique<MariaDb>(monitoringTables(file, m_folder.path()));
         m_proxy = std::make_unique<FaultyProxy>(m_server->port());
+        saveFile(path("odbc.ini"), "[Monitoring]\nDriver=MariaDB Unicode\nSERVER=127.0.0.1\n"
+                                   "DATABASE=monitoring\nINITSTMT=SET sql_mode='MSSQL'\nPORT=" +
+                                       QByteArray::number(m_server->port()) + '\n');
+        qputenv("ODBCINI", path("odbc.ini").toLocal8Bit());
     }
     void cleanupTestCase() { m_server.reset(); }
+
+    void sameRows_data()
+    {
+        const Rows<Sql, int> row("sql", "least");
+        const QDateTime from = at("2025-06-10T00:00:00");
+        const QDateTime to = at("2025-06-15T00:00:00");
+        const QString muid = m_plan.devices[1].muid;
+        const QString two = muid + ',' + m_plan.devices[0].muid;
+        row("selection", GetDataSelectionSQL, 24);
+        row(
+            "all states", [=] { return GetStateSummarySQL(from, to, {}); }, 6);
+        row(
+            "one device's states", [=] { return GetStateSummarySQL(from, to, muid); }, 1);
+        row(
+            "two devices' states", [=] { return GetStateSummarySQL(from, to, two); }, 2);
+        const auto samples = [](int ident, const QDateTime &begin, const QDateTime &end) {
+            return [=] { return GetDataValuesSQL(QString::number(ident), begin, end); };
+        };
+        const auto &items = m_plan.devices[0].items;
+        for (const demo::MonitoredItem &item : items)
+            row(qPrintable(QString("samples of %1").arg(item.dataIdent)),
+                samples(item.dataIdent, from, to), 400);
+        row("no samples", samples(items[0].dataIdent, to.addDays(99), to.addDays(100)), 0);
+        row(
+            "devices, notes and all", [] { return "Select * from Devices"; }, 8);
+        row(
+            "data fields", [] { return "Select * from DataFields"; }, 24);
+        row(
+            "scales", [] { return "Select * from Scales"; }, 3);
+    }
+    void sameRows()
+    {
+        QFETCH(Sql, sql);
+        QFETCH(int, least);
+        Sandbox box;
+        use(Access);
+        const QStringList rows = rowsOf(sql());
+        QVERIFY2(rows.size() >= least, qPrintable(QString::number(rows.size())));
+        for (const Way way : {SqlServer, DataSource}) {
+            for (const bool fetchesWhole : {false, true}) {
+                gUseClientCursor = fetchesWhole;
+                use(way);
+                QCOMPARE(rowsOf(sql()), rows);
+            }
+        }
+        CloseDatabase();
+    }
 
     void sameTree()
     {
@@ -76,13 +130,13 @@ private Q_SLOTS:
                                text + '"');
         const Ended access = run("access");
         QVERIFY2(access.failed == 0, qPrintable(access.output));
-        QCOMPARE(access.summaries(), m_reports.count("<CUSTOMREPORT "));
+        QCOMPARE(access.summaries(), reportCount());
         m_proxy->mend();
         const Ended server = run("server");
         QVERIFY2(server.failed == 0, qPrintable(server.output));
         m_answers = m_proxy->passed();
         QVERIFY(m_answers > 10'000); // it was the server that answered
-        QCOMPARE(QString(server.output).replace(home("server"), home("access")), access.output);
+        QCOMPARE(QString(server.output).replace(path("server"), path("access")), access.output);
         compareTrees();
     }
 
@@ -106,7 +160,7 @@ private Q_SLOTS:
         QVERIFY2(broken.failed == 1, qPrintable(broken.output));
         QVERIFY2(broken.output.contains(cuts ? "Lost connection" : "[3146] The database did not"),
                  qPrintable(broken.output));
-        QCOMPARE(broken.summaries(), m_reports.count("<CUSTOMREPORT ") - 1);
+        QCOMPARE(broken.summaries(), reportCount() - 1);
         QVERIFY2(!broken.output.contains(MariaDb::password()), qPrintable(broken.output));
 
         m_proxy->mend();
@@ -116,6 +170,8 @@ private Q_SLOTS:
     }
 
 private:
+    using Sql = std::function<QString()>;
+    enum Way { Access, SqlServer, DataSource };
     struct Ended
     {
         int failed = -1;
@@ -124,24 +180,46 @@ private:
         qsizetype summaries() const { return output.count("Generating Summary: ["); }
     };
 
-    QString home(const QString &name) const { return m_folder.filePath(name); }
+    QString path(const QString &name) const { return m_folder.filePath(name); }
+
+    void use(Way way)
+    {
+        CloseDatabase();
+        gDataPath = path("");
+        gGraphDataSQL = way == SqlServer;
+        gGraphDataDSN = way == DataSource;
+        gSQLConnect = way == SqlServer ? m_server->connectionText()
+                                       : "DSN=Monitoring;UID=grapher;PWD={" +
+                                             MariaDb::password().replace("}", "}}") + "}";
+        QString message;
+        QVERIFY2(OpenDatabase(message), qPrintable(message));
+    }
+    static QStringList rowsOf(const QString &sql)
+    {
+        QStringList rows = lines(*gConnection->open(sql));
+        if (!sql.contains("ORDER BY"))
+            rows.sort();
+        return rows;
+    }
 
     /// A home with the factory's files, the demonstration's reports, and the product's
     /// configuration.
     void makeHome(const QString &name, const QByteArray &attributes)
     {
-        QVERIFY(QDir().mkpath(home(name)));
-        saveFile(home(name) + "/VantrelV6.Config",
+        QVERIFY(QDir().mkpath(path(name)));
+        saveFile(path(name) + "/VantrelV6.Config",
                  "<VANTREL " + attributes + " DataPath=\"" + m_folder.path().toUtf8() + "\"/>");
         run(name); // fills it
-        saveFile(home(name) + "/Config/ChartSelection.XML", m_reports);
+        saveFile(path(name) + "/Config/ChartSelection.XML", demo::demoReports(m_plan));
     }
+
+    qsizetype reportCount() const { return demo::demoReports(m_plan).count("<CUSTOMREPORT "); }
 
     Ended run(const QString &name) const
     {
         QProcess process;
         process.setProcessChannelMode(QProcess::MergedChannels);
-        process.start(QCoreApplication::applicationFilePath(), {"--run-home", home(name)});
+        process.start(QCoreApplication::applicationFilePath(), {"--run-home", path(name)});
         if (!process.waitForFinished(60'000) || process.exitStatus() != QProcess::NormalExit)
             return {-1, process.errorString() + process.readAll()};
         return {process.exitCode(), QString::fromUtf8(process.readAll())};
@@ -149,12 +227,12 @@ private:
 
     void compareTrees() const
     {
-        QCOMPARE(QProcess::execute("diff", {"-r", home("access/Reports"), home("server/Reports")}),
+        QCOMPARE(QProcess::execute("diff", {"-r", path("access/Reports"), path("server/Reports")}),
                  0);
     }
 
     QTemporaryDir m_folder;
-    QByteArray m_reports;
+    demo::MonitoringPlan m_plan;
     std::unique_ptr<MariaDb> m_server;
     std::unique_ptr<FaultyProxy> m_proxy;
     qint64 m_answers = 0; ///< bytes that the server sends in a run
