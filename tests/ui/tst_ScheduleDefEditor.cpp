@@ -13,16 +13,9 @@
 
 namespace {
 
-QString numbers(int first, int last, int digits)
-{
-    QStringList list;
-    for (int number = first; number <= last; ++number)
-        list.append(QString::number(number).rightJustified(digits, u'0'));
-    return list.join(u',');
-}
-
-const QString allMonthDays = numbers(1, 32, 2);
-const QString allMonths = numbers(1, 12, 2);
+const QString allMonthDays = "01,02,03,04,05,06,07,08,09,10,11,12,13,14,15,16,17,18,19,20,21,22,"
+                             "23,24,25,26,27,28,29,30,31,32";
+const QString allMonths = "01,02,03,04,05,06,07,08,09,10,11,12";
 
 clsScheduleDef scheduleOf(qint32 kind, const QString &hours, const QString &weekDays,
                           const QString &monthDays, const QString &months)
@@ -248,7 +241,7 @@ private Q_SLOTS:
 
     void runs_data()
     {
-        const QString months = numbers(1, 12, 1);
+        const QString months = "1,2,3,4,5,6,7,8,9,10,11,12";
         const Rows<clsScheduleDef, QString, QString> row("schedule", "shown", "hint");
         row("weekly", scheduleOf(Weekly, "6", "2", allMonthDays, months),
             "Monday 2026-11-23 06:00\nMonday 2026-11-30 06:00\nMonday 2026-12-07 06:00\n"
