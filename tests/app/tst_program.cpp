@@ -135,10 +135,6 @@ private Q_SLOTS:
         QCOMPARE(QDir(home("main/VTRDataRoot")).entryList(QDir::Files),
                  QStringList("VTRGData.MDB"));
 
-        const Ended again = run(in("main", {"/AUTO"}));
-        QCOMPARE(again.status, 0);
-        QVERIFY(!again.output.contains("Generating Report:"));
-
         const Ended lost = run(in("main", {"--dbpath", home("nowhere"), "/AUTO"}));
         QCOMPARE(lost.status, 1);
         QVERIFY(lost.output.contains("Error opening database 'Provider="));
