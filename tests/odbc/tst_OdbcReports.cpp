@@ -57,9 +57,9 @@ private Q_SLOTS:
         qputenv("XDG_CONFIG_HOME", path("config").toLocal8Bit());
         qputenv("XDG_DATA_HOME", path("data").toLocal8Bit());
         demo::MonitoringOptions options;
-        options.devices = 8; // each report has some
-        options.items = 3;
-        options.days = 4;
+        options.devices = 7; // each report has some
+        options.items = 2;
+        options.days = 3;
         options.interval = 600;
         options.until = until;
         m_plan = demo::planMonitoring(options);
@@ -81,7 +81,7 @@ private Q_SLOTS:
         const QDateTime to = at("2025-06-15T00:00:00");
         const QString muid = m_plan.devices[1].muid;
         const QString two = muid + ',' + m_plan.devices[0].muid;
-        row("selection", GetDataSelectionSQL, 24);
+        row("selection", GetDataSelectionSQL, 14);
         row(
             "all states", [=] { return GetStateSummarySQL(from, to, {}); }, 6);
         row(
@@ -94,12 +94,12 @@ private Q_SLOTS:
         const auto &items = m_plan.devices[0].items;
         for (const demo::MonitoredItem &item : items)
             row(qPrintable(QString("samples of %1").arg(item.dataIdent)),
-                samples(item.dataIdent, from, to), 400);
+                samples(item.dataIdent, from, to), 300);
         row("no samples", samples(items[0].dataIdent, to.addDays(99), to.addDays(100)), 0);
         row(
-            "devices, notes and all", [] { return "Select * from Devices"; }, 8);
+            "devices, notes and all", [] { return "Select * from Devices"; }, 7);
         row(
-            "data fields", [] { return "Select * from DataFields"; }, 24);
+            "data fields", [] { return "Select * from DataFields"; }, 14);
         row(
             "scales", [] { return "Select * from Scales"; }, 3);
     }
@@ -185,7 +185,7 @@ private:
     void use(Way way)
     {
         CloseDatabase();
-        gDataPath = path("");
+        gDataPath = m_folder.path() + u'/';
         gGraphDataSQL = way == SqlServer;
         gGraphDataDSN = way == DataSource;
         gSQLConnect = way == SqlServer ? m_server->connectionText()
