@@ -5,6 +5,7 @@
 #include "scheduling/ReportRunner.h"
 #include "scheduling/RunHistory.h"
 #include "support/AccessTables.h"
+#include "support/Rows.h"
 #include "support/Sandbox.h"
 #include "support/Zones.h"
 
@@ -232,6 +233,7 @@ private Q_SLOTS:
         QVERIFY(site.box.status.contains("Total Values: 10"));
         QVERIFY(site.box.status.contains("Copy template: missing.css"));
         QCOMPARE(site.box.status.filter("missing.css").size(), 2);
+        QVERIFY(!site.events.filter("2 Error copying template 'missing.css' ").isEmpty());
 
         // Once more: the charts of the last run are gone, so that they do not pile up.
         QCOMPARE(site.run(RunChoice::All).failed, 0);
@@ -392,6 +394,32 @@ private Q_SLOTS:
         // Items of a device that the database does not know are done with their report.
         QCOMPARE(seen, QStringList({"Night 0/6", "Night 1/6", "Night 2/6", "Night 3/6", "Night 4/6",
                                     "Night 5/6", "Night 6/6", "Never 6/6"}));
+    }
+
+    void countsAFailedSaveAsTrouble_data()
+    {
+        // from which status line on a file cannot be written any more
+        const Rows<QString, QString, int, QString> row("line", "file", "reports", "error");
+        row("time of the run", "Generating Summary: [", "ChartSelection.XML", 1,
+            "The time of the last run was not saved: Error saving report selections [");
+        row("custom range", "Saving chart definitions.", "ChartDefs.XML", 0,
+            "Error saving chart definitions [");
+    }
+    void countsAFailedSaveAsTrouble()
+    {
+        QFETCH(QString, line);
+        QFETCH(QString, file);
+        QFETCH(QString, error);
+        Site site;
+        setStatusSink([&](const QString &shown) {
+            if (shown.startsWith(line) && QFile::remove(site.box.path(file)))
+                site.box.write(file + "/in the way", "x");
+        });
+        const RunResult result = site.run(RunChoice::Due);
+        QCOMPARE(result.failed, 1);
+        QTEST(result.reports, "reports");
+        QVERIFY2(readRuns().front().error.startsWith(error), qPrintable(readRuns().front().error));
+        QCOMPARE(site.events.filter("1 " + error).size(), 1);
     }
 
     void beginsNoRunWithABrokenFile()
