@@ -1,7 +1,6 @@
 #pragma once
 
 #include <QString>
-#include <QVariant>
 #include <QtEndian>
 
 #include <cstdint>
@@ -119,9 +118,6 @@ public:
     qint64 instant(int column) const; ///< DateTime as milliseconds since 1970-01-01, rounded
     QString text(int column) const;   ///< Text and Memo; other types in the form of `access-export`
     QByteArray bytes(int column) const; ///< as stored; Ole and Memo as a whole
-    /// bool, int, qint64, double, QString, QByteArray, or QDateTime (UTC spec, as stored);
-    /// Currency and Numeric as QString with all their digits.
-    QVariant value(int column) const;
     /// Appends `text` as UTF-8, for exports: without a QString where the type needs none.
     void appendText(int column, QByteArray &out) const;
 

@@ -8,8 +8,6 @@
 #include "data/access/UsageMap.h"
 #include "data/access/Values.h"
 
-#include <QDateTime>
-
 #include <algorithm>
 #include <optional>
 
@@ -417,35 +415,6 @@ void RowCursor::appendText(int column, QByteArray &out) const
         return;
     default:
         return appendNumber(out, integer(column));
-    }
-}
-
-QVariant RowCursor::value(int column) const
-{
-    if (isNull(column))
-        return {};
-    const Column &c = at(column);
-    switch (c.type) {
-    case ColumnType::Boolean:
-        return integer(column) != 0;
-    case ColumnType::Byte:
-    case ColumnType::Integer:
-    case ColumnType::Long:
-    case ColumnType::Complex:
-        return static_cast<int>(integer(column));
-    case ColumnType::BigInt:
-        return integer(column);
-    case ColumnType::Single:
-    case ColumnType::Double:
-        return number(column);
-    case ColumnType::DateTime:
-    case ColumnType::DateTimeExtended:
-        return QDateTime::fromMSecsSinceEpoch(d->instantOf(c), Qt::UTC);
-    case ColumnType::Binary:
-    case ColumnType::Ole:
-        return bytes(column);
-    default:
-        return text(column);
     }
 }
 
