@@ -121,10 +121,10 @@ private Q_SLOTS:
         row("SELECT COUNT(1) AS TCOUNT FROM [DataValues] WHERE [iDate] IS NULL", "1");
         row("Select [Scales].[ScaleName] from [Scales] order by [Scales].[iScale]",
             "Milliseconds,State");
-        row("Select [MUID], [DataIDent], [ScaleAbbr] from [Scales] INNER JOIN ([Devices] INNER "
-            "JOIN "
-            "[DataFields] ON [Devices].[IDent]=[DataFields].[IDent]) ON [Scales].[iScale]="
-            "[DataFields].[iScale] where [Scales].[iScale]=5 order by [DataIDent]",
+        row("Select [MUID], [DataIDent], [ScaleAbbr] from [Scales] INNER JOIN ([Devices] "
+            "INNER JOIN [DataFields] ON [Devices].[IDent] = [DataFields].[IDent]) "
+            "ON [Scales].[iScale]=[DataFields].[iScale] "
+            "where [Scales].[iScale]=5 order by [DataIDent]",
             "7|3|ms,B2|6|ms,c3|12|ms");
         row("Select DISTINCTROW IsGlobal from DataFields where IDent=4", "0,1,1");
         row("Select 'DISTINCTROW' from Scales where iScale=5", "DISTINCTROW");

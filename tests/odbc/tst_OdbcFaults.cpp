@@ -150,16 +150,18 @@ private Q_SLOTS:
 
     void secretsStayHidden()
     {
-        // A wrong password, and a driver that quotes the statement in which it was sent.
-        const QString secret = MariaDb::password().chopped(1);
         gSQLConnect = QString(m_server->connectionText()).replace("r=et", "r=e");
         const QString message = openAndRead();
         QVERIFY2(message.contains("[1045]") && message.contains("(SQL state 28000)"),
                  qPrintable(message));
-        gSQLConnect = "DRIVER={" + secret + "};Password='" + secret + "'";
-        QVERIFY(openAndRead() != "");
+        // What is quoted as the driver's name happens to be the password.
+        gSQLConnect = "DRIVER={top-secret};Password=top-secret";
+        const QString why = openAndRead().section("' [", 1);
+        QVERIFY2(why.contains("***") && !why.contains("top-secret"), qPrintable(why));
         for (const QString &line : m_box->status + events)
-            QVERIFY2(!line.section("' [", 1).contains(secret), qPrintable(line));
+            QVERIFY2(!line.contains(MariaDb::password().chopped(1)) &&
+                         !line.contains("=top-secret"),
+                     qPrintable(line));
     }
 
     void driverThread()
