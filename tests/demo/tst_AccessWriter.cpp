@@ -69,6 +69,12 @@ private Q_SLOTS:
             QCOMPARE((map[std::size_t(row + 5 + i / 8)] >> i % 8 & 1) != 0, i >= pages);
     }
 
+    void datesCountFromTheEndOf1899()
+    {
+        QCOMPARE(accessDays(1'750'010'400'000), 45823.75); // 2025-06-15 18:00
+        QCOMPARE(accessDays(-2'209'226'400'000), -1.25);   // 1899-12-29 06:00
+    }
+
     void tablesAreListed()
     {
         m_writer->addTable("Größen", {{"a", Long}});
