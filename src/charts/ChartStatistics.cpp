@@ -125,6 +125,20 @@ CounterStatistics counterStatistics(const DataSeries &series)
     return result;
 }
 
+std::pair<double, double> valueRange(const DataSeries &series)
+{
+    std::pair<double, double> range;
+    bool any = false;
+    for (const SeriesBucket &bucket : series.buckets) {
+        if (bucket.isEmpty())
+            continue;
+        range.first = any ? std::min(range.first, bucket.least) : bucket.least;
+        range.second = any ? std::max(range.second, bucket.greatest) : bucket.greatest;
+        any = true;
+    }
+    return range;
+}
+
 double percentile95(std::vector<double> values)
 {
     if (values.empty())

@@ -4,6 +4,7 @@
 
 #include <QString>
 
+#include <utility>
 #include <vector>
 
 /// The numbers that stand on charts. Pure functions, safe on any thread. Counts are kept in 64
@@ -52,6 +53,9 @@ struct CounterStatistics
     QString footer() const;
 };
 CounterStatistics counterStatistics(const DataSeries &series);
+
+/// The least and the greatest single value of a counter in all buckets; zeros when there is none.
+std::pair<double, double> valueRange(const DataSeries &series);
 
 /// The product's 95th percentile: all values but the last in time are sorted ascending, the last
 /// keeps its place at the end, and the value number 0.95 n is taken (halves to even, from 1). So

@@ -59,20 +59,6 @@ std::vector<LegendEntry> legendOf(const CounterChart &chart, const CounterStatis
     return legend;
 }
 
-/// Least and greatest of all that is drawn.
-std::pair<double, double> reachOf(const DataSeries &series, const CounterStatistics &statistics)
-{
-    double least = statistics.least;
-    double greatest = statistics.greatest;
-    for (const SeriesBucket &bucket : series.buckets) {
-        if (bucket.isEmpty())
-            continue;
-        least = std::min(least, bucket.least);
-        greatest = std::max(greatest, bucket.greatest);
-    }
-    return {least, greatest};
-}
-
 void drawLevel(QPainter &painter, const TimePlot &plot, double value, const QPen &pen)
 {
     const double y = std::round(plot.y(value)) + 0.5;
@@ -90,7 +76,7 @@ void paintCounterChart(QPainter &painter, const CounterChart &chart, const QSize
     const std::vector<std::optional<double>> moving = movingOf(chart.series, statistics);
     const bool hasMoving = std::any_of(moving.begin(), moving.end(),
                                        [](const auto &value) { return value.has_value(); });
-    const auto [least, greatest] = reachOf(chart.series, statistics);
+    const auto [least, greatest] = valueRange(chart.series);
 
     const QString unit = valueAxis(least, greatest, chart.unit, 4).unit;
     QString axisTitle = chart.valueLabel;

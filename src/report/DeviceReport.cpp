@@ -258,9 +258,9 @@ QString DevicePage::keyFigures(const Item &item) const
     if (counter.count() == 0)
         return QStringLiteral("No data in this period");
     const auto text = [&](double value) { return readableValue(value, item.unit); };
+    const auto [least, greatest] = valueRange(item.series);
     return QStringLiteral("Mean %1, least %2, greatest %3, 95th percentile %4")
-        .arg(text(counter.mean), text(counter.least), text(counter.greatest),
-             text(counter.percentile95));
+        .arg(text(counter.mean), text(least), text(greatest), text(counter.percentile95));
 }
 
 /// What readers of the page get in place of the image; of one that is missing they learn why.

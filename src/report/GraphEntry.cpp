@@ -1,5 +1,6 @@
 #include "report/GraphEntry.h"
 
+#include "charts/ChartStatistics.h"
 #include "core/Numbers.h"
 #include "report/OutputTree.h"
 #include "report/Templates.h"
@@ -64,9 +65,6 @@ void clsGraphEntry::setSeries(const DataSeries &data)
     QStringList labelList;
     double successes = 0;
     double tests = 0;
-    double least = 0;
-    double greatest = 0;
-    bool any = false;
     for (const SeriesBucket &bucket : data.buckets) {
         labelList.append(bucket.longLabel);
         if (bucket.isEmpty()) {
@@ -86,9 +84,6 @@ void clsGraphEntry::setSeries(const DataSeries &data)
             series[0].add(bucket.mean);
             series[1].add(bucket.least);
             series[2].add(bucket.greatest);
-            least = any ? std::min(least, bucket.least) : bucket.least;
-            greatest = any ? std::max(greatest, bucket.greatest) : bucket.greatest;
-            any = true;
         }
     }
     frequency = data.frequency;
@@ -101,6 +96,7 @@ void clsGraphEntry::setSeries(const DataSeries &data)
     series3Total = series[2].total();
     if (state) // rates do not add up: the whole period's rate instead
         series3Total = tests > 0 ? trimmedNumber(successes / tests * 100, 6) : blank;
+    const auto [least, greatest] = valueRange(data);
     lowRange = state ? QStringLiteral("0") : trimmedNumber(least, 6);
     upperRange = state ? QStringLiteral("100") : trimmedNumber(greatest, 6);
     ranged = state ? QStringLiteral("true") : QStringLiteral("false");
