@@ -69,8 +69,21 @@ QString plainNumber(double value)
     return QString::number(value, 'f', QLocale::FloatingPointShortest);
 }
 
+/// Whether a double of this size has no more than that many decimals of its own: further ones would
+/// be those of its binary form.
+static bool isBeyond(double value, int decimals)
+{
+    return std::abs(value) * std::pow(10, decimals) >= 9e15;
+}
+
 QString trimmedNumber(double value, int mostDecimals)
 {
+    if (isBeyond(value, mostDecimals)) {
+        const QString shortest = plainNumber(value);
+        const qsizetype point = shortest.indexOf(u'.');
+        if (point < 0 || shortest.size() - point - 1 <= mostDecimals)
+            return shortest;
+    }
     QString text = decimalText(value, mostDecimals);
     if (mostDecimals > 0) {
         while (text.endsWith(u'0'))
@@ -84,9 +97,8 @@ QString trimmedNumber(double value, int mostDecimals)
 QString fixedNumber(double value, int decimals)
 {
     const double shift = std::pow(10, decimals);
-    const double shifted = value * shift;
-    const bool isExact = std::abs(shifted) < 9e15; // beyond, a double has no such decimals
-    return decimalText(isExact ? std::nearbyint(shifted) / shift : value, decimals);
+    return decimalText(isBeyond(value, decimals) ? value : std::nearbyint(value * shift) / shift,
+                       decimals);
 }
 
 QString groupedNumber(double value, int decimals)

@@ -12,8 +12,9 @@ namespace {
 // Wide enough for the sum of as many values as there can be, so that no sum overflows.
 __extension__ using WideInteger = __int128;
 
-constexpr double unitsPerOne = 10'000; // values count in ten-thousandths
+constexpr int unitsPerOne = 10'000; // values count in ten-thousandths
 constexpr double mostUnits = 9.223372036854775e18;
+constexpr double mostExact = 9'007'199'254'740'992; // up to here a double holds every integer
 
 qint64 unitsOf(double value)
 {
@@ -21,7 +22,19 @@ qint64 unitsOf(double value)
     if (!(std::abs(units) <= mostUnits))
         throw Error(Overflow,
                     QStringLiteral("Overflow: the value %1 is too large to be summed").arg(value));
-    return static_cast<qint64>(units);
+    if (std::abs(units) <= mostExact)
+        return static_cast<qint64>(units);
+    // The product has lost digits that the value has.
+    const double whole = std::trunc(value);
+    return static_cast<qint64>(whole) * unitsPerOne +
+           static_cast<qint64>(std::nearbyint((value - whole) * unitsPerOne));
+}
+
+/// A fixed-point number as a double, with all the digits that one can hold.
+double fromFixedPoint(WideInteger number, int perOne)
+{
+    return static_cast<double>(number / perOne) +
+           static_cast<double>(number % perOne) / static_cast<double>(perOne);
 }
 
 /// Quotient rounded to the nearest integer, halves to the even one; `divisor` > 0.
@@ -73,9 +86,9 @@ public:
         if (m_row.ValueCount > 0) {
             // Millionths are a hundredth of the unit.
             const WideInteger millionths = dividedHalfEven(m_sum * 100, m_row.ValueCount);
-            m_row.avgiValue = static_cast<double>(millionths) / 1e6;
-            m_row.miniValue = static_cast<double>(m_least) / unitsPerOne;
-            m_row.maxiValue = static_cast<double>(m_greatest) / unitsPerOne;
+            m_row.avgiValue = fromFixedPoint(millionths, 1'000'000);
+            m_row.miniValue = fromFixedPoint(m_least, unitsPerOne);
+            m_row.maxiValue = fromFixedPoint(m_greatest, unitsPerOne);
         }
         return std::move(m_row);
     }

@@ -54,6 +54,9 @@ private Q_SLOTS:
         QCOMPARE(trimmedNumber(100, 0), "100");
         QCOMPARE(trimmedNumber(0.0004, 4), "0.0004");
         QCOMPARE(trimmedNumber(-0.00001, 4), "0");
+        QCOMPARE(trimmedNumber(372463341316.0925, 6), "372463341316.0925");
+        QCOMPARE(trimmedNumber(-80467227701433, 6), "-80467227701433");
+        QCOMPARE(trimmedNumber(9123456789.1234567, 6), "9123456789.123457");
         QCOMPARE(groupedNumber(1234567.891, 2), "1,234,567.89");
         QCOMPARE(groupedNumber(-123, 0), "-123");
         QCOMPARE(groupedNumber(-123456, 1), "-123,456.0");
