@@ -9,7 +9,7 @@ StaticRecordset devices()
     const QVariant none;
     ListRecordset rows({"IDent", "MUID", "MachName", "Load"}, {{qint64(3), "a1", "Zürich", 0.5},
                                                                {qint64(4), "B2", "zÜRICH", 1e6},
-                                                               {qint64(5), "03", "O'Brien", none},
+                                                               {qint64(5), "03", "O'Brien's", none},
                                                                {qint64(3), "C3", none, 21.0}});
     return StaticRecordset(rows);
 }
@@ -36,7 +36,7 @@ private Q_SLOTS:
         row.each({{"", "a1,B2,03,C3"}, {"[MUID]='A1'", "a1"}, {"[muid]='b2'", "B2"}});
         row.each({{"MUID='none'", ""}, {"[MachName]='ZÜrich'", "a1,B2"}, {"[MachName]=''", ""}});
         row.each(
-            {{"[MachName]='O''Brien'", "03"}, {"[IDent]=3", "a1,C3"}, {"[IDent]='3'", "a1,C3"}});
+            {{"[MachName]='O''Brien''s'", "03"}, {"[IDent]=3", "a1,C3"}, {"[IDent]='3'", "a1,C3"}});
         row.each({{"[IDent]='3.0'", "a1,C3"}, {"[IDent]='x'", ""}, {"[MUID]='3'", ""}});
         row.each({{"[Load]=0.5", "a1"}, {"[Load]=1000000", "B2"}, {"[Load]='1e6'", "B2"}});
         row.each({{"[Load]=21", "C3"}, {"[IDent]='3' and [MUID]='c3'", "C3"}});
