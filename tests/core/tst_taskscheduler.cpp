@@ -6,6 +6,8 @@
 #include <QProcess>
 #include <QTest>
 
+#include <unistd.h>
+
 using namespace platform;
 
 namespace {
@@ -235,6 +237,22 @@ private Q_SLOTS:
         writeSystemctl(1);
         const Error error = errorOf([&] { scheduler->taskList(); });
         QVERIFY2(error.description.contains("the spool is gone"), error.what());
+    }
+
+    /// In a mount namespace, so that the tester's own crontab is neither seen nor changed.
+    void worksWithTheRealCrontab()
+    {
+        if (::geteuid() != 0)
+            QSKIP("only root can give crontab(1) a spool of the test's own");
+        const QByteArray lines = withTask("5 4 * * * keep\n", hourlyTask());
+        box->write("added", lines);
+        QVERIFY(QDir(box->path()).mkdir("spool"));
+        QCOMPARE(outputOf("unshare", {"--mount", "sh", "-ec",
+                                      "mount --bind " + box->path("spool") +
+                                          " /var/spool/cron/crontabs; PATH=/usr/bin:/bin; "
+                                          "crontab - < " +
+                                          box->path("added") + "; crontab -l"}),
+                 lines);
     }
 };
 
