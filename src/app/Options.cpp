@@ -141,15 +141,15 @@ Opens its window, unless one of these options says what to do without it:
   --check            read every definition, configuration and template, follow every reference,
                      and print what is wrong as file:line:column: text
 
-  --register         have the system start /AUTO every hour, with --home and --dbpath as given:
-                     a systemd user timer, else the crontab; on Windows the Task Scheduler
+  --register         have the system start /AUTO every hour, with the folders named here: a
+                     systemd user timer, else the crontab; on Windows the Task Scheduler
   --unregister       take that back
   --registered       show whether and how the program is registered
 
   --help             show this text
   --version          show the version
 
-Exit status: 0 done, nothing due included; 1 a report failed; 2 wrong options, unreadable
-configuration or findings of --check; 3 another instance runs; 4 cancelled.
+Exit status: 0 done, nothing due included; 1 a report failed; 2 wrong options, configuration or
+definitions that cannot be read, findings of --check; 3 another instance runs; 4 cancelled.
 )");
 }
