@@ -33,8 +33,9 @@ qint64 unitsOf(double value)
 /// A fixed-point number as a double, with all the digits that one can hold.
 double fromFixedPoint(WideInteger number, int perOne)
 {
-    return static_cast<double>(number / perOne) +
-           static_cast<double>(number % perOne) / static_cast<double>(perOne);
+    const WideInteger whole = number / perOne;
+    const WideInteger rest = number % perOne;
+    return static_cast<double>(whole) + static_cast<double>(rest) / perOne;
 }
 
 /// Quotient rounded to the nearest integer, halves to the even one; `divisor` > 0.
