@@ -13,6 +13,15 @@ QString slotText(const QDateTime &slot)
     return slot.toString(QStringLiteral("yyyy-MM-dd HH:mm"));
 }
 
+/// Whether there is no slot, neither from now on nor from half a year later: one that comes once a
+/// year may be 366 days away, which is further than the search reaches.
+bool neverRuns(const clsScheduleDef &schedule)
+{
+    constexpr int halfAYear = 180; // days
+    return nextRuns(schedule, now(), 1).empty() &&
+           nextRuns(schedule, now().addDays(halfAYear), 1).empty();
+}
+
 /// The slot that one schedule serves next, and in words why it is due or not.
 DueState stateUnder(const clsReportSchedule &entry)
 {
@@ -27,7 +36,7 @@ DueState stateUnder(const clsReportSchedule &entry)
         state.why = name + QLatin1String(" is switched off");
         return state;
     }
-    if (!state.due && nextRuns(*found, now(), 1).empty()) {
+    if (!state.due && neverRuns(*found)) {
         state.why = name + QLatin1String(" never runs");
         return state;
     }
