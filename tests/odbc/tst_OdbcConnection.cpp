@@ -84,6 +84,20 @@ private Q_SLOTS:
         }
     }
 
+    /// As drivers hand out types that they do not know.
+    void datesThatComeAsText()
+    {
+        setZone("Europe/Berlin"); // where this wall time does not exist
+        const auto connection = connect();
+        const auto rows = connection->open("SELECT '2024-03-31 02:05:09.1230000' AS at, "
+                                           "'2024-03-31T02:05:09' AS iso, 'soon' AS word");
+        QVERIFY(rows->next());
+        QCOMPARE(rows->instant(0), utc("2024-03-31T02:05:09.123"));
+        QCOMPARE(rows->instant(1), utc("2024-03-31T02:05:09"));
+        const Error error = errorOf([&] { rows->instant(2); });
+        QVERIFY2(error.description.contains("'word' holds 'soon'"), error.what());
+    }
+
     void nullsOfEveryType()
     {
         const auto connection = connect();

@@ -5,6 +5,8 @@
 #include "data/odbc/Link.h"
 #include "data/odbc/Statement.h"
 
+#include <QDateTime>
+
 #include <chrono>
 #include <cstring>
 
@@ -27,6 +29,18 @@ qint64 instantOfStamp(const SQL_TIMESTAMP_STRUCT &stamp)
                               minutes(stamp.minute) + seconds(stamp.second) +
                               milliseconds((stamp.fraction + 500'000) / 1'000'000);
     return time.count();
+}
+
+/// Old drivers hand out `datetime2` as a text, "2024-03-01 07:05:09.1234567". Throws Error naming
+/// the column for any other text.
+qint64 instantOfText(const QString &text, const QString &column)
+{
+    const QDateTime time = QDateTime::fromString(text.trimmed() + u'Z', Qt::ISODateWithMs);
+    if (!time.isValid())
+        throw Error(TypeMismatch,
+                    QStringLiteral("The column '%1' holds '%2', which is no date with a time")
+                        .arg(column, text));
+    return time.toMSecsSinceEpoch();
 }
 
 } // namespace
@@ -179,6 +193,8 @@ qint64 OdbcRecordset::instant(int column) const
     const Cell from = cell(column);
     if (from.isNull)
         return 0;
+    if (from.kind == CellKind::Text)
+        return instantOfText(*from.text, m_names[column]);
     return from.kind == CellKind::Instant ? from.instant() : instantOfDay(number(column));
 }
 
