@@ -116,7 +116,7 @@ function fillTable() {
   fold.addEventListener('toggle', fill);
   fold.open = count <= 31;
   fold.hidden = false;
-  if (unit) table.append(make('caption', {}, `Values in ${unit}`));
+  if (unit && !state) table.append(make('caption', {}, `Values in ${unit}`));
 }
 
 // ---- Drawing

@@ -22,6 +22,7 @@ namespace {
 
 const QString imageName = QStringLiteral("DEVSUM.PNG");
 const QString overallName = QStringLiteral("OVERALL.PNG");
+const QString citedTransparentImage = QLatin1String("../") + transparentImage;
 
 void copyTransparentImage(const QString &path)
 {
@@ -50,13 +51,15 @@ clsChartImageRef DrawDeviceSummaryImage(const ReportContext &context,
     return image;
 }
 
-/// Draws the success rate of all the report's state items over its period.
+/// Draws the success rate of all the report's state items over its period. Without any such item
+/// the image is the transparent one, and cited as that.
 clsChartImageRef drawOverallImage(const ReportContext &context)
 {
     clsChartImageRef image{overallName, QSize(gConfig->IMG_Width, gConfig->IMG_Height), {}};
     const QString path = reportFolder(context.report) + overallName;
-    if (stateStatistics(context.overall).bucketsWithData == 0) {
+    if (context.overall.buckets.empty()) {
         copyTransparentImage(path);
+        image.fileName = citedTransparentImage;
         return image;
     }
     Chart chart = StateChart{chartFrame(context, context.chart.ChartTitle,
@@ -67,9 +70,19 @@ clsChartImageRef drawOverallImage(const ReportContext &context)
     return image;
 }
 
-/// The key figures of the overall image.
-QString overallAlternative(const ReportContext &context)
+QString notDrawnText(const Error &problem)
 {
+    return htmlEscaped(
+        QStringLiteral("This chart could not be drawn: %1").arg(problem.description));
+}
+
+/// The key figures of the overall image; nothing where no state item is charted.
+QString overallAlternative(const ReportContext &context, const Outcome &problem)
+{
+    if (problem)
+        return notDrawnText(*problem);
+    if (context.overall.buckets.empty())
+        return QString();
     const StateStatistics figures = stateStatistics(context.overall);
     const qint64 tests = figures.successes + figures.failures;
     if (tests == 0)
@@ -109,9 +122,10 @@ QString worstRows(const std::vector<DeviceCounts> &devices, const QString &rowTe
 QString summaryAlternative(const StateRow &total, size_t devices, const Outcome &problem)
 {
     if (problem)
-        return htmlEscaped(
-            QStringLiteral("This chart could not be drawn: %1").arg(problem->description));
-    QString text = QStringLiteral("Success rate by device, %1 devices: ").arg(devices);
+        return notDrawnText(*problem);
+    QString text = QStringLiteral("Success rate by device, %1 %2: ")
+                       .arg(devices)
+                       .arg(devices == 1 ? QLatin1String("device") : QLatin1String("devices"));
     if (total.tests() == 0)
         text += QLatin1String("no data in this period");
     else
@@ -163,9 +177,11 @@ void GenerateReportSummary(const ReportContext &context, const std::vector<Devic
                           static_cast<double>(device.failures));
     }
     const clsChartImageRef image = DrawDeviceSummaryImage(context, devices, total.tests() == 0);
-    const clsChartImageRef overall = drawOverallImage(context);
+    clsChartImageRef overall = drawOverallImage(context);
     const Outcome problem = finishImage(context, image);
-    finishImage(context, overall);
+    const Outcome overallProblem = finishImage(context, overall);
+    if (overallProblem)
+        overall.fileName = citedTransparentImage;
 
     const QString folder = reportFolder(report);
     const QString range = dateRangeText(context.chart.StartTime, context.chart.EndTime);
@@ -184,7 +200,7 @@ void GenerateReportSummary(const ReportContext &context, const std::vector<Devic
         {QLatin1String("overall.graph"), overall.fileName},
         {QLatin1String("overall.width"), QString::number(overall.size.width())},
         {QLatin1String("overall.height"), QString::number(overall.size.height())},
-        {QLatin1String("overall.alt"), overallAlternative(context)},
+        {QLatin1String("overall.alt"), overallAlternative(context, overallProblem)},
         {QLatin1String("report.note"), noteText(context.outcome)},
         {QLatin1String("report.worst"), worstRows(devices, context.builder.STATE_DetailItem)},
     };

@@ -63,6 +63,7 @@ const kinds = {
   'title page': 'Rall/TOP.HTM',
   'report page': 'Rall/REPORT.HTM',
   'report page without failures': 'Rfine/REPORT.HTM',
+  'report page without data': 'Rsilent/REPORT.HTM',
   'summary': 'Rall/SUMMARY.HTM',
   'device list': 'Rall/DEVLIST.HTM',
   'device page': 'Rall/M1/DEVREP.HTM',
@@ -171,9 +172,20 @@ async function checkLists() {
   const entries = await tab.$$eval('#reports > li', (list) => list.map((entry) => ({
     text: entry.innerText, links: entry.querySelectorAll('a[href]').length })));
   const never = entries.find((entry) => entry.text.includes('Never run'));
-  expect(entries.length === 4 && never?.links === 0, 'list of reports', 'a report that never ran has links');
+  expect(entries.length === 10 && never?.links === 0, 'list of reports', 'a report that never ran has links');
   const ran = entries.find((entry) => entry.text.includes('All devices'));
   expect(ran?.links === 3 && /2 of 4 devices with failures/.test(ran.text), 'list of reports', `a report that ran shows "${ran?.text}"`);
+  await tab.type('.find input', 'all DEV');
+  const found = await tab.$eval('.find output', (output) => output.textContent);
+  const shown = await tab.$$eval('#reports > li', (list) => list.filter((entry) => entry.checkVisibility()).map((entry) => entry.innerText));
+  expect(found === '1 of 10' && shown.length === 1 && shown[0].includes('All devices'), 'search box', `finds "${found}": ${shown}`);
+  await Promise.all([tab.waitForNavigation(), tab.keyboard.press('Enter')]);
+  expect(tab.url().endsWith('Rall/REPORT.HTM'), 'search box', `Enter leads to ${tab.url()}`);
+
+  await tab.goto(address('Rsilent/REPORT.HTM'));
+  const boxes = await tab.$$eval('.chart img', (list) => list.map((image) => image.clientHeight));
+  const words = await tab.$eval('.worst', (section) => section.innerText);
+  expect(boxes[0] > 300 && boxes[1] === 1 && !words.includes('No test failed'), 'report without data', `shows ${boxes}, "${words}"`);
 
   await tab.goto(address('Rall/SUMMARY.HTM'));
   const table = () => tab.$$eval('tbody tr', (rows) => rows.map((row) => [...row.cells].map((cell) => cell.textContent)));

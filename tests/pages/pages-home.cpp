@@ -183,15 +183,20 @@ void writeHome(const QString &home)
         chartElement(QStringLiteral("hours"), QStringLiteral("Last week by hour"), 1, 60, 168) +
         chartElement(QStringLiteral("minutes"), QStringLiteral("Last week by 5 minutes"), 0, 5,
                      2016);
-    const QString reports =
+    QString reports =
         reportElement(QStringLiteral("all"), QStringLiteral("All devices"), QStringLiteral("hours"),
                       {1, 2, 3, 4}) +
         reportElement(QStringLiteral("fine"), QStringLiteral("Nothing failed"),
                       QStringLiteral("hours"), {4}) +
         reportElement(QStringLiteral("long"), QStringLiteral("Long series"),
                       QStringLiteral("minutes"), {1}) +
+        reportElement(QStringLiteral("silent"), QStringLiteral("Nothing heard"),
+                      QStringLiteral("hours"), {3}) +
         reportElement(QStringLiteral("never"), QStringLiteral("Never run & <b>named</b> so"),
                       QStringLiteral("hours"), {1});
+    for (int i = 1; i <= 5; ++i) // more than one takes in at a glance
+        reports += reportElement(QStringLiteral("spare%1").arg(i),
+                                 QStringLiteral("Spare %1").arg(i), QStringLiteral("hours"), {});
     saveFile(home + QLatin1String("/Config/ChartDefs.XML"),
              QStringLiteral("<CHARTDEFS>\n%1</CHARTDEFS>\n").arg(charts).toUtf8());
     saveFile(home + QLatin1String("/Config/ChartSelection.XML"),
