@@ -6,7 +6,9 @@
 #include "charts/Coverage.h"
 #include "support/Rows.h"
 
+#include <QBuffer>
 #include <QLocale>
+#include <QPdfWriter>
 #include <QRegularExpression>
 
 #include <cmath>
@@ -262,10 +264,21 @@ private Q_SLOTS:
         }
     }
 
-    /// Beside another drawing, moved: the same picture as an image of its own.
+    /// On a paged vector device; and beside another drawing, moved: the same picture as an image of
+    /// its own.
     void paintsOnAnyPainter()
     {
         const Chart chart = counterOf({1, 5, 2, noValue, 8}, 1);
+        QBuffer buffer;
+        buffer.open(QIODevice::WriteOnly);
+        {
+            QPdfWriter writer(&buffer);
+            QPainter page(&writer);
+            page.scale(writer.width() / 640.0, writer.width() / 640.0);
+            paintChart(page, chart, QSizeF(640, 390));
+        }
+        QVERIFY(buffer.data().startsWith("%PDF"));
+        QVERIFY(buffer.data().contains("/FontFile")); // letters, not pictures of them
         QImage wide(700, 450, QImage::Format_RGB32);
         wide.fill(Qt::black);
         QPainter painter(&wide);
