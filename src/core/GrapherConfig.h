@@ -36,7 +36,7 @@ public:
     QString TOU_REP_Top;
     QString TOU_REP_TOC;
     QString TOU_REP_Summary;
-    QString TOU_DEV_SUM_IMAGE;
+    QString TOU_DEV_SUM_IMAGE; ///< kept for the file's sake: the image is always DEVSUM.PNG
 
     QString IMG_Format;
     qint32 IMG_Width = 640;  ///< pixels

@@ -127,7 +127,8 @@ public:
     {
         return QStringLiteral("A task without a password runs only while its user is logged on. "
                               "To have it run always, unregister it and register it in the window, "
-                              "menu \"Automated Reporting\", with the password of its account.");
+                              "menu \"Tools\", \"Automated Reporting\", with the password of "
+                              "its account.");
     }
 
 private:
