@@ -42,7 +42,7 @@ QSize ChartPreview::sizeHint() const
 
 QSize ChartPreview::minimumSizeHint() const
 {
-    return {320, 200};
+    return {280, 180};
 }
 
 void ChartPreview::draw()

@@ -3,6 +3,7 @@
 #include "core/Error.h"
 #include "ui/HelpViewer.h"
 #include "ui/Messages.h"
+#include "ui/ScrollPane.h"
 #include "ui/UiState.h"
 
 #include <QButtonGroup>
@@ -13,7 +14,7 @@
 EditorDialog::EditorDialog(const QString &name, const QString &helpPage, QWidget *parent)
     : QDialog(parent)
     , m_tag(QStringLiteral("CANCEL"))
-    , m_content(new QWidget(this))
+    , m_content(new QWidget)
     , m_buttons(new QDialogButtonBox(
           QDialogButtonBox::Ok | QDialogButtonBox::Cancel | QDialogButtonBox::Help, this))
 {
@@ -21,7 +22,7 @@ EditorDialog::EditorDialog(const QString &name, const QString &helpPage, QWidget
     setModal(true);
     setSizeGripEnabled(true);
     auto *layout = new QVBoxLayout(this);
-    layout->addWidget(m_content, 1);
+    layout->addWidget(new ScrollPane(m_content), 1);
     layout->addWidget(m_buttons);
     m_buttons->button(QDialogButtonBox::Ok)->setObjectName(QStringLiteral("cmdOK"));
     m_buttons->button(QDialogButtonBox::Cancel)->setObjectName(QStringLiteral("cmdCancel"));

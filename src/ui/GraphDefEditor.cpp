@@ -17,7 +17,6 @@
 #include <QLineEdit>
 #include <QPushButton>
 #include <QRadioButton>
-#include <QScreen>
 #include <QScrollArea>
 #include <QScrollBar>
 #include <QSpinBox>
@@ -182,8 +181,7 @@ frmGraphDefEditor::frmGraphDefEditor(QWidget *parent)
     warnings->addWidget(lblWarningIcon);
     warnings->addWidget(lblWarnings, 1);
     layout->addLayout(warnings);
-    resize(QSize(1060, fields->sizeHint().height() + 140)
-               .boundedTo(screen()->availableSize() - QSize(40, 60)));
+    resize(1060, fields->sizeHint().height() + 140);
 
     m_debounce.setSingleShot(true);
     m_debounce.setInterval(previewDelay);

@@ -9,12 +9,13 @@
 #include <QHeaderView>
 #include <QScreen>
 #include <QSplitter>
+#include <QStyle>
 #include <QWidget>
 
 namespace {
 
 constexpr auto group = "VTRGRAPHER";
-constexpr int leastVisible = 64; ///< pixels of a title bar that can be seen and dragged
+constexpr int border = 4; ///< pixels that frames commonly have beside and below a window
 
 QString layoutFile()
 {
@@ -93,17 +94,18 @@ void restoreHeader(QHeaderView &header, const pugi::xml_node &element)
                                             : Qt::AscendingOrder);
 }
 
-/// The rectangle itself when its title bar can be reached on some screen; else moved onto the
-/// nearest one, and made no larger than that.
-QRect onScreen(QRect place)
+/// What a window can take of its screen; the frame around it is known only once it is shown.
+QRect roomFor(const QWidget *window, const QScreen *screen)
 {
-    const QRect title(place.left(), place.top(), place.width(), leastVisible / 2);
-    for (const QScreen *screen : QGuiApplication::screens()) {
-        const QRect seen = screen->availableGeometry() & title;
-        if (seen.width() >= leastVisible && seen.height() >= leastVisible / 4)
-            return place;
-    }
-    const QRect room = QGuiApplication::primaryScreen()->availableGeometry();
+    const int title = window->style()->pixelMetric(QStyle::PM_TitleBarHeight, nullptr, window);
+    return screen->availableGeometry().adjusted(border, title + border, -border, -border);
+}
+
+/// The rectangle wholly on the screen that shows its middle, else on the first one.
+QRect onScreen(const QWidget *window, QRect place)
+{
+    const QScreen *shown = QGuiApplication::screenAt(place.center());
+    const QRect room = roomFor(window, shown ? shown : QGuiApplication::primaryScreen());
     place.setSize(place.size().boundedTo(room.size()));
     place.moveLeft(std::clamp(place.left(), room.left(), room.right() + 1 - place.width()));
     place.moveTop(std::clamp(place.top(), room.top(), room.bottom() + 1 - place.height()));
@@ -149,8 +151,18 @@ void saveContent(const QWidget *window, pugi::xml_node element)
 
 } // namespace
 
+void fitToScreen(QWidget *window)
+{
+    const QSize room = roomFor(window, window->screen()).size();
+    QSize size = window->testAttribute(Qt::WA_Resized) ? window->size() : window->sizeHint();
+    if (size.height() > room.height()) // it gets a scroll bar
+        size.rwidth() += window->style()->pixelMetric(QStyle::PM_ScrollBarExtent, nullptr, window);
+    window->resize(size.boundedTo(room));
+}
+
 bool restoreWindowState(QWidget *window)
 {
+    fitToScreen(window);
     pugi::xml_document document;
     readLayouts(document);
     const pugi::xml_node element =
@@ -161,7 +173,7 @@ bool restoreWindowState(QWidget *window)
         const QSize size(integerAttr(element, "Width", 0), integerAttr(element, "Height", 0));
         const QPoint corner(integerAttr(element, "Left", 0), integerAttr(element, "Top", 0));
         if (!size.isEmpty())
-            window->setGeometry(onScreen(QRect(corner, size)));
+            window->setGeometry(onScreen(window, QRect(corner, size)));
         restoreContent(window, element);
         if (integerAttr(element, "Maximized", 0) != 0)
             window->setWindowState(window->windowState() | Qt::WindowMaximized);

@@ -9,8 +9,11 @@ class QWidget;
 /// those without a name are left alone. A file that is missing or damaged, or one that cannot be
 /// written, is no error: the windows then open in their usual layout.
 
-/// False when nothing is known of the window; it then keeps its layout. A window whose screen has
-/// gone comes back on one that is there.
+/// False when nothing is known of the window; it then keeps its layout. Either way it comes up
+/// wholly on a screen, made smaller where the screen is.
 bool restoreWindowState(QWidget *window);
+
+/// Makes a window that is not shown yet no larger than its screen, as its frame allows.
+void fitToScreen(QWidget *window);
 
 void saveWindowState(QWidget *window);

@@ -21,12 +21,13 @@ namespace {
 class TextEditor : public EditorDialog
 {
 public:
-    TextEditor()
+    explicit TextEditor(const QSize &least = {})
         : EditorDialog("frmText", "index.html", nullptr)
         , text(new QLineEdit(content()))
     {
         auto *layout = new QVBoxLayout(content());
         layout->addWidget(text);
+        text->setMinimumSize(least);
         markUnchanged();
         show();
     }
@@ -109,6 +110,27 @@ private Q_SLOTS:
         QCOMPARE(editor.tag(), QString("SAVE"));
     }
 
+    void fitsItsScreen_data()
+    {
+        const Rows<QSize, bool> row("content", "isWhole");
+        row("room for all", QSize(600, 650), true);
+        row("too high", QSize(600, 900), false);
+        row("too large", QSize(2000, 2000), false);
+    }
+    void fitsItsScreen()
+    {
+        QFETCH(QSize, content);
+        const Sandbox sandbox;
+        const TextEditor editor(content);
+        const auto *cmdOK = editor.findChild<QPushButton *>("cmdOK");
+        const QRect screen = editor.screen()->availableGeometry();
+        QVERIFY(screen.contains(editor.frameGeometry())); // offscreen: 800 by 800
+        QCOMPARE(cmdOK->visibleRegion().boundingRect(), cmdOK->rect());
+        QCoreApplication::processEvents(); // layouts settle
+        const QRect shown = editor.text->visibleRegion().boundingRect();
+        QTEST(shown == editor.text->rect(), "isWhole");
+    }
+
     void layoutsComeBack()
     {
         const Sandbox sandbox;
@@ -149,6 +171,8 @@ private Q_SLOTS:
             begin + "Odd' Left='-9000' Top='7000' Width='300' Height='200'" + end, true);
         row("title bar above the screen",
             begin + "Odd' Left='10' Top='-150' Width='300' Height='200'" + end, true);
+        row("over an edge", begin + "Odd' Left='700' Top='650' Width='300' Height='200'" + end,
+            true);
         row("larger than any screen",
             begin + "Odd' Left='5000' Top='0' Width='20000' Height='20000'" + end, true);
     }
