@@ -1,6 +1,7 @@
 #include "ui/EditorDialog.h"
 
 #include "core/Error.h"
+#include "ui/ActiveWindow.h"
 #include "ui/HelpViewer.h"
 #include "ui/Messages.h"
 #include "ui/ScrollPane.h"
@@ -32,6 +33,7 @@ EditorDialog::EditorDialog(const QString &name, const QString &helpPage, QWidget
     connect(m_buttons, &QDialogButtonBox::helpRequested, this,
             [this, helpPage] { showHelp(helpPage, this); });
     openHelpOnF1(this, helpPage);
+    activateAfterDialogs(this);
 }
 
 void EditorDialog::markUnchanged()

@@ -2,6 +2,7 @@
 // MainWindow.cpp.
 
 #include "core/State.h"
+#include "ui/ActiveWindow.h"
 #include "ui/HelpViewer.h"
 #include "ui/MainWindow.h"
 #include "ui/ReportList.h"
@@ -110,6 +111,7 @@ frmGrapherMain::frmGrapherMain(platform::TaskScheduler &scheduler, QStringList t
     connect(lvReports, &QAbstractItemView::doubleClicked, this, &frmGrapherMain::modifyReport);
     connect(lvReports, &QWidget::customContextMenuRequested, this, &frmGrapherMain::showMenu);
     openHelpOnF1(this, QStringLiteral("main-window.html"));
+    activateAfterDialogs(this);
     setStatusSink([this](const QString &line) {
         txtStatusInfo->addLine(line);
         yield();
