@@ -83,11 +83,8 @@ SchedulePicker::SchedulePicker(QWidget *parent)
     connect(lvSchedules, &QListWidget::itemDoubleClicked, this, &SchedulePicker::change);
     connect(lvSchedules, &QListWidget::itemChanged, this, &SchedulePicker::showRuns);
     connect(lvSchedules, &QListWidget::currentItemChanged, this,
-            [this](const QListWidgetItem *current) {
-                cmdScheduleModify->setEnabled(
-                    current && gScheduleDefs.contains(current->data(idRole).toString()));
-            });
-    fill({});
+            [this] { cmdScheduleModify->setEnabled(gScheduleDefs.contains(currentId())); });
+    fill({}, {});
 }
 
 void SchedulePicker::setSelection(const Collection<clsReportSchedule> &schedules)
@@ -96,7 +93,7 @@ void SchedulePicker::setSelection(const Collection<clsReportSchedule> &schedules
     QStringList ids;
     for (const auto &schedule : schedules)
         ids.append(schedule->ScheduleID);
-    fill(ids);
+    fill(ids, currentId());
 }
 
 Collection<clsReportSchedule> SchedulePicker::selection() const
@@ -120,10 +117,8 @@ QString SchedulePicker::selectionText() const
 }
 
 /// Lists all schedules in the order of their names, behind those that are not defined any more.
-void SchedulePicker::fill(const QStringList &checked)
+void SchedulePicker::fill(const QStringList &checked, const QString &current)
 {
-    const QListWidgetItem *current = lvSchedules->currentItem();
-    const QString currentId = current ? current->data(idRole).toString() : QString();
     lvSchedules->clear();
     for (const auto &former : m_former) {
         if (!gScheduleDefs.contains(former->ScheduleID))
@@ -136,12 +131,10 @@ void SchedulePicker::fill(const QStringList &checked)
                checked.contains(schedule->ScheduleID, Qt::CaseInsensitive));
     lvSchedules->setCurrentRow(0);
     for (int row = 0; row < lvSchedules->count(); ++row) {
-        if (lvSchedules->item(row)->data(idRole).toString() == currentId)
+        if (lvSchedules->item(row)->data(idRole).toString() == current)
             lvSchedules->setCurrentRow(row);
     }
-    cmdScheduleModify->setEnabled(
-        lvSchedules->currentItem() &&
-        gScheduleDefs.contains(lvSchedules->currentItem()->data(idRole).toString()));
+    cmdScheduleModify->setEnabled(gScheduleDefs.contains(currentId()));
     showRuns();
 }
 
@@ -156,6 +149,12 @@ void SchedulePicker::addRow(const QString &id, const QString &name, bool checked
     row->setFlags(Qt::ItemIsEnabled | Qt::ItemIsSelectable | Qt::ItemIsUserCheckable);
     row->setCheckState(checked ? Qt::Checked : Qt::Unchecked);
     lvSchedules->addItem(row);
+}
+
+QString SchedulePicker::currentId() const
+{
+    const QListWidgetItem *current = lvSchedules->currentItem();
+    return current ? current->data(idRole).toString() : QString();
 }
 
 QStringList SchedulePicker::checkedIds() const
@@ -176,9 +175,7 @@ void SchedulePicker::add()
 
 void SchedulePicker::change()
 {
-    const QListWidgetItem *current = lvSchedules->currentItem();
-    const auto schedule = current ? gScheduleDefs.find(current->data(idRole).toString()) : nullptr;
-    if (schedule)
+    if (const auto schedule = gScheduleDefs.find(currentId()))
         edit(*schedule);
 }
 
@@ -199,7 +196,7 @@ void SchedulePicker::edit(const clsScheduleDef &schedule)
     QStringList checked = checkedIds();
     if (isNew)
         checked.append(schedule.ScheduleID);
-    fill(checked);
+    fill(checked, schedule.ScheduleID);
 }
 
 void SchedulePicker::showRuns()

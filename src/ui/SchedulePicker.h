@@ -31,8 +31,9 @@ public:
     QString selectionText() const;
 
 private:
-    void fill(const QStringList &checked);
+    void fill(const QStringList &checked, const QString &current);
     void addRow(const QString &id, const QString &name, bool checked);
+    QString currentId() const;
     QStringList checkedIds() const;
     void add();
     void change();

@@ -352,6 +352,8 @@ private Q_SLOTS:
         });
         editor.click("cmdScheduleAdd");
         QCOMPARE(editor.result().ReportSchedules.size(), saved ? 2 : 1);
+        const QListWidgetItem *marked = editor.find<QListWidget>("lvSchedules")->currentItem();
+        QCOMPARE(marked->text().startsWith("New Schedule"), saved);
         LoadScheduleDefs(); // it is in the file already
         QCOMPARE(gScheduleDefs.size(), saved ? 4 : 3);
 
