@@ -5,8 +5,10 @@
 #include "ui/UiState.h"
 
 #include <QAction>
+#include <QCoreApplication>
 #include <QDesktopServices>
 #include <QDir>
+#include <QKeyEvent>
 #include <QLabel>
 #include <QLineEdit>
 #include <QListWidget>
@@ -111,8 +113,22 @@ frmHelp::frmHelp(const QString &folder, QWidget *parent)
             m_browser->setSource(QUrl(m_list->item(row)->data(Qt::UserRole).toString()));
         markFound();
     });
+    m_search->installEventFilter(this);
     search({});
     m_search->setFocus();
+}
+
+/// The keys that a page is read with go to it from the search box, too, where they do nothing.
+bool frmHelp::eventFilter(QObject *watched, QEvent *event)
+{
+    if (watched != m_search || event->type() != QEvent::KeyPress)
+        return QDialog::eventFilter(watched, event);
+    const int key = static_cast<QKeyEvent *>(event)->key();
+    const bool byPage = key == Qt::Key_PageUp || key == Qt::Key_PageDown;
+    const bool byLine = key == Qt::Key_Up || key == Qt::Key_Down;
+    if (!byPage && !(byLine && m_search->text().isEmpty()))
+        return QDialog::eventFilter(watched, event);
+    return QCoreApplication::sendEvent(m_browser, event);
 }
 
 void frmHelp::readPages(const QString &folder)

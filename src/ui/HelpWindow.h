@@ -20,6 +20,7 @@ public:
     void openPage(const QString &page);
 
 protected:
+    bool eventFilter(QObject *watched, QEvent *event) override;
     void done(int result) override;
 
 private:

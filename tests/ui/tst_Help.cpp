@@ -5,6 +5,7 @@
 
 #include <QListWidget>
 #include <QRegularExpression>
+#include <QScrollBar>
 #include <QTextBrowser>
 
 class tst_Help : public QObject
@@ -58,6 +59,25 @@ private Q_SLOTS:
         search->clear();
         QCOMPARE(list->count(), all);
         QVERIFY(page->extraSelections().isEmpty());
+    }
+
+    void scrollsFromTheSearchBox()
+    {
+        const Sandbox sandbox;
+        frmHelp help(m_folder, nullptr);
+        help.resize(600, 300);
+        help.openPage("schedule-editor.html");
+        auto *search = control<QLineEdit>(help, "txtSearch");
+        const auto *bar = control<QTextBrowser>(help, "txtPage")->verticalScrollBar();
+        QTest::keyClick(search, Qt::Key_PageDown);
+        const int page = bar->value();
+        QVERIFY(page > 0);
+        QTest::keyClick(search, Qt::Key_Down);
+        QVERIFY(bar->value() > page);
+        QTest::keyClick(search, Qt::Key_Up);
+        QTest::keyClick(search, Qt::Key_PageUp);
+        QCOMPARE(bar->value(), 0);
+        QVERIFY(search->text().isEmpty());
     }
 
     void closesAndOpensAgain()
