@@ -36,6 +36,19 @@ QLineEdit *newField(const char *name, QLineEdit::EchoMode mode)
     return field;
 }
 
+QString explanation(bool needsAccount)
+{
+    const QString job =
+        QStringLiteral("The Vantrel Graphing Tool will be added to your scheduled task list and "
+                       "will be executed each hour.  Any reports that have their schedules "
+                       "configured such that they should be run will be created at that time.");
+    const QString account =
+        QStringLiteral("In order to properly execute and write the selected reports to the "
+                       "destination, please provide the user credentials under which the task "
+                       "should be run.");
+    return needsAccount ? job + QLatin1String("\n\n") + account : job;
+}
+
 /// What takes the place of an account, with the system's own advice.
 QString ownAccountText(platform::TaskScheduler &scheduler)
 {
@@ -79,24 +92,16 @@ frmAutomate::frmAutomate(platform::TaskScheduler &scheduler, QStringList taskOpt
     StatusBar1->setSizeGripEnabled(false);
 
     auto *layout = new QVBoxLayout(this);
-    layout->addWidget(wrappedLabel(
-        "lblExplain",
-        QStringLiteral("The Vantrel Graphing Tool will be added to your scheduled task list and "
-                       "will be executed each hour.  Any reports that have their schedules "
-                       "configured such that they should be run will be created at that time.\n\n"
-                       "In order to properly execute and write the selected reports to the "
-                       "destination, please provide the user credentials under which the task "
-                       "should be run.")));
-    auto *fields = new QFormLayout;
+    layout->addWidget(wrappedLabel("lblExplain", explanation(scheduler.needsAccount())));
+    auto *account = new QWidget;
+    auto *fields = new QFormLayout(account);
+    fields->setContentsMargins(0, 0, 0, 0);
     fields->addRow(QStringLiteral("&User name:"), txtUserName);
     fields->addRow(QStringLiteral("&Password:"), txtPassword);
     fields->addRow(QStringLiteral("&Verify password:"), txtVerify);
-    layout->addLayout(fields);
+    layout->addWidget(account);
     if (!scheduler.needsAccount()) {
-        for (QLineEdit *field : {txtUserName, txtPassword, txtVerify}) {
-            field->setEnabled(false);
-            fields->labelForField(field)->setEnabled(false);
-        }
+        account->hide();
         layout->addWidget(wrappedLabel("lblAccount", ownAccountText(scheduler)));
     }
     layout->addStretch();

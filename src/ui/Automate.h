@@ -10,7 +10,7 @@ class QPushButton;
 class QStatusBar;
 
 /// The Automate dialog: registers the hourly job under the account typed in it. Where the system
-/// takes no account the fields are disabled and say so.
+/// takes no account it has no such fields, and says so.
 class frmAutomate : public QDialog
 {
     Q_OBJECT

@@ -65,8 +65,10 @@ private Q_SLOTS:
         MemoryScheduler scheduler;
         scheduler.takesAccount = false;
         frmAutomate dialog(scheduler, {});
+        dialog.show();
         for (const char *name : {"txtUserName", "txtPassword", "txtVerify"})
-            QVERIFY2(!control<QLineEdit>(dialog, name)->isEnabled(), name);
+            QVERIFY2(!control<QLineEdit>(dialog, name)->isVisible(), name);
+        QVERIFY(!control<QLabel>(dialog, "lblExplain")->text().contains("credentials"));
         QVERIFY(control<QLabel>(dialog, "lblAccount")->text().contains("present user"));
         Answers answers;
         answers.click(QMessageBox::Ok);
