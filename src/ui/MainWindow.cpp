@@ -85,13 +85,20 @@ void frmGrapherMain::loadReports()
 
 void frmGrapherMain::updateAutomate()
 {
+    QString trouble;
     try {
         mnuToolsAutomate->setChecked(isTaskRegistered(m_scheduler));
     } catch (const Error &error) {
-        mnuToolsAutomate->setChecked(false);
-        txtStatusInfo->addLine(QLatin1String("Error reading the scheduled tasks ") +
-                               errorTail(error));
+        // Not knowing is not the same as there being none: the last that is known stands.
+        trouble = QLatin1String("Error reading the scheduled tasks ") + errorTail(error);
     }
+    if (!trouble.isEmpty() && trouble != m_automateTrouble)
+        txtStatusInfo->addLine(trouble);
+    m_automateTrouble = trouble;
+    if (mnuToolsAutomate->isChecked())
+        return;
+    m_firstPanel->clear();
+    m_lastCheck = 0;
 }
 
 void frmGrapherMain::start()
@@ -317,16 +324,14 @@ void frmGrapherMain::switchAutomation()
 {
     // The click has changed the check mark already.
     const bool wasChecked = !mnuToolsAutomate->isChecked();
+    mnuToolsAutomate->setChecked(wasChecked); // until the scheduler says otherwise
     try {
         if (wasChecked) {
             unregisterTask(m_scheduler);
-            m_firstPanel->clear();
-            m_lastCheck = 0;
-            return;
+        } else if (!isTaskRegistered(m_scheduler)) {
+            frmAutomate dialog(m_scheduler, m_taskOptions, this);
+            dialog.exec();
         }
-        mnuToolsAutomate->setChecked(false); // until there is a job
-        frmAutomate dialog(m_scheduler, m_taskOptions, this);
-        dialog.exec();
     } catch (const Error &error) {
         showCritical(this, QStringLiteral("Automate Graphing"),
                      QStringLiteral("The scheduled task could not be changed.") +

@@ -38,7 +38,8 @@ public:
     /// Loads the definitions and fills the list; says which files could not be read whole.
     void loadReports();
 
-    /// Checks "Automated Reporting" when the hourly job is registered.
+    /// Checks "Automated Reporting" when the hourly job is registered. Leaves it as it is, and says
+    /// so in the status lines, when the scheduler cannot tell.
     void updateAutomate();
 
     /// Recomputes the command states, and starts Timer1.
@@ -115,5 +116,6 @@ private:
     bool m_isYielding = false;
     bool m_closesAfterRun = false;
     QElapsedTimer m_sinceYield;
-    qint64 m_lastCheck = 0; ///< instant at which the countdown started; 0: not yet
+    QString m_automateTrouble; ///< said already
+    qint64 m_lastCheck = 0;    ///< instant at which the countdown started; 0: not yet
 };

@@ -199,6 +199,7 @@ void frmGrapherMain::makeMenus()
 
     QMenu *mnuTools = menuBar()->addMenu(QStringLiteral("&Tools"));
     mnuTools->setObjectName(QStringLiteral("mnuTools"));
+    connect(mnuTools, &QMenu::aboutToShow, this, &frmGrapherMain::updateAutomate);
     mnuTools->addAction(mnuSetOutput);
     mnuTools->addSeparator();
     mnuTools->addAction(mnuToolsAutomate);

@@ -17,6 +17,7 @@
 #include <QHeaderView>
 #include <QMenu>
 #include <QProgressBar>
+#include <QScrollBar>
 
 namespace {
 
@@ -459,9 +460,18 @@ private Q_SLOTS:
         site.answers.click(QMessageBox::Ok);
         automate->trigger();
         QVERIFY(site.answers.said.last().endsWith("[70] no rights"));
-        site.scheduler.fails = false;
-        site.window->updateAutomate();
         QVERIFY(automate->isChecked()); // nothing was taken back
+        auto *menu = site.window->findChild<QMenu *>("mnuTools");
+        Q_EMIT menu->aboutToShow();
+        QVERIFY(automate->isChecked() && !site.panel().isEmpty()); // as far as is known
+        QCOMPARE(site.status().count("Error reading the scheduled tasks [70] no rights"), 1);
+        site.scheduler.fails = false;
+        site.scheduler.list.clear(); // by another hand
+        Q_EMIT menu->aboutToShow();
+        QVERIFY(!automate->isChecked() && site.panel().isEmpty());
+        site.scheduler.list = "VantrelGraphTool\n";
+        Q_EMIT menu->aboutToShow();
+        QVERIFY(automate->isChecked());
 
         automate->trigger();
         QVERIFY(!automate->isChecked());
@@ -487,6 +497,33 @@ private Q_SLOTS:
                  QString("Report Execution: Report execution cancelled."));
         QCOMPARE(site.run(), QStringList());
         QCOMPARE(site.box.read("Config/ChartDefs.XML"), broken);
+    }
+
+    void followsTheStatusToItsEnd()
+    {
+        StatusBox box;
+        const auto showsEnd = [&box] {
+            QTextCursor end(box.document());
+            end.movePosition(QTextCursor::End);
+            return box.viewport()->rect().contains(box.cursorRect(end));
+        };
+        box.resize(300, 100);
+        box.show();
+        for (int i = 1; i <= 40; ++i) {
+            box.addLine(QStringLiteral("a line that wraps ").repeated(i % 9));
+            QVERIFY2(showsEnd(), qPrintable(QString::number(i)));
+        }
+        for (const QSize size : {QSize(180, 100), QSize(180, 60), QSize(400, 200)}) {
+            box.resize(size);
+            QVERIFY(showsEnd());
+        }
+        box.verticalScrollBar()->setValue(3); // the reader looks back
+        box.resize(300, 100);
+        box.addLine(QStringLiteral("a line that wraps ").repeated(9));
+        QVERIFY(box.verticalScrollBar()->value() < 10);
+        box.verticalScrollBar()->setValue(box.verticalScrollBar()->maximum());
+        box.addLine(QStringLiteral("a line that wraps ").repeated(9));
+        QVERIFY(showsEnd());
     }
 
     void cutsTheStatusText()
