@@ -52,6 +52,51 @@ constexpr std::array<char16_t, 32> windows1252 = {
     0x2039, 0x0152, 0x008D, 0x017D, 0x008F, 0x0090, 0x2018, 0x2019, 0x201C, 0x201D, 0x2022,
     0x2013, 0x2014, 0x02DC, 0x2122, 0x0161, 0x203A, 0x0153, 0x009D, 0x017E, 0x0178};
 
+/// Writes a file whose path is the file system's own.
+void writeFile(const QString &path, QByteArrayView content)
+{
+    if (const QString fault = platform::nameFault(path); !fault.isEmpty())
+        throw Error(BadFileName, QStringLiteral("Cannot write '%1': %2").arg(path, fault));
+    const QString temporary = temporaryName(path);
+    QFile file(temporary);
+    if (!file.open(QIODevice::WriteOnly | QIODevice::NewOnly | QIODevice::Unbuffered)) {
+        const QFileInfo folder(QFileInfo(path).path());
+        if (!folder.isDir())
+            throw Error(PathNotFound, QStringLiteral("Path not found: '%1'").arg(path));
+        throw fileError(folder.isWritable() ? DeviceIO : PermissionDenied,
+                        QStringLiteral("Cannot write"), path, file);
+    }
+    if (QFileInfo::exists(path)) { // a file kept from the eyes of others stays so, where that works
+        file.setPermissions(QFile::permissions(path));
+        file.unsetError();
+    }
+    try {
+        const qint64 taken = file.write(content.data(), content.size());
+        if (taken < 0 || !file.flush())
+            throw fileError(file.error() == QFile::ResourceError ? DiskFull : DeviceIO,
+                            QStringLiteral("Cannot write"), path, file);
+        if (!platform::syncToDisk(file.handle()))
+            throw Error(DeviceIO, QStringLiteral("Cannot sync '%1' to the disk").arg(path));
+        const qint64 written = qMin(taken, file.size());
+        file.close();
+        if (file.error() != QFile::NoError)
+            throw fileError(DeviceIO, QStringLiteral("Cannot write"), path, file);
+        if (written != content.size())
+            throw Error(DiskFull, QStringLiteral("Only %1 of %2 bytes of '%3' were written")
+                                      .arg(written)
+                                      .arg(content.size())
+                                      .arg(path));
+        QString reason;
+        if (!platform::replaceFile(temporary, path, reason))
+            throw Error(PermissionDenied,
+                        QStringLiteral("Cannot replace '%1': %2").arg(path, reason));
+    } catch (...) {
+        file.close();
+        QFile::remove(temporary);
+        throw;
+    }
+}
+
 } // namespace
 
 QString nativePath(const QString &configured)
@@ -78,6 +123,20 @@ QString nativePath(const QString &configured)
     if (path.endsWith(u'/') && !found.endsWith(u'/'))
         found += u'/';
     return found;
+#endif
+}
+
+QString exactPath(const QString &configured)
+{
+#ifdef Q_OS_WIN
+    return configured;
+#else
+    QString path = configured;
+    path.replace(u'\\', u'/');
+    while (path.size() > 1 && path.endsWith(u'/'))
+        path.chop(1);
+    const qsizetype nameAt = path.lastIndexOf(u'/') + 1;
+    return nativePath(path.left(nameAt)) + path.mid(nameAt);
 #endif
 }
 
@@ -138,47 +197,12 @@ QString readTextFile(const QString &configured, qint64 most)
 
 void saveFile(const QString &configured, QByteArrayView content)
 {
-    const QString path = nativePath(configured);
-    if (const QString fault = platform::nameFault(path); !fault.isEmpty())
-        throw Error(BadFileName, QStringLiteral("Cannot write '%1': %2").arg(path, fault));
-    const QString temporary = temporaryName(path);
-    QFile file(temporary);
-    if (!file.open(QIODevice::WriteOnly | QIODevice::NewOnly | QIODevice::Unbuffered)) {
-        const QFileInfo folder(QFileInfo(path).path());
-        if (!folder.isDir())
-            throw Error(PathNotFound, QStringLiteral("Path not found: '%1'").arg(path));
-        throw fileError(folder.isWritable() ? DeviceIO : PermissionDenied,
-                        QStringLiteral("Cannot write"), path, file);
-    }
-    if (QFileInfo::exists(path)) { // a file kept from the eyes of others stays so, where that works
-        file.setPermissions(QFile::permissions(path));
-        file.unsetError();
-    }
-    try {
-        const qint64 taken = file.write(content.data(), content.size());
-        if (taken < 0 || !file.flush())
-            throw fileError(file.error() == QFile::ResourceError ? DiskFull : DeviceIO,
-                            QStringLiteral("Cannot write"), path, file);
-        if (!platform::syncToDisk(file.handle()))
-            throw Error(DeviceIO, QStringLiteral("Cannot sync '%1' to the disk").arg(path));
-        const qint64 written = qMin(taken, file.size());
-        file.close();
-        if (file.error() != QFile::NoError)
-            throw fileError(DeviceIO, QStringLiteral("Cannot write"), path, file);
-        if (written != content.size())
-            throw Error(DiskFull, QStringLiteral("Only %1 of %2 bytes of '%3' were written")
-                                      .arg(written)
-                                      .arg(content.size())
-                                      .arg(path));
-        QString reason;
-        if (!platform::replaceFile(temporary, path, reason))
-            throw Error(PermissionDenied,
-                        QStringLiteral("Cannot replace '%1': %2").arg(path, reason));
-    } catch (...) {
-        file.close();
-        QFile::remove(temporary);
-        throw;
-    }
+    writeFile(nativePath(configured), content);
+}
+
+void saveExactFile(const QString &configured, QByteArrayView content)
+{
+    writeFile(exactPath(configured), content);
 }
 
 void saveTextFile(const QString &configured, const QString &text)

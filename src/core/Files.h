@@ -12,6 +12,10 @@ inline constexpr qint64 mostDefinitionBytes = 64 * 1024 * 1024; ///< XML files a
 /// not found at all stay as written. On Windows the text itself.
 QString nativePath(const QString &configured);
 
+/// The same with the last part as it is written, whatever else the folder has: for files and
+/// folders that pages link to, which a web server finds by their exact names only.
+QString exactPath(const QString &configured);
+
 bool fileExists(const QString &configured);
 bool folderExists(const QString &configured);
 
@@ -29,6 +33,8 @@ QString decodeText(QByteArrayView bytes);
 /// that names the file; no temporary file is left behind. The new file has the old one's
 /// permissions.
 void saveFile(const QString &configured, QByteArrayView content);
+/// The same under exactly this name (exactPath), which also spares a search through the folder.
+void saveExactFile(const QString &configured, QByteArrayView content);
 void saveTextFile(const QString &configured, const QString &text);
 
 /// Copies a file, replacing the destination. Throws Error that names the file at fault.

@@ -1,11 +1,14 @@
 #include "report/OutputTree.h"
 
+#include "core/Files.h"
 #include "core/GrapherConfig.h"
 #include "core/Paths.h"
 #include "core/State.h"
 #include "core/Status.h"
+#include "core/platform/FileSystem.h"
 #include "definitions/Dates.h"
 
+#include <QDir>
 #include <QLocale>
 
 QString outputFolder()
@@ -30,6 +33,11 @@ QString deviceFolder(const clsReportDef &report, const QString &muid)
 
 bool createWorkPath(const QString &path, QString &errorText)
 {
+    // Mostly only the last folder is missing. EnsureFolder would look through all its neighbours
+    // for one that differs in case.
+    const QString exact = exactPath(path);
+    if (QDir::isAbsolutePath(exact) && platform::nameFault(path).isEmpty() && QDir().mkdir(exact))
+        return true;
     QString message;
     if (EnsureFolder(path, message) == 0)
         return true;

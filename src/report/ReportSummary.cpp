@@ -208,7 +208,7 @@ void GenerateReportSummary(const ReportContext &context, const std::vector<Devic
     pageValues.insert(pageValues.end(), totals.begin(), totals.end());
     PageText reportPage;
     reportPage.write(fillTemplate(context.builder.REPORT, pageValues));
-    saveFile(folder + gConfig->TOU_REPORT, reportPage.bytes());
+    saveExactFile(folder + gConfig->TOU_REPORT, reportPage.bytes());
 
     CsvText csv;
     csv.text(QStringLiteral("Sample"))
@@ -244,6 +244,6 @@ void GenerateReportSummary(const ReportContext &context, const std::vector<Devic
     page.write(total.filledAsTotal(context.builder.STATE_DetailItem));
     page.write(GetHTIPart(table, rowMarker, false));
     page.write(GetHTIPart(summary, listMarker, false));
-    saveFile(folder + summaryCsvName, csv.bytes());
-    saveFile(folder + gConfig->TOU_REP_Summary, page.bytes());
+    saveExactFile(folder + summaryCsvName, csv.bytes());
+    saveExactFile(folder + gConfig->TOU_REP_Summary, page.bytes());
 }

@@ -112,7 +112,7 @@ bool writeMasterTOC(QString &errorText, const ReportStandings &standings)
     }
     ShowStatus(QStringLiteral("Writing TOC file (reportlist.2)."));
     page.write(masterPart(builder, false));
-    saveFile(outputFolder() + gConfig->TOU_TOC, page.bytes());
+    saveExactFile(outputFolder() + gConfig->TOU_TOC, page.bytes());
     ShowStatus(QStringLiteral("Finishing TOC Generation"));
     return true;
 }
@@ -145,7 +145,7 @@ bool writeReportTOC(clsReportDef &report, QString &errorText, clsChartOutputBuil
     ShowStatus(QStringLiteral("Opening TOC TOP file."));
     PageText top;
     top.write(fillTemplate(builder.REP_Top, reportValues));
-    saveFile(folder + gConfig->TOU_REP_Top, top.bytes());
+    saveExactFile(folder + gConfig->TOU_REP_Top, top.bytes());
 
     constexpr QLatin1String marker("%%device.list%%");
     const QString contents = fillTemplate(builder.REP_TOC, reportValues);
@@ -167,7 +167,7 @@ bool writeReportTOC(clsReportDef &report, QString &errorText, clsChartOutputBuil
     }
     ShowStatus(QStringLiteral("Writing TOC file (reportlist.2)."));
     page.write(GetHTIPart(contents, marker, false));
-    saveFile(folder + gConfig->TOU_REP_TOC, page.bytes());
+    saveExactFile(folder + gConfig->TOU_REP_TOC, page.bytes());
     return true;
 }
 
@@ -208,7 +208,7 @@ bool RefreshMasterTOC(QString &errorText, const ReportStandings &standings)
         for (const auto &report : gReportDefs)
             page.write(masterEntry(builder, *report, ++number, standings));
         page.write(masterPart(builder, false));
-        saveFile(outputFolder() + gConfig->TOU_TOC, page.bytes());
+        saveExactFile(outputFolder() + gConfig->TOU_TOC, page.bytes());
         return true;
     });
 }

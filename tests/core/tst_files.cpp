@@ -79,6 +79,9 @@ private Q_SLOTS:
         QCOMPARE(found("/BOTH/new"), "/BOTH/new");
         QCOMPARE(found("/Both/a"), "/BOTH/a");                           // the first of several
         QCOMPARE(found("/data/sub/FILE.txt/x"), "/Data/Sub/File.TXT/x"); // a file is no folder
+        const QString exact = sandbox->path() + QStringLiteral("/Data/Sub/FILE.txt");
+        QCOMPARE(exactPath(sandbox->path() + "\\DATA/SUB\\FILE.txt"), exact);
+        QCOMPARE(exactPath(sandbox->path() + "/data/sub/FILE.txt/"), exact);
     }
 
     void findsRelativePaths()
