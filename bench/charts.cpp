@@ -28,16 +28,15 @@ Result benchPool(const QString &folder, const std::vector<Kind> &charts, const Q
     const std::clock_t begin = std::clock();
     QElapsedTimer timer;
     timer.start();
-    int number = 0;
+    std::vector<PendingOutcome> outcomes;
     for (const Kind &chart : charts)
-        pool.submit(chart, QStringLiteral("%1/%2-%3.PNG").arg(folder, prefix).arg(++number),
-                    QStringLiteral("PNG"));
-    pool.waitForDone();
+        outcomes.push_back(pool.submit(
+            chart, QStringLiteral("%1/%2-%3.PNG").arg(folder, prefix).arg(outcomes.size() + 1),
+            QStringLiteral("PNG")));
+    awaitAll(outcomes);
     Result result;
     result.seconds = static_cast<double>(timer.nsecsElapsed()) / 1e9;
     result.processorSeconds = static_cast<double>(std::clock() - begin) / CLOCKS_PER_SEC;
-    for (const ChartPool::Failure &failure : pool.takeFailures())
-        throw failure.error;
     result.meanBytes = meanSize(folder, prefix + QStringLiteral("-*.PNG"));
     return result;
 }

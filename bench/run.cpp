@@ -112,21 +112,22 @@ void drawAndWrite(const QString &tree, const QString &target)
 {
     QDir().mkpath(target);
     ChartPool pool;
+    std::vector<PendingOutcome> outcomes;
     unsigned number = 0;
     for (QDirIterator at(tree, QDir::Files, QDirIterator::Subdirectories); at.hasNext();) {
         const QString path = at.next();
         const QString name = QStringLiteral("%1/%2").arg(target).arg(++number);
         if (!path.endsWith(QLatin1String(".PNG"))) {
-            pool.submitFile(name, readFile(path));
+            outcomes.push_back(pool.submitFile(name, readFile(path)));
         } else if (number % 3 == 0) {
-            pool.submit(sample::stateChart(hours, 60, number % 50), name, QString());
+            outcomes.push_back(
+                pool.submit(sample::stateChart(hours, 60, number % 50), name, QString()));
         } else {
-            pool.submit(sample::counterChart(hours, 60, number % 50), name, QString());
+            outcomes.push_back(
+                pool.submit(sample::counterChart(hours, 60, number % 50), name, QString()));
         }
     }
-    pool.waitForDone();
-    for (const ChartPool::Failure &failure : pool.takeFailures())
-        throw failure.error;
+    awaitAll(outcomes);
 }
 
 void bench(const QString &folder)
@@ -140,7 +141,7 @@ void bench(const QString &folder)
 
     RunResult result;
     const Took run = timed([&] { result = runReports({report}, RunChoice::All); });
-    if (result.failed > 0)
+    if (result.failed())
         throw Error(DeviceIO, QStringLiteral("the run failed"));
     rusage usage{};
     ::getrusage(RUSAGE_SELF, &usage);

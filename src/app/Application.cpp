@@ -64,7 +64,7 @@ int runUnattended(const QStringList &ids, RunChoice choice)
     const RunResult result = runReports(ids, choice);
     if (result.cancelled)
         return Cancelled;
-    return result.failed > 0 ? ReportFailed : Done;
+    return result.failed() ? ReportFailed : Done;
 }
 
 int changeRegistration(const Options &options)

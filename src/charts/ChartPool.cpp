@@ -6,6 +6,9 @@
 #include "core/Files.h"
 #include "core/Status.h"
 
+#include <QThread>
+#include <QThreadPool>
+
 #include <algorithm>
 #include <chrono>
 #include <new>
@@ -13,7 +16,7 @@
 namespace {
 
 /// Enough waiting jobs for each worker that it never runs dry while the main thread reads data.
-constexpr size_t waitingPerThread = 8;
+constexpr int waitingPerThread = 8;
 /// Between two looks at the user's events.
 constexpr std::chrono::milliseconds patience(10);
 
@@ -46,12 +49,24 @@ Outcome awaited(const PendingOutcome &outcome)
     return outcome.get();
 }
 
-ChartPool::ChartPool(int threads)
+void awaitAll(const std::vector<PendingOutcome> &outcomes)
 {
-    const int cores = static_cast<int>(std::max(1u, std::thread::hardware_concurrency()));
-    const int count = threads > 0 ? threads : cores + 1;
-    for (int i = 0; i < count; ++i)
-        m_threads.emplace_back([this] { run(); });
+    for (const PendingOutcome &outcome : outcomes) {
+        if (const Outcome error = awaited(outcome))
+            throw Error(*error);
+    }
+}
+
+ChartPool::ChartPool(int threads)
+    : m_workers(threads > 0 ? threads : QThread::idealThreadCount() + 1)
+{
+    QThreadPool &pool = *QThreadPool::globalInstance();
+    pool.setMaxThreadCount(pool.maxThreadCount() + m_workers);
+    for (int i = 0; i < m_workers; ++i)
+        pool.start([this] {
+            work();
+            m_ended.release();
+        });
 }
 
 ChartPool::~ChartPool()
@@ -61,21 +76,22 @@ ChartPool::~ChartPool()
         const std::lock_guard lock(m_mutex);
         m_stopping = true;
     }
-    m_changed.notify_all();
-    for (std::thread &thread : m_threads)
-        thread.join();
+    m_added.notify_all();
+    m_ended.acquire(m_workers);
+    QThreadPool &pool = *QThreadPool::globalInstance();
+    pool.setMaxThreadCount(pool.maxThreadCount() - m_workers);
 }
 
 PendingOutcome ChartPool::submit(Chart chart, const QString &path, QString format)
 {
     return enqueue(path, [chart = std::move(chart), path, format = std::move(format)] {
-        saveFile(path, encodeImage(drawChart(chart), format, compressionOf(chart)));
+        saveExactFile(path, encodeImage(drawChart(chart), format, compressionOf(chart)));
     });
 }
 
 PendingOutcome ChartPool::submitFile(const QString &path, QByteArray bytes)
 {
-    return enqueue(path, [path, bytes = std::move(bytes)] { saveFile(path, bytes); });
+    return enqueue(path, [path, bytes = std::move(bytes)] { saveExactFile(path, bytes); });
 }
 
 PendingOutcome ChartPool::enqueue(QString path, std::function<void()> work)
@@ -85,53 +101,47 @@ PendingOutcome ChartPool::enqueue(QString path, std::function<void()> work)
     {
         std::unique_lock lock(m_mutex);
         const auto hasRoom = [this] {
-            return m_queue.size() < m_threads.size() * waitingPerThread;
+            return m_queue.size() < static_cast<size_t>(m_workers * waitingPerThread);
         };
-        while (!m_changed.wait_for(lock, patience, hasRoom)) {
+        while (!m_eased.wait_for(lock, patience, hasRoom)) {
             lock.unlock();
             yieldToUser();
             lock.lock();
         }
         m_queue.push_back(std::move(job));
     }
-    m_changed.notify_all();
+    m_added.notify_one();
     return outcome;
 }
 
-void ChartPool::run()
+void ChartPool::work()
 {
     TextCache texts;
     std::unique_lock lock(m_mutex);
     while (true) {
-        m_changed.wait(lock, [this] { return m_stopping || !m_queue.empty(); });
+        m_added.wait(lock, [this] { return m_stopping || !m_queue.empty(); });
         if (m_queue.empty())
             return;
         Job job = std::move(m_queue.front());
         m_queue.pop_front();
         ++m_running;
         lock.unlock();
-        m_changed.notify_all();
+        m_eased.notify_one();
 
         Outcome outcome = outcomeOf(job.work);
         job.work = nullptr; // frees the chart before anyone hears that it is done
 
         lock.lock();
-        if (outcome)
-            m_failures.push_back({job.path, *outcome});
         --m_running;
         job.outcome.set_value(std::move(outcome));
-        m_changed.notify_all();
+        m_eased.notify_one();
     }
 }
 
-bool ChartPool::waitForDone(int milliseconds)
+void ChartPool::waitForDone()
 {
     std::unique_lock lock(m_mutex);
-    const auto done = [this] { return m_queue.empty() && m_running == 0; };
-    if (milliseconds >= 0)
-        return m_changed.wait_for(lock, std::chrono::milliseconds(milliseconds), done);
-    m_changed.wait(lock, done);
-    return true;
+    m_eased.wait(lock, [this] { return m_queue.empty() && m_running == 0; });
 }
 
 void ChartPool::cancel()
@@ -144,11 +154,4 @@ void ChartPool::cancel()
     for (Job &job : dropped)
         job.outcome.set_value(
             Error(JobCancelled, QStringLiteral("'%1' was cancelled").arg(job.path)));
-    m_changed.notify_all();
-}
-
-std::vector<ChartPool::Failure> ChartPool::takeFailures()
-{
-    const std::lock_guard lock(m_mutex);
-    return std::exchange(m_failures, {});
 }

@@ -4,6 +4,7 @@
 #include "core/Error.h"
 
 #include <QByteArray>
+#include <QSemaphore>
 #include <QString>
 
 #include <condition_variable>
@@ -12,7 +13,6 @@
 #include <future>
 #include <mutex>
 #include <optional>
-#include <thread>
 #include <vector>
 
 /// What became of one job of the pool: nothing when its file stands whole, else the error.
@@ -21,9 +21,15 @@ using PendingOutcome = std::shared_future<Outcome>;
 
 /// Waits for a job's end; the user's events are looked after meanwhile. Main thread only.
 Outcome awaited(const PendingOutcome &outcome);
+/// Waits for all of them. Throws the first error.
+void awaitAll(const std::vector<PendingOutcome> &outcomes);
 
 /// Draws, compresses and saves charts, and saves other files, on worker threads. Used from one
 /// thread; jobs run in the order of their submission, several at a time.
+///
+/// The workers are threads of QThreadPool::globalInstance(), taken in addition to those that it has
+/// for others: from any other thread Qt hands parts of larger fills to that pool and waits for
+/// them, which takes longer than the fills themselves.
 ///
 /// The queue is bounded: submitting waits while it is full, never longer than a running job takes,
 /// so that memory does not grow with the number of charts. It yields to the user meanwhile.
@@ -43,20 +49,11 @@ public:
     /// Saves bytes as they are.
     PendingOutcome submitFile(const QString &path, QByteArray bytes);
 
-    /// Waits until every job is done; false when `milliseconds` (negative: no limit) were not
-    /// enough, so that a main thread can look after its events meanwhile.
-    bool waitForDone(int milliseconds = -1);
+    /// Waits until every job is done.
+    void waitForDone();
 
     /// Drops the jobs that have not started; their outcome is Error(JobCancelled).
     void cancel();
-
-    /// The jobs that failed so far, cancelled ones not among them, as they ended; empties the list.
-    struct Failure
-    {
-        QString path;
-        Error error;
-    };
-    std::vector<Failure> takeFailures();
 
     static constexpr int JobCancelled = 18; ///< number of the error of a dropped job
 
@@ -68,13 +65,14 @@ private:
         std::promise<Outcome> outcome;
     };
     PendingOutcome enqueue(QString path, std::function<void()> work);
-    void run();
+    void work(); ///< a worker's whole life
 
     std::mutex m_mutex;
-    std::condition_variable m_changed;
+    std::condition_variable m_added; ///< a job for a worker, or the end
+    std::condition_variable m_eased; ///< a job was taken from the queue, or has ended
     std::deque<Job> m_queue;
-    std::vector<Failure> m_failures;
     size_t m_running = 0;
     bool m_stopping = false;
-    std::vector<std::thread> m_threads; ///< last: they use all of the above
+    const int m_workers;
+    QSemaphore m_ended; ///< workers that will not touch this object again
 };

@@ -98,11 +98,20 @@ DeviceCounts countsOf(const clsReportDeviceDef &device, const QString &ident,
 class ReportRun
 {
 public:
-    ReportRun(clsReportDef &report, ReportOutcome &outcome, Progress &progress)
+    ReportRun(clsReportDef &report, ReportOutcome &outcome, Progress &progress, ChartPool &pool)
         : m_report(report)
         , m_outcome(outcome)
         , m_progress(progress)
+        , m_pool(pool)
     {}
+    /// What is left of a report that ended early is nobody's any more.
+    ~ReportRun()
+    {
+        m_pool.cancel();
+        m_pool.waitForDone();
+    }
+    ReportRun(const ReportRun &) = delete;
+    ReportRun &operator=(const ReportRun &) = delete;
 
     QString step;
 
@@ -148,7 +157,6 @@ public:
         if (!fontsAvailable())
             throw Error(FileNotFound, QString::fromUtf16(noFontsMessage));
         warmUpFonts();
-        ChartPool pool;
         std::vector<PendingOutcome> files;
         DataSeries overall;
         const qint64 start = instantOf(chart.StartTime);
@@ -159,7 +167,7 @@ public:
                                     devices,
                                     fields,
                                     scales,
-                                    pool,
+                                    m_pool,
                                     files,
                                     m_outcome,
                                     overall,
@@ -169,10 +177,7 @@ public:
                                     end,
                                     runInstant};
         std::vector<DeviceCounts> counts = runDevices(context);
-        for (const PendingOutcome &file : files) {
-            if (const Outcome error = awaited(file))
-                throw Error(*error);
-        }
+        awaitAll(files);
         if (CancelRequested)
             return;
         // Pages list the devices in the reverse of the report's order.
@@ -233,14 +238,15 @@ private:
     clsReportDef &m_report;
     ReportOutcome &m_outcome;
     Progress &m_progress;
+    ChartPool &m_pool;
 };
 
 } // namespace
 
-ReportOutcome GenerateReport(clsReportDef &report, Progress &progress)
+ReportOutcome GenerateReport(clsReportDef &report, Progress &progress, ChartPool &pool)
 {
     ReportOutcome outcome;
-    ReportRun run(report, outcome, progress);
+    ReportRun run(report, outcome, progress, pool);
     try {
         run.run();
     } catch (const Error &error) {

@@ -1,5 +1,6 @@
 #pragma once
 
+#include "charts/ChartPool.h"
 #include "core/Status.h"
 #include "definitions/ReportDef.h"
 
@@ -24,8 +25,9 @@ struct ReportOutcome
 /// Produces one report: its period, the page of each of its devices, and its summary. An error is
 /// shown as "Error Generating Report [number] description - step"; files written so far stay.
 /// A cancel ends it between devices.
-/// `progress` is the whole run's: its `done` grows by one with each data item charted.
-ReportOutcome GenerateReport(clsReportDef &report, Progress &progress);
+/// `progress` and `pool` are the whole run's: `done` grows by one with each data item charted, and
+/// the pool is left without jobs.
+ReportOutcome GenerateReport(clsReportDef &report, Progress &progress, ChartPool &pool);
 
 /// Tells the open connection which samples the queries of these reports can ask for, so that an
 /// Access file is read only once for all of them. Failures are left to the reports.

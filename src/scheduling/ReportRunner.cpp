@@ -131,12 +131,13 @@ ReportResult resultOf(const ReportOutcome &outcome)
 }
 
 /// Produces one report, and fills its record in the run's.
-void produceReport(clsReportDef &report, RunRecord &run, ReportRecord &record, Progress &progress)
+void produceReport(clsReportDef &report, RunRecord &run, ReportRecord &record, Progress &progress,
+                   ChartPool &pool)
 {
     ReportOutcome outcome;
     clsChartOutputBuilder builder;
     if (GenerateReportTOC(report, outcome.errorText, builder))
-        outcome = GenerateReport(report, progress);
+        outcome = GenerateReport(report, progress, pool);
     record.end = currentInstant();
     record.result = resultOf(outcome);
     record.charts = outcome.charts;
@@ -166,6 +167,7 @@ void produceReports(const std::vector<Chosen> &chosen, RunRecord &run)
         run.reports.push_back(record);
         progress.all += itemCount(*entry.report);
     }
+    ChartPool pool; // its threads know their fonts once they have drawn a chart
     int before = 0; // data items of the reports before this one
     for (size_t i = 0; i < chosen.size(); ++i) {
         ReportRecord &record = run.reports[i];
@@ -179,7 +181,7 @@ void produceReports(const std::vector<Chosen> &chosen, RunRecord &run)
         progress.device.clear();
         progress.item.clear();
         showProgress(progress);
-        produceReport(*chosen[i].report, run, record, progress);
+        produceReport(*chosen[i].report, run, record, progress, pool);
         // Items of devices that the database does not know count as done, too.
         progress.done = before += itemCount(*chosen[i].report);
         showProgress(progress);
@@ -235,9 +237,9 @@ RunResult resultOf(const RunRecord &run)
     RunResult result;
     result.cancelled = CancelRequested;
     result.reports = static_cast<int>(run.reports.size());
-    result.failed = run.error.isEmpty() ? 0 : 1;
+    result.error = run.error;
     for (const ReportRecord &report : run.reports) {
-        result.failed += report.result == ReportResult::Failed ? 1 : 0;
+        result.failedReports += report.result == ReportResult::Failed ? 1 : 0;
         result.chartsWithoutImage += report.chartsWithoutImage;
     }
     return result;
@@ -254,7 +256,7 @@ void finish(const RunResult &result, RunHost *host)
                               QStringLiteral("Report execution cancelled."));
     }
     CloseDatabase();
-    if (host && !gAutoMode && !result.cancelled && result.failed == 0) {
+    if (host && !gAutoMode && !result.cancelled && !result.failed()) {
         QString page = QLatin1String("file://") + outputFolder() + QLatin1String("REPORTS.HTM");
         host->openInBrowser(page.replace(u'\\', u'/'));
     }

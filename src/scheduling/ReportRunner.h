@@ -30,10 +30,13 @@ enum class RunChoice {
 
 struct RunResult
 {
-    int reports = 0; ///< reports taken into the run
-    int failed = 0;  ///< reports (and tables of contents) that could not be produced
+    int reports = 0;       ///< reports taken into the run
+    int failedReports = 0; ///< those of them that could not be produced
+    QString error;         ///< what else failed: a table of contents, the saving of definitions
     int chartsWithoutImage = 0;
     bool cancelled = false;
+
+    bool failed() const { return failedReports > 0 || !error.isEmpty(); }
 };
 
 /// Runs reports given by their ReportID: loads all definitions, writes the master table of

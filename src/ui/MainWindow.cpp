@@ -46,11 +46,12 @@ const QString runAgainToolTip = QStringLiteral("Click to start reporing..."); //
 QString resultLine(const RunResult &result)
 {
     QString line =
-        QStringLiteral("Report run finished: %1 %2")
+        QStringLiteral("Report run finished%1: %2 %3")
+            .arg(result.error.isEmpty() ? QString() : QStringLiteral(" with errors"))
             .arg(result.reports)
             .arg(result.reports == 1 ? QLatin1String("report") : QLatin1String("reports"));
-    if (result.failed > 0)
-        line += QStringLiteral(", %1 failed").arg(result.failed);
+    if (result.failedReports > 0)
+        line += QStringLiteral(", %1 failed").arg(result.failedReports);
     if (result.chartsWithoutImage > 0)
         line += QStringLiteral(", %1 charts without image").arg(result.chartsWithoutImage);
     return line + u'.';

@@ -7,6 +7,7 @@
 
 #include <QTemporaryDir>
 #include <QTest>
+#include <QThreadPool>
 
 #include <cmath>
 
@@ -49,11 +50,12 @@ private Q_SLOTS:
         for (const int threads : {1, 8}) {
             const QTemporaryDir folder;
             ChartPool pool(threads);
+            std::vector<PendingOutcome> outcomes;
             for (size_t i = 0; i < charts.size(); ++i)
-                pool.submit(charts[i], folder.filePath(QString::number(i)), "png");
-            QVERIFY(pool.waitForDone());
-            QVERIFY(pool.takeFailures().empty());
+                outcomes.push_back(
+                    pool.submit(charts[i], folder.filePath(QString::number(i)), "png"));
             for (size_t i = 0; i < charts.size(); ++i) {
+                QVERIFY(!outcomes[i].get());
                 const bool isSmall = i % 8 == 0; // the counter charts of quality 0
                 const Compression compression = isSmall ? Compression::Small : Compression::Fast;
                 QCOMPARE(readFile(folder.filePath(QString::number(i))),
@@ -81,16 +83,12 @@ private Q_SLOTS:
         const PendingOutcome bad = pool.submit(chart, missing, "PNG");
         const PendingOutcome unknown = pool.submit(chart, fine, "WMF9");
         const PendingOutcome good = pool.submit(chart, fine, "PNG");
-        QVERIFY(bad.get().has_value());
-        QVERIFY(unknown.get().has_value());
         QVERIFY(!good.get());
-        QVERIFY(pool.waitForDone());
-        const std::vector<ChartPool::Failure> failures = pool.takeFailures();
-        QCOMPARE(failures.size(), size_t(2));
-        QCOMPARE(failures[0].path, missing);
-        QCOMPARE(failures[0].error.number, int(PathNotFound));
         QVERIFY(fileExists(fine));
-        QVERIFY(pool.takeFailures().empty());
+        QVERIFY(unknown.get().has_value());
+        QVERIFY(bad.get().has_value());
+        QCOMPARE(bad.get()->number, int(PathNotFound));
+        QVERIFY(bad.get()->description.contains(missing));
     }
 
     void cancelDropsWhatHasNotStarted()
@@ -103,7 +101,7 @@ private Q_SLOTS:
         for (int i = 0; i < 6; ++i)
             outcomes.push_back(pool.submit(large, folder.filePath(QString::number(i)), "PNG"));
         pool.cancel();
-        QVERIFY(pool.waitForDone());
+        pool.waitForDone();
         int dropped = 0;
         for (size_t i = 0; i < outcomes.size(); ++i) {
             const Outcome outcome = outcomes[i].get();
@@ -111,7 +109,6 @@ private Q_SLOTS:
             dropped += outcome && outcome->number == ChartPool::JobCancelled ? 1 : 0;
         }
         QVERIFY(dropped >= 4);
-        QVERIFY(pool.takeFailures().empty());
         QCOMPARE(QDir(folder.path()).entryList(QDir::Files).size(), 6 - dropped);
         QVERIFY(!pool.submitFile(folder.filePath("later"), "x").get());
     }
@@ -119,6 +116,7 @@ private Q_SLOTS:
     void destructionLeavesNoOutcomeOpen()
     {
         const QTemporaryDir folder;
+        const int threads = QThreadPool::globalInstance()->maxThreadCount();
         std::vector<PendingOutcome> outcomes;
         {
             ChartPool pool(2);
@@ -127,6 +125,7 @@ private Q_SLOTS:
         }
         for (const PendingOutcome &outcome : outcomes)
             QVERIFY(outcome.wait_for(std::chrono::seconds(0)) == std::future_status::ready);
+        QCOMPARE(QThreadPool::globalInstance()->maxThreadCount(), threads);
     }
 };
 

@@ -38,7 +38,7 @@ int runHome(int argc, char **argv)
     QStringList ids;
     for (const auto &report : gReportDefs)
         ids.append(report->ReportID);
-    return runReports(ids, RunChoice::All).failed;
+    return runReports(ids, RunChoice::All).failed() ? 1 : 0;
 }
 
 } // namespace
