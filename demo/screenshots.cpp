@@ -9,6 +9,7 @@
 #include "ui/CustomRange.h"
 #include "ui/GraphDefEditor.h"
 #include "ui/HelpWindow.h"
+#include "ui/IndicatorStyle.h"
 #include "ui/MainWindow.h"
 #include "ui/OutputPath.h"
 #include "ui/ReportDefEditor.h"
@@ -142,6 +143,7 @@ int main(int argc, char *argv[])
         return 2;
     }
     QApplication::setStyle(QStyleFactory::create(QStringLiteral("Fusion")));
+    installIndicatorStyle();
     if (arguments[3] == u"dark")
         QApplication::setPalette(darkPalette());
     QDir().mkpath(arguments[2]);

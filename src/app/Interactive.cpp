@@ -7,6 +7,7 @@
 #include "core/State.h"
 #include "core/platform/Drawing.h"
 #include "scheduling/Registration.h"
+#include "ui/IndicatorStyle.h"
 #include "ui/MainWindow.h"
 #include "ui/Messages.h"
 
@@ -64,6 +65,7 @@ std::unique_ptr<QCoreApplication> createWindowApplication(int &argc, char *argv[
     const QtMessageHandler usual = qInstallMessageHandler(endWithoutDisplay);
     auto application = std::make_unique<QApplication>(argc, argv);
     qInstallMessageHandler(usual);
+    installIndicatorStyle();
     if (const QStringList spare = platform::spareFonts(); !spare.isEmpty()) {
         QFont font = QApplication::font();
         font.setFamilies(QStringList(font.family()) + spare);

@@ -1,0 +1,94 @@
+#include "support/Rows.h"
+#include "ui/IndicatorStyle.h"
+#include "ui/ToolTip.h"
+
+#include <QApplication>
+#include <QLabel>
+#include <QPainter>
+#include <QStyle>
+#include <QStyleFactory>
+#include <QStyleOption>
+#include <QTest>
+
+namespace {
+
+QImage indicator(const QStyle &style, QStyle::PrimitiveElement element, const QPalette &palette)
+{
+    QStyleOptionButton option;
+    option.rect = QRect(0, 0, 14, 14);
+    option.palette = palette;
+    option.state = QStyle::State_Enabled | QStyle::State_Off;
+    QImage image(option.rect.size(), QImage::Format_RGB32);
+    image.fill(palette.color(QPalette::Window));
+    QPainter painter(&image);
+    style.drawPrimitive(element, &option, &painter);
+    return image;
+}
+
+/// The greatest difference in lightness from the background, of 255.
+int contrast(const QImage &image, const QPalette &palette)
+{
+    int most = 0;
+    for (int i = 0; i < image.width() * image.height(); ++i) {
+        const QColor color = image.pixelColor(i % image.width(), i / image.width());
+        const int difference = color.lightness() - palette.color(QPalette::Window).lightness();
+        most = std::max(most, std::abs(difference));
+    }
+    return most;
+}
+
+} // namespace
+
+class tst_Looks : public QObject
+{
+    Q_OBJECT
+
+private Q_SLOTS:
+    void outlinesUncheckedIndicators_data()
+    {
+        const Rows<QStyle::PrimitiveElement> row("element");
+        row("check box", QStyle::PE_IndicatorCheckBox);
+        row("radio button", QStyle::PE_IndicatorRadioButton);
+    }
+    void outlinesUncheckedIndicators()
+    {
+        QFETCH(QStyle::PrimitiveElement, element);
+        const std::unique_ptr<QStyle> plain(QStyleFactory::create("Fusion"));
+        const QPalette light(QColor(0xef, 0xef, 0xef));
+        QPalette dark(QColor(0x35, 0x35, 0x35), QColor(0x2b, 0x2b, 0x2b));
+        dark.setColor(QPalette::Base, QColor(0x1f, 0x1f, 0x1f));
+        QApplication::setStyle("Fusion");
+        installIndicatorStyle();
+        const QStyle &ours = *QApplication::style();
+        QVERIFY(contrast(indicator(*plain, element, dark), dark) < 40); // the reason for ours
+        QVERIFY(contrast(indicator(ours, element, dark), dark) > 90);
+        QCOMPARE(indicator(ours, element, light), indicator(*plain, element, light));
+    }
+
+    void leavesOtherStyles()
+    {
+        QApplication::setStyle("Windows");
+        const QStyle *before = QApplication::style();
+        installIndicatorStyle();
+        QCOMPARE(QApplication::style(), before);
+    }
+
+    void wrapsToolTips_data()
+    {
+        const Rows<QString> row("text");
+        row("words", QStringLiteral("Cannot write <file> ").repeated(20));
+        row("path", QStringLiteral("/a-folder-with-a-long-name").repeated(16));
+    }
+    void wrapsToolTips()
+    {
+        QFETCH(QString, text);
+        QLabel tip(wrappingToolTip(text)); // as tool tips are shown
+        tip.setWordWrap(Qt::mightBeRichText(tip.text()));
+        QVERIFY2(tip.sizeHint().width() < 700, qPrintable(QString::number(tip.sizeHint().width())));
+        QVERIFY(tip.heightForWidth(tip.sizeHint().width()) > 2 * tip.fontMetrics().height());
+        QCOMPARE(wrappingToolTip({}), QString());
+    }
+};
+
+QTEST_MAIN(tst_Looks)
+#include "tst_Looks.moc"
