@@ -1,5 +1,7 @@
 #include "ui/CheckListCombo.h"
 
+#include "ui/ToolTip.h"
+
 #include <QAbstractItemView>
 #include <QKeyEvent>
 #include <QMouseEvent>
@@ -41,7 +43,7 @@ void CheckListCombo::addEntry(const QString &key, const QString &text, const QSt
 {
     auto *item = new QStandardItem(text);
     item->setData(key, keyRole);
-    item->setToolTip(toolTip);
+    item->setToolTip(wrappingToolTip(toolTip));
     item->setFlags(Qt::ItemIsEnabled | Qt::ItemIsSelectable | Qt::ItemIsUserCheckable);
     item->setCheckState(Qt::Unchecked);
     item->setSizeHint({0, fontMetrics().height() + 6}); // room to hit it

@@ -2,6 +2,7 @@
 
 #include "core/Numbers.h"
 #include "data/DataSeries.h"
+#include "ui/ToolTip.h"
 
 #include <QSet>
 
@@ -541,7 +542,7 @@ QVariant DeviceTree::data(const QModelIndex &index, int role) const
         return m_isRead && isLost && index.column() == Name ? QVariant(m_warning) : QVariant();
     }
     case Qt::ToolTipRole:
-        return toolTip(node);
+        return wrappingToolTip(toolTip(node));
     default:
         return {};
     }

@@ -8,6 +8,7 @@
 #include "ui/GraphDefEditor.h"
 #include "ui/Messages.h"
 #include "ui/SchedulePicker.h"
+#include "ui/ToolTip.h"
 
 #include <QComboBox>
 #include <QDir>
@@ -167,7 +168,7 @@ void frmReportDefEditor::load(const clsReportDef &report)
     const QString folder = nativePath(reportFolder(report));
     txtOutputFolder->setText(folder);
     txtOutputFolder->setCursorPosition(0);
-    txtOutputFolder->setToolTip(folder);
+    txtOutputFolder->setToolTip(wrappingToolTip(folder));
     m_schedules->setSelection(report.ReportSchedules);
     m_devices->setSelection(report.ReportDevices);
     markUnchanged();

@@ -4,6 +4,7 @@
 #include "core/TimeZone.h"
 #include "definitions/DefinitionStores.h"
 #include "scheduling/DueState.h"
+#include "ui/ToolTip.h"
 
 #include <QApplication>
 #include <QStyle>
@@ -184,7 +185,7 @@ QVariant ReportList::data(const QModelIndex &index, int role) const
     case SortRole:
         return sortKey(row, index.column());
     case Qt::ToolTipRole: {
-        const QString tip = toolTip(row, index.column());
+        const QString tip = wrappingToolTip(toolTip(row, index.column()));
         return tip.isEmpty() ? QVariant() : tip;
     }
     case Qt::TextAlignmentRole:
