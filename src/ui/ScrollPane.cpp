@@ -14,8 +14,23 @@ ScrollPane::ScrollPane(QWidget *content, QWidget *parent)
 {
     setFrameShape(QFrame::NoFrame);
     setFocusPolicy(Qt::NoFocus);
-    setWidgetResizable(true);
     setWidget(content);
+}
+
+/// As a resizable widget of a scroll area the content would get the height that it likes best, with
+/// a scroll bar, before it gave way.
+void ScrollPane::fitContent()
+{
+    const QSize least = widget()->minimumSizeHint();
+    const QSize whole = maximumViewportSize();
+    const QSize room = whole.expandedTo(least) == whole ? whole : viewport()->size();
+    widget()->resize(room.expandedTo(least));
+}
+
+void ScrollPane::resizeEvent(QResizeEvent *event)
+{
+    fitContent();
+    QScrollArea::resizeEvent(event);
 }
 
 QSize ScrollPane::sizeHint() const
@@ -31,7 +46,9 @@ QSize ScrollPane::minimumSizeHint() const
 /// The window follows a content that needs more or less room, as it would follow the bare content.
 bool ScrollPane::eventFilter(QObject *watched, QEvent *event)
 {
-    if (watched == widget() && event->type() == QEvent::LayoutRequest)
+    if (watched == widget() && event->type() == QEvent::LayoutRequest) {
         updateGeometry();
+        fitContent();
+    }
     return QScrollArea::eventFilter(watched, event);
 }
