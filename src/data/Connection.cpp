@@ -9,11 +9,14 @@
 #include "data/odbc/OdbcConnection.h"
 #include "data/sqlite/AccessConnection.h"
 
+#include <map>
+
 std::unique_ptr<Connection> gConnection;
 
 namespace {
 
 int openRuns = 0;
+std::map<QString, StaticRecordset> tablesOfRun; ///< by their query
 
 QString accessPath()
 {
@@ -54,7 +57,10 @@ DatabaseRun::DatabaseRun()
 
 DatabaseRun::~DatabaseRun()
 {
-    if (--openRuns == 0 && gConnection)
+    if (--openRuns > 0)
+        return;
+    tablesOfRun.clear();
+    if (gConnection)
         gConnection->releaseSamples();
 }
 
@@ -94,6 +100,7 @@ bool OpenDatabase(QString &message)
 
 void CloseDatabase()
 {
+    tablesOfRun.clear();
     gConnection.reset();
 }
 
@@ -103,4 +110,13 @@ StaticRecordset openStatic(const QString &sql, const QStringList &wanted)
         throw Error(DatabaseError, QStringLiteral("The database connection is not open"));
     const std::unique_ptr<Recordset> rows = gConnection->open(sql, wanted);
     return StaticRecordset(*rows);
+}
+
+StaticRecordset openTable(const QString &sql)
+{
+    if (openRuns == 0)
+        return openStatic(sql);
+    const auto known = tablesOfRun.find(sql);
+    return known != tablesOfRun.end() ? known->second
+                                      : tablesOfRun.emplace(sql, openStatic(sql)).first->second;
 }

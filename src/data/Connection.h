@@ -48,8 +48,8 @@ public:
 extern std::unique_ptr<Connection> gConnection;
 
 /// Marks a run. While one lives, OpenDatabase leaves what the open connection has read as it is, so
-/// that all reports of the run see one state of the data and read the samples once; at its end the
-/// samples are released.
+/// that all reports of the run see one state of the data and read samples and whole tables once; at
+/// its end these are released.
 class DatabaseRun
 {
 public:
@@ -74,3 +74,5 @@ void CloseDatabase();
 
 /// Runs a query and fetches its rows whole.
 StaticRecordset openStatic(const QString &sql, const QStringList &wanted = {});
+/// The same for whole tables, which each report asks for: in a run they are fetched only once.
+StaticRecordset openTable(const QString &sql);

@@ -195,11 +195,12 @@ int Recordset::column(const QString &name) const
 }
 
 StaticRecordset::StaticRecordset(Recordset &source)
-    : m_columns(source.columns())
+    : m_table(std::make_shared<Table>())
 {
-    const int count = static_cast<int>(m_columns.size());
+    m_table->columns = source.columns();
+    const int count = static_cast<int>(m_table->columns.size());
     while (source.next()) {
-        std::vector<QVariant> &row = m_rows.emplace_back();
+        std::vector<QVariant> &row = m_table->rows.emplace_back();
         row.reserve(static_cast<size_t>(count));
         for (int i = 0; i < count; ++i)
             row.push_back(source.value(i));
@@ -209,7 +210,7 @@ StaticRecordset::StaticRecordset(Recordset &source)
 
 int StaticRecordset::column(const QString &name) const
 {
-    return columnOf(m_columns, name);
+    return columnOf(m_table->columns, name);
 }
 
 qsizetype StaticRecordset::recordCount() const
@@ -221,14 +222,15 @@ void StaticRecordset::setFilter(const QString &criterion)
 {
     m_at = 0;
     const std::vector<Condition> conditions = parsed(criterion);
+    const auto &rows = m_table->rows;
     if (conditions.empty()) {
-        m_passing.resize(m_rows.size());
+        m_passing.resize(rows.size());
         std::iota(m_passing.begin(), m_passing.end(), size_t(0));
         return;
     }
     const auto passes = [&](size_t row) {
         return std::all_of(conditions.begin(), conditions.end(), [&](const Condition &condition) {
-            return equals(m_rows[row][static_cast<size_t>(condition.column)], condition.value);
+            return equals(rows[row][static_cast<size_t>(condition.column)], condition.value);
         });
     };
     m_passing = candidates(conditions.front());
@@ -252,10 +254,11 @@ std::vector<StaticRecordset::Condition> StaticRecordset::parsed(const QString &c
 
 const StaticRecordset::Index &StaticRecordset::index(int column)
 {
-    const auto [entry, isNew] = m_indexes.try_emplace(column);
+    const auto [entry, isNew] = m_table->indexes.try_emplace(column);
     if (isNew) {
-        for (size_t row = 0; row < m_rows.size(); ++row)
-            entry->second.emplace(indexText(m_rows[row][static_cast<size_t>(column)]), row);
+        const auto &rows = m_table->rows;
+        for (size_t row = 0; row < rows.size(); ++row)
+            entry->second.emplace(indexText(rows[row][static_cast<size_t>(column)]), row);
     }
     return entry->second;
 }
@@ -300,7 +303,7 @@ const QVariant &StaticRecordset::cell(int column) const
 {
     if (eof())
         throw Error(NoCurrentRecord, QStringLiteral("No current record"));
-    return m_rows[m_passing[m_at]].at(static_cast<size_t>(column));
+    return m_table->rows[m_passing[m_at]].at(static_cast<size_t>(column));
 }
 
 bool StaticRecordset::isNull(int column) const

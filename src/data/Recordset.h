@@ -46,7 +46,8 @@ QString toText(const QVariant &value);
 /// A text in apostrophes, as criteria and SQL take it.
 QString quoted(QString text);
 
-/// A recordset fetched whole, with a filter, a count and a way back to the first row.
+/// A recordset fetched whole, with a filter, a count and a way back to the first row. Copies share
+/// the rows; each has its own filter and place.
 class StaticRecordset
 {
 public:
@@ -82,15 +83,19 @@ private:
         QString value;
     };
     using Index = std::unordered_multimap<QString, size_t>;
+    struct Table
+    {
+        QStringList columns;
+        std::vector<std::vector<QVariant>> rows;
+        std::unordered_map<int, Index> indexes; ///< by column, made on first use
+    };
 
     std::vector<Condition> parsed(const QString &criterion) const;
     const Index &index(int column);
     std::vector<size_t> candidates(const Condition &condition);
     const QVariant &cell(int column) const;
 
-    QStringList m_columns;
-    std::vector<std::vector<QVariant>> m_rows;
+    std::shared_ptr<Table> m_table;
     std::vector<size_t> m_passing; ///< numbers of the rows that pass the filter, ascending
     size_t m_at = 0;               ///< position in m_passing
-    std::unordered_map<int, Index> m_indexes; ///< by column, made on first use
 };

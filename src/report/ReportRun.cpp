@@ -138,9 +138,9 @@ public:
             return;
         }
 
-        StaticRecordset fields = openStatic(QStringLiteral("Select * from DataFields"));
-        StaticRecordset scales = openStatic(QStringLiteral("Select * from Scales"));
-        const StaticRecordset all = openStatic(QStringLiteral("Select IDent from Devices"));
+        StaticRecordset fields = openTable(QStringLiteral("Select * from DataFields"));
+        StaticRecordset scales = openTable(QStringLiteral("Select * from Scales"));
+        const StaticRecordset all = openTable(QStringLiteral("Select IDent from Devices"));
         ShowStatus(QStringLiteral("Evaluating "));
         ShowStatus(QStringLiteral("Total Devices: %1").arg(all.recordCount()));
         ShowStatus(QStringLiteral("Total Fields: %1").arg(fields.recordCount()));

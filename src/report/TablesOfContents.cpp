@@ -93,7 +93,7 @@ bool writeMasterTOC(QString &errorText, const ReportStandings &standings)
     if (!OpenDatabase(errorText))
         return false;
     ShowStatus(QStringLiteral("Loading device list."));
-    StaticRecordset devices = openStatic(deviceListQuery);
+    StaticRecordset devices = openTable(deviceListQuery);
 
     ShowStatus(QStringLiteral("Opening TOC file."));
     PageText page;
@@ -128,7 +128,7 @@ bool writeReportTOC(clsReportDef &report, QString &errorText, clsChartOutputBuil
     if (!OpenDatabase(errorText))
         return false;
     ShowStatus(QStringLiteral("Loading device list."));
-    StaticRecordset devices = openStatic(deviceListQuery);
+    StaticRecordset devices = openTable(deviceListQuery);
     SortDeviceSelection(report, devices);
     const int nameColumn = devices.column(QStringLiteral("MachName"));
     const int descriptionColumn = devices.column(QStringLiteral("MachDesc"));

@@ -85,11 +85,13 @@ private Q_SLOTS:
         QSKIP("A file that is being read cannot be replaced here");
 #endif
         const auto scales = [] { return openStatic("Select * from Scales").recordCount(); };
+        const auto table = [] { return openTable("Select * from Scales").recordCount(); };
         write(2);
         {
             const DatabaseRun run;
             QVERIFY(OpenDatabase(m_message));
             QCOMPARE(scales(), 2);
+            QCOMPARE(table(), 2);
             QTest::qWait(20); // file times are coarse
             write(5000);
             QVERIFY(OpenDatabase(m_message));
@@ -97,6 +99,7 @@ private Q_SLOTS:
         }
         QVERIFY(OpenDatabase(m_message));
         QCOMPARE(scales(), 5000);
+        QCOMPARE(table(), 5000);
     }
 
     void sortsDevices()
