@@ -3,6 +3,7 @@
 #include "charts/PerThread.h"
 
 #include <algorithm>
+#include <array>
 #include <cstdlib>
 #include <cstring>
 
@@ -12,67 +13,64 @@ constexpr size_t mostColors = 256;
 constexpr size_t keptColors = 64; ///< inks, and what else fills areas
 constexpr QRgb opaque = 0xFF000000;
 
-/// The colours of an image with their frequencies (in rows unlike the one above): a hash table
-/// without deletion.
+/// The colours of an image with their frequencies (in what is unlike the row above) and, later,
+/// their numbers in the palette: a hash table without deletion.
 class ColorTable
 {
 public:
-    struct Entry
-    {
-        QRgb color = 0; ///< 0: free, as no opaque colour is
-        uint count = 0;
-        uchar number = 0; ///< in the palette
-    };
+    static constexpr int full = -1;
 
-    /// The entry of a colour; null when the table is full.
-    Entry *find(QRgb color)
+    /// The place of a colour in the table, else `full`.
+    int find(QRgb color)
     {
         size_t at = (color * 0x9E3779B1u) >> (32 - bits);
         while (m_entries[at].color != color) {
             if (m_entries[at].color == 0) {
                 if (m_used == m_entries.size() / 2)
-                    return nullptr;
+                    return full;
                 ++m_used;
                 m_entries[at].color = color;
                 break;
             }
             at = (at + 1) % m_entries.size();
         }
-        return &m_entries[at];
+        return static_cast<int>(at);
     }
 
-    quint16 placeOf(const Entry *entry) const
-    {
-        return static_cast<quint16>(entry - m_entries.data());
-    }
-    /// The numbers in the palette, by place.
-    std::vector<uchar> numbers() const
-    {
-        std::vector<uchar> list(m_entries.size());
-        std::transform(m_entries.begin(), m_entries.end(), list.begin(),
-                       [](const Entry &entry) { return entry.number; });
-        return list;
-    }
+    void count(int place) { ++m_entries[static_cast<size_t>(place)].count; }
 
-    /// By frequency, most frequent first; equal ones by colour, so that the order is always the
-    /// same.
-    std::vector<Entry *> byFrequency()
+    /// Most frequent first; equal ones by colour, so that the order is always the same.
+    std::vector<QRgb> byFrequency() const
     {
-        std::vector<Entry *> used;
-        used.reserve(m_used);
-        for (Entry &entry : m_entries) {
+        std::vector<quint64> keys; // sort faster than entries
+        keys.reserve(m_used);
+        for (const Entry &entry : m_entries) {
             if (entry.color != 0)
-                used.push_back(&entry);
+                keys.push_back(quint64(~entry.count) << 32 | entry.color);
         }
-        std::sort(used.begin(), used.end(), [](const Entry *a, const Entry *b) {
-            return a->count != b->count ? a->count > b->count : a->color < b->color;
-        });
-        return used;
+        std::sort(keys.begin(), keys.end());
+        std::vector<QRgb> colors(keys.size());
+        std::transform(keys.begin(), keys.end(), colors.begin(),
+                       [](quint64 key) { return static_cast<QRgb>(key); });
+        return colors;
     }
+
+    void setNumber(QRgb color, int number)
+    {
+        m_numbers[static_cast<size_t>(find(color))] = static_cast<uchar>(number);
+    }
+    uchar number(quint16 place) const { return m_numbers[place]; }
 
 private:
+    struct Entry
+    {
+        QRgb color = 0; ///< 0: free, as no opaque colour is
+        uint count = 0;
+    };
+
     static constexpr int bits = 13;
     std::vector<Entry> m_entries = std::vector<Entry>(size_t(1) << bits);
+    std::vector<uchar> m_numbers = std::vector<uchar>(size_t(1) << bits);
     size_t m_used = 0;
 };
 
@@ -131,33 +129,71 @@ private:
 
 /// Gives every colour its number; the most frequent ones are kept, and of the rest those that no
 /// kept one is near enough to. False when that makes too many.
-bool chooseColors(const std::vector<ColorTable::Entry *> &entries, Palette &palette)
+bool chooseColors(ColorTable &table, Palette &palette)
 {
-    const bool all = entries.size() <= mostColors;
-    for (size_t i = 0; i < entries.size(); ++i) {
-        ColorTable::Entry &entry = *entries[i];
-        int number = all || i < keptColors ? -1 : palette.find(entry.color);
+    const std::vector<QRgb> colors = table.byFrequency();
+    const bool all = colors.size() <= mostColors;
+    for (size_t i = 0; i < colors.size(); ++i) {
+        int number = all || i < keptColors ? -1 : palette.find(colors[i]);
         if (number < 0)
-            number = palette.add(entry.color);
+            number = palette.add(colors[i]);
         if (number < 0)
             return false;
-        entry.number = static_cast<uchar>(number);
+        table.setNumber(colors[i], number);
     }
     return true;
 }
 
-/// Calls `use(color, length)` for each stretch of one colour until it returns false; whether it
-/// never did.
-template <typename Use>
-bool forEachRun(const QRgb *line, int width, Use use)
+/// Pixels that are compared with those above them at once.
+constexpr int chunk = 8;
+
+bool sameChunk(const QRgb *a, const QRgb *b)
 {
-    for (int x = 0; x < width;) {
-        const int from = x;
-        const QRgb color = line[x];
-        while (x < width && line[x] == color)
-            ++x;
-        if (!use(color, x - from))
-            return false;
+    quint64 difference = 0;
+    for (int i = 0; i < chunk; i += 2) {
+        quint64 left = 0;
+        quint64 right = 0;
+        std::memcpy(&left, a + i, sizeof left);
+        std::memcpy(&right, b + i, sizeof right);
+        difference |= left ^ right;
+    }
+    return difference == 0;
+}
+
+/// An image's colours as places in a table. Charts are mostly like the row above, so only chunks
+/// that are not have their places here; `isNew` tells for each chunk which it is.
+struct Places
+{
+    std::vector<char> isNew;
+    std::vector<quint16> places;
+};
+
+/// False when there are too many colours.
+bool findPlaces(const QImage &image, ColorTable &table, Places &found)
+{
+    const int width = image.width();
+    const int height = image.height();
+    found.isNew.resize(static_cast<size_t>((width + chunk - 1) / chunk * height));
+    found.places.resize(static_cast<size_t>(width) * static_cast<size_t>(height));
+    char *isNew = found.isNew.data();
+    quint16 *to = found.places.data();
+    const QRgb *above = nullptr;
+    for (int y = 0; y < height; ++y) {
+        const auto *line = reinterpret_cast<const QRgb *>(image.constScanLine(y));
+        for (int x = 0; x < width; x += chunk) {
+            const int count = std::min(chunk, width - x);
+            *isNew = !above || count < chunk || !sameChunk(line + x, above + x);
+            if (!*isNew++)
+                continue;
+            for (int i = x; i < x + count; ++i) {
+                const int place = table.find(line[i] | opaque);
+                if (place == ColorTable::full)
+                    return false;
+                table.count(place);
+                *to++ = static_cast<quint16>(place);
+            }
+        }
+        above = line;
     }
     return true;
 }
@@ -166,55 +202,31 @@ bool forEachRun(const QRgb *line, int width, Use use)
 
 std::optional<PalettedImage> paletted(const QImage &image)
 {
-    const int width = image.width();
-    const int height = image.height();
-    const auto row = [&](int y) { return reinterpret_cast<const QRgb *>(image.constScanLine(y)); };
-    const auto sameAsAbove = [&](int y) {
-        return y > 0 &&
-               std::memcmp(row(y), row(y - 1), static_cast<size_t>(width) * sizeof(QRgb)) == 0;
-    };
-
-    // First every pixel gets the place of its colour in the table, then the number in the palette.
     ColorTable table;
-    // Half a megabyte, used again by the next image.
-    auto &places = perThread<std::vector<quint16>, PalettedImage>();
-    places.resize(static_cast<size_t>(width) * static_cast<size_t>(height));
-    quint16 *place = places.data();
-    for (int y = 0; y < height; ++y) {
-        if (sameAsAbove(y)) {
-            place += width;
-            continue;
-        }
-        const bool complete = forEachRun(row(y), width, [&](QRgb color, int length) {
-            ColorTable::Entry *entry = table.find(color | opaque);
-            if (!entry)
-                return false;
-            entry->count += static_cast<uint>(length);
-            place = std::fill_n(place, length, table.placeOf(entry));
-            return true;
-        });
-        if (!complete)
-            return {};
-    }
+    auto &found = perThread<Places, PalettedImage>(); // used again by the next image
+    Palette palette;
+    if (!findPlaces(image, table, found) || !chooseColors(table, palette))
+        return {};
 
     PalettedImage result;
-    Palette palette;
-    if (!chooseColors(table.byFrequency(), palette))
-        return {};
     result.colors = std::move(palette.colors);
-    result.width = width;
-    result.height = height;
-    const std::vector<uchar> numbers = table.numbers();
-    result.pixels.resize(places.size());
+    result.width = image.width();
+    result.height = image.height();
+    result.pixels.resize(static_cast<size_t>(image.width()) * static_cast<size_t>(image.height()));
     uchar *pixel = result.pixels.data();
-    place = places.data();
-    for (int y = 0; y < height; ++y) {
-        if (sameAsAbove(y))
-            std::copy_n(pixel - width, width, pixel);
-        else
-            std::transform(place, place + width, pixel, [&](quint16 at) { return numbers[at]; });
-        place += width;
-        pixel += width;
+    auto isNew = found.isNew.cbegin();
+    auto place = found.places.cbegin();
+    for (int y = 0; y < result.height; ++y) {
+        for (int x = 0; x < result.width; x += chunk) {
+            const int count = std::min(chunk, result.width - x);
+            if (*isNew++) {
+                pixel = std::transform(place, place + count, pixel,
+                                       [&](quint16 at) { return table.number(at); });
+                place += count;
+            } else {
+                pixel = std::copy_n(pixel - result.width, chunk, pixel);
+            }
+        }
     }
     return result;
 }
