@@ -8,7 +8,7 @@ CsvText &CsvText::text(const QString &value)
 {
     separate();
     m_bytes += '"';
-    m_bytes += QString(value).replace(u'"', QLatin1String("\"\"")).toUtf8();
+    m_bytes += value.toUtf8().replace('"', "\"\"");
     m_bytes += '"';
     return *this;
 }
@@ -23,6 +23,13 @@ CsvText &CsvText::number(double value)
 CsvText &CsvText::fixed(double value)
 {
     return number(std::nearbyint(value * 10'000) / 10'000);
+}
+
+CsvText &CsvText::fields(const CsvText &ready)
+{
+    separate();
+    m_bytes += ready.m_bytes;
+    return *this;
 }
 
 void CsvText::endRecord()

@@ -13,6 +13,8 @@ public:
     CsvText &number(double value);
     /// A fixed-point number with at most four decimals, halves rounded to even.
     CsvText &fixed(double value);
+    /// All fields of an unfinished record, written once for many records.
+    CsvText &fields(const CsvText &ready);
     void endRecord();
 
     const QByteArray &bytes() const { return m_bytes; }

@@ -340,6 +340,8 @@ void DevicePage::writeDetails(PageText &page, const Item &item) const
         });
     page.write(GetHTIPart(table, marker, true));
 
+    CsvText names; // what each record begins with
+    names.text(item.name).text(chart.SampleLabel);
     CsvText csv;
     csv.text(QStringLiteral("Entry Name"))
         .text(QStringLiteral("Sample Name"))
@@ -355,7 +357,7 @@ void DevicePage::writeDetails(PageText &page, const Item &item) const
             const StateRow row{bucket.longLabel, static_cast<double>(bucket.successes),
                                static_cast<double>(bucket.failures())};
             page.write(row.filled(builder.STATE_DetailItem));
-            csv.text(item.name).text(chart.SampleLabel).text(bucket.longLabel);
+            csv.fields(names).text(bucket.longLabel);
             row.addCounts(csv);
             csv.endRecord();
             total.successes += row.successes;
@@ -364,6 +366,8 @@ void DevicePage::writeDetails(PageText &page, const Item &item) const
         page.write(total.filledAsTotal(builder.STATE_DetailItem));
     } else {
         csv.text(QStringLiteral("Scale")).text(QStringLiteral("Value")).endRecord();
+        CsvText scale;
+        scale.text(item.scaleName);
         const int decimals = valueDecimals(item.series);
         for (const SeriesBucket &bucket : item.series.buckets) {
             const bool empty = bucket.isEmpty();
@@ -371,10 +375,9 @@ void DevicePage::writeDetails(PageText &page, const Item &item) const
                                     {{QLatin1String("sample.label"), bucket.longLabel},
                                      {QLatin1String("sample.value"),
                                       empty ? QString() : fixedNumber(bucket.mean, decimals)}}));
-            csv.text(item.name)
-                .text(chart.SampleLabel)
+            csv.fields(names)
                 .text(bucket.longLabel)
-                .text(item.scaleName)
+                .fields(scale)
                 .text(empty ? QString() : trimmedNumber(bucket.mean, 6))
                 .endRecord();
         }
