@@ -182,8 +182,9 @@ bool findPlaces(const QImage &image, ColorTable &table, Places &found)
         const auto *line = reinterpret_cast<const QRgb *>(image.constScanLine(y));
         for (int x = 0; x < width; x += chunk) {
             const int count = std::min(chunk, width - x);
-            *isNew = !above || count < chunk || !sameChunk(line + x, above + x);
-            if (!*isNew++)
+            const bool changes = !above || count < chunk || !sameChunk(line + x, above + x);
+            *isNew++ = changes ? 1 : 0;
+            if (!changes)
                 continue;
             for (int i = x; i < x + count; ++i) {
                 const int place = table.find(line[i] | opaque);
