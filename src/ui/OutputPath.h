@@ -7,7 +7,7 @@ class QLineEdit;
 
 /// The output-location dialog: the folder that reports are written to. OK makes sure that the
 /// folder is there and can be written to, and saves it in the grapher configuration.
-class frmOutputPath : public EditorDialog
+class frmOutputPath final : public EditorDialog
 {
     Q_OBJECT
 
