@@ -7,7 +7,7 @@ class QLineEdit;
 
 /// The output-location dialog: the folder that reports are written to. OK makes sure that the
 /// folder is there and can be written to, and saves it in the grapher configuration.
-class frmOutputPath final : public EditorDialog
+class frmOutputPath : public EditorDialog
 {
     Q_OBJECT
 
@@ -17,8 +17,9 @@ public:
     void accept() override;
 
 protected:
-    QString contentText() const override;
-    QString inputError(QWidget *&field) const override;
+    // Asked in the constructor already.
+    QString contentText() const final;
+    QString inputError(QWidget *&field) const final;
 
 private:
     QString folder() const;
