@@ -212,7 +212,7 @@ void saveTextFile(const QString &configured, const QString &text)
 
 void copyFile(const QString &source, const QString &destination)
 {
-    saveFile(destination, readFile(source, std::numeric_limits<int>::max()));
+    saveExactFile(destination, readFile(source, std::numeric_limits<int>::max()));
 }
 
 void CopyFileQuiet(const QString &source, const QString &destination)

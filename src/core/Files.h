@@ -37,7 +37,8 @@ void saveFile(const QString &configured, QByteArrayView content);
 void saveExactFile(const QString &configured, QByteArrayView content);
 void saveTextFile(const QString &configured, const QString &text);
 
-/// Copies a file, replacing the destination. Throws Error that names the file at fault.
+/// Copies a file to exactly that name, replacing what has it. Throws Error that names the file at
+/// fault.
 void copyFile(const QString &source, const QString &destination);
 /// The same with every error ignored; the caller finds out by reading the destination.
 void CopyFileQuiet(const QString &source, const QString &destination);

@@ -37,7 +37,7 @@ void fillFromShare(const QString &folder)
         if (!QDir().mkpath(QFileInfo(target).path()))
             throw Error(PathNotFound,
                         QStringLiteral("Cannot create folder '%1'").arg(QFileInfo(target).path()));
-        if (!QFileInfo::exists(target))
+        if (!fileExists(target))
             copyFile(share + u'/' + name, target);
     }
 }

@@ -221,6 +221,10 @@ private Q_SLOTS:
         CopyFileQuiet(sandbox->path("a"), b);
         QCOMPARE(readFile(b), "A");
         QCOMPARE(sandbox->names().join(u','), "a,b");
+#ifndef Q_OS_WIN
+        copyFile(sandbox->path("b"), sandbox->path("A")); // pages link to it by this name
+        QCOMPARE(readFile(sandbox->path("A")), "A");
+#endif
         QCOMPARE(errorOf([&] { copyFile(sandbox->path("none"), b); }).number, int(FileNotFound));
     }
 };
