@@ -29,9 +29,11 @@ public:
         : m_port(freePort())
     {
         // A server that starts removes the temporary tables in its tmpdir, also those of others.
-        const QStringList common = {u"--no-defaults"_s, u"--datadir="_s + path("data"),
+        const QStringList common = {u"--no-defaults"_s,
+                                    u"--datadir="_s + path("data"),
                                     u"--tmpdir="_s + m_folder.path(),
-                                    u"--skip-innodb"_s, u"--default-storage-engine=Aria"_s,
+                                    u"--skip-innodb"_s,
+                                    u"--default-storage-engine=Aria"_s,
                                     u"--user="_s + userName()};
         install(common);
         saveFile(path("init.sql"), (account() + statements).join(u'\n').toUtf8() + '\n');
