@@ -5,10 +5,23 @@
 
 #include <QCoreApplication>
 #include <QDir>
+#include <QFileInfo>
+#include <QStandardPaths>
 
 bool isTaskRegistered(platform::TaskScheduler &scheduler)
 {
     return scheduler.taskList().contains(scheduledTaskName, Qt::CaseInsensitive);
+}
+
+QString otherTaskHome(platform::TaskScheduler &scheduler)
+{
+    if (!isTaskRegistered(scheduler))
+        return {};
+    QString home = scheduler.openTask(scheduledTaskName).workingDirectory;
+    if (home.isEmpty()) // the timer that the package brings
+        home = QStandardPaths::writableLocation(QStandardPaths::AppDataLocation);
+    return QFileInfo(home) == QFileInfo(programFolder()) ? QString()
+                                                         : QDir::toNativeSeparators(home);
 }
 
 bool registerTask(platform::TaskScheduler &scheduler, const TaskAccount &account,
@@ -16,6 +29,13 @@ bool registerTask(platform::TaskScheduler &scheduler, const TaskAccount &account
 {
     if (isTaskRegistered(scheduler))
         return false;
+    replaceTask(scheduler, account, moreParameters);
+    return true;
+}
+
+void replaceTask(platform::TaskScheduler &scheduler, const TaskAccount &account,
+                 const QStringList &moreParameters)
+{
     platform::ScheduledTask task = scheduler.createTask(scheduledTaskName);
     task.application = QDir::toNativeSeparators(QCoreApplication::applicationFilePath());
     task.comment = QStringLiteral("This task runs the Vantrel Graphing tool once per hour and "
@@ -36,7 +56,6 @@ bool registerTask(platform::TaskScheduler &scheduler, const TaskAccount &account
     task.user = account.user;
     task.password = account.password;
     scheduler.saveTask(task);
-    return true;
 }
 
 bool unregisterTask(platform::TaskScheduler &scheduler)

@@ -10,8 +10,12 @@
 
 inline const QString scheduledTaskName = QStringLiteral("VantrelGraphTool");
 
-/// Whether the scheduler's list of tasks names it, without regard to case.
+/// Whether the scheduler's list of tasks names it, without regard to case: for any program folder.
 bool isTaskRegistered(platform::TaskScheduler &scheduler);
+
+/// The program folder of a registered task that works for another one than this process's; empty
+/// when it works for this one, or none is registered.
+QString otherTaskHome(platform::TaskScheduler &scheduler);
 
 /// The account under which the task runs; empty: the present user's.
 struct TaskAccount
@@ -24,6 +28,10 @@ struct TaskAccount
 /// there is one already, which keeps its settings and account.
 bool registerTask(platform::TaskScheduler &scheduler, const TaskAccount &account = {},
                   const QStringList &moreParameters = {});
+
+/// The same, in the place of a task that is there.
+void replaceTask(platform::TaskScheduler &scheduler, const TaskAccount &account,
+                 const QStringList &moreParameters);
 
 /// False when there is none.
 bool unregisterTask(platform::TaskScheduler &scheduler);

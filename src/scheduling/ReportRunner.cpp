@@ -182,6 +182,8 @@ void produceReports(const std::vector<Chosen> &chosen, RunRecord &run)
         progress.item.clear();
         showProgress(progress);
         produceReport(*chosen[i].report, run, record, progress, pool);
+        if (CancelRequested)
+            continue; // the bar stays where the run ended
         // Items of devices that the database does not know count as done, too.
         progress.done = before += itemCount(*chosen[i].report);
         showProgress(progress);

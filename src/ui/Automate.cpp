@@ -161,7 +161,7 @@ bool frmAutomate::registerJob()
         const TaskAccount account = m_scheduler.needsAccount()
                                         ? TaskAccount{txtUserName->text(), txtPassword->text()}
                                         : TaskAccount{};
-        registerTask(m_scheduler, account, m_taskOptions);
+        replaceTask(m_scheduler, account, m_taskOptions);
     } catch (const Error &error) {
         showCritical(this, QStringLiteral("Automate Graphing"),
                      QStringLiteral("The scheduled task could not be added.") +

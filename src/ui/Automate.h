@@ -9,7 +9,8 @@ class QLineEdit;
 class QPushButton;
 class QStatusBar;
 
-/// The Automate dialog: registers the hourly job under the account typed in it. Where the system
+/// The Automate dialog: registers the hourly job under the account typed in it, in the place of
+/// another folder's job. Where the system
 /// takes no account it has no such fields, and says so.
 class frmAutomate : public QDialog
 {

@@ -5,7 +5,9 @@
 
 #include <QDateTimeEdit>
 #include <QGridLayout>
+#include <QKeyEvent>
 #include <QLabel>
+#include <QLineEdit>
 #include <QMenu>
 #include <QPushButton>
 #include <QSignalBlocker>
@@ -20,9 +22,42 @@ DateRange wholeDays(const QDate &first, const QDate &last)
     return {wallDateTime(first), wallDateTime(last, lastSecond)};
 }
 
+/// A date-time that can be typed as it is shown, and pasted. Qt's own field drops digits typed over
+/// a selection of several parts, and takes a separator typed after a part that it has left already,
+/// being full, for one that ends the next part.
+class DateTimeField : public QDateTimeEdit
+{
+protected:
+    void keyPressEvent(QKeyEvent *event) override
+    {
+        const QString typed = event->text();
+        const bool isDigit = typed.size() == 1 && typed[0].isDigit();
+        const bool isSeparator = typed.size() == 1 && QStringLiteral("-:/. ").contains(typed);
+        if (isSeparator && std::exchange(m_hasMovedOn, false))
+            return;
+        if (isDigit && lineEdit()->selectedText() == text())
+            setSelectedSection(YearSection);
+        const Section before = currentSection();
+        QDateTimeEdit::keyPressEvent(event);
+        m_hasMovedOn = isDigit && currentSection() != before;
+    }
+
+    /// A date alone, as it is pasted, keeps the time of day.
+    QValidator::State validate(QString &input, int &pos) const override
+    {
+        const QDate date = QDate::fromString(input.trimmed(), QStringLiteral("yyyy-MM-dd"));
+        if (date.isValid())
+            input = QDateTime(date, time(), Qt::UTC).toString(displayFormat());
+        return QDateTimeEdit::validate(input, pos);
+    }
+
+private:
+    bool m_hasMovedOn = false; ///< the last digit filled its part
+};
+
 QDateTimeEdit *newField(const QString &name, const QString &toolTip)
 {
-    auto *field = new QDateTimeEdit;
+    auto *field = new DateTimeField;
     field->setObjectName(name);
     field->setTimeSpec(Qt::UTC); // wall times: every hour of the day exists
     field->setDisplayFormat(QStringLiteral("yyyy-MM-dd HH:mm"));

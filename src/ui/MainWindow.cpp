@@ -4,6 +4,7 @@
 #include "core/Error.h"
 #include "core/Files.h"
 #include "core/GrapherConfig.h"
+#include "core/Paths.h"
 #include "core/State.h"
 #include "data/Connection.h"
 #include "definitions/DefinitionStores.h"
@@ -88,7 +89,12 @@ void frmGrapherMain::updateAutomate()
 {
     QString trouble;
     try {
-        mnuToolsAutomate->setChecked(isTaskRegistered(m_scheduler));
+        const QString otherHome = otherTaskHome(m_scheduler);
+        mnuToolsAutomate->setChecked(otherHome.isEmpty() && isTaskRegistered(m_scheduler));
+        if (!otherHome.isEmpty())
+            trouble = QStringLiteral("The hourly job makes the reports of another folder, '%1', "
+                                     "not those of '%2'. Tools, Automated Reporting changes that.")
+                          .arg(otherHome, programFolder());
     } catch (const Error &error) {
         // Not knowing is not the same as there being none: the last that is known stands.
         trouble = QLatin1String("Error reading the scheduled tasks ") + errorTail(error);
@@ -224,10 +230,12 @@ void frmGrapherMain::removeReport()
     if (!cmdReportRemove->isEnabled())
         return;
     const QString id = lvReports->selectedIds().constFirst();
-    if (!askYesNo(this, QStringLiteral("Remove Chart Definition"),
-                  QStringLiteral("This operation can NOT be undone.\n"
-                                 "Are you sure you wish to remove the selected report "
-                                 "definition?")))
+    const auto report = gReportDefs.find(id);
+    if (!report || !askYesNo(this, QStringLiteral("Remove Report Definition"),
+                             QStringLiteral("This operation can NOT be undone.\n"
+                                            "Are you sure you wish to remove the report definition "
+                                            "\u201c%1\u201d?")
+                                 .arg(report->ReportTitle)))
         return;
     try {
         removeReportDef(id);
@@ -329,7 +337,7 @@ void frmGrapherMain::switchAutomation()
     try {
         if (wasChecked) {
             unregisterTask(m_scheduler);
-        } else if (!isTaskRegistered(m_scheduler)) {
+        } else if (!isTaskRegistered(m_scheduler) || askToTakeOverJob()) {
             frmAutomate dialog(m_scheduler, m_taskOptions, this);
             dialog.exec();
         }
@@ -340,6 +348,19 @@ void frmGrapherMain::switchAutomation()
     }
     updateAutomate();
     tick();
+}
+
+/// Whether the hourly job of another folder is to become this one's.
+bool frmGrapherMain::askToTakeOverJob()
+{
+    const QString otherHome = otherTaskHome(m_scheduler);
+    return !otherHome.isEmpty() &&
+           askYesNo(this, QStringLiteral("Automate Graphing"),
+                    QStringLiteral("There is one hourly job, and it makes the reports of "
+                                   "another folder:\n\n%1\n\nHave it make those of this "
+                                   "folder instead?\n\n%2\n\nThe reports of the other folder "
+                                   "then no longer run by themselves.")
+                        .arg(otherHome, programFolder()));
 }
 
 void frmGrapherMain::showCompactNotice()
@@ -393,6 +414,6 @@ void frmGrapherMain::openInBrowser(const QString &url)
 {
     const QString path = nativePath(url.mid(int(qstrlen("file://"))));
     if (!QDesktopServices::openUrl(QUrl::fromLocalFile(path)))
-        ShowStatus(QLatin1String("No browser could be started. The page is: ") +
-                   QDir::toNativeSeparators(path));
+        showWarning(this, QStringLiteral("Warning"),
+                    QLatin1String("Error loading browser to ") + url);
 }

@@ -38,8 +38,9 @@ public:
     /// Loads the definitions and fills the list; says which files could not be read whole.
     void loadReports();
 
-    /// Checks "Automated Reporting" when the hourly job is registered. Leaves it as it is, and says
-    /// so in the status lines, when the scheduler cannot tell.
+    /// Checks "Automated Reporting" when the hourly job is registered for this program's folder.
+    /// Says in the status lines when it works for another folder, and when the scheduler cannot
+    /// tell: the check mark then stays as it is.
     void updateAutomate();
 
     /// Recomputes the command states, and starts Timer1.
@@ -73,6 +74,7 @@ private:
     void updateCommands();
     void showMenu(const QPoint &place);
     bool editReport(const QString &reportId);
+    bool askToTakeOverJob();
     void run(const QStringList &reportIds);
     void setRunning(bool running);
     void runWhatIsDue();

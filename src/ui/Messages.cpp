@@ -20,6 +20,11 @@ void showInformation(QWidget *parent, const QString &title, const QString &text)
     ask(parent, QMessageBox::Information, title, text, QMessageBox::Ok, QMessageBox::Ok);
 }
 
+void showWarning(QWidget *parent, const QString &title, const QString &text)
+{
+    ask(parent, QMessageBox::Warning, title, text, QMessageBox::Ok, QMessageBox::Ok);
+}
+
 void showCritical(QWidget *parent, const QString &title, const QString &text)
 {
     ask(parent, QMessageBox::Critical, title, text, QMessageBox::Ok, QMessageBox::Ok);

@@ -7,6 +7,7 @@ class QWidget;
 /// Message boxes in the system's forms. Each waits for the user's answer.
 
 void showInformation(QWidget *parent, const QString &title, const QString &text);
+void showWarning(QWidget *parent, const QString &title, const QString &text);
 void showCritical(QWidget *parent, const QString &title, const QString &text);
 
 /// Yes and No with the question icon; No is the default. True for Yes.

@@ -135,6 +135,16 @@ private Q_SLOTS:
                  "/tmp\n</AUTO>\n<--home>\n</srv/100% of $HOME/it's>\n");
     }
 
+    void tellsTheDirectoryAgain()
+    {
+        ScheduledTask task = hourlyTask();
+        for (const QString folder : {"/tmp", "/srv/it's 100% '\\%' \\"}) {
+            task.workingDirectory = folder;
+            QCOMPARE(directoryOfService(serviceUnit(task)), folder);
+            QCOMPARE(directoryOfLines(linesOf(withTask("", task), task.name)), folder);
+        }
+    }
+
     void gathersHours()
     {
         const auto calendar = [](const ScheduledTask &task) {
@@ -191,6 +201,7 @@ private Q_SLOTS:
                     .contains("--user daemon-reload\n"
                               "--user enable --now VantrelGraphTool.timer\n"));
         QVERIFY(scheduler->openTask(task.name).commandLine.startsWith("\"/opt/a b/"));
+        QCOMPARE(scheduler->openTask(task.name).workingDirectory, "/tmp");
         QVERIFY(scheduler->isRunning(task.name));
         scheduler->endTask(task.name);
         QVERIFY(box->read("home/calls").endsWith("--user stop VantrelGraphTool.service\n"));
@@ -214,6 +225,7 @@ private Q_SLOTS:
         QCOMPARE(box->read("home/crontab"), withTask("", task));
         QCOMPARE(scheduler->taskList(), task.name);
         QVERIFY(scheduler->openTask(task.name).commandLine.contains("0 * * * * sleep 1; "));
+        QCOMPARE(scheduler->openTask(task.name).workingDirectory, "/tmp");
         QVERIFY(!scheduler->isRunning(task.name));
         QVERIFY(!fileExists(box->path(timerFile)));
         scheduler->deleteTask(task.name);

@@ -7,6 +7,7 @@
 #include "ui/GraphDefEditor.h"
 
 #include <QAction>
+#include <QClipboard>
 #include <QDateTimeEdit>
 #include <QDialogButtonBox>
 #include <QFileDialog>
@@ -362,6 +363,41 @@ private Q_SLOTS:
         QVERIFY(words.endsWith("47 intervals of an hour"));
         QCOMPARE(chart.StartTime, before.StartTime);
         QCOMPARE(chart.EndTime, wall("2026-11-03T08:15:59"));
+    }
+
+    void rangeAsTyped_data()
+    {
+        const Rows<QString, QString> row("typed", "range");
+        row("the year alone", "2027\t", "2027-11-01 08:15");
+        row("over the first part", "2027-10-02 07:14", "2027-10-02 07:14");
+        row("short numbers", "2027-2-3 7:04", "2027-02-03 07:04");
+        row("over everything", "*2027-10-02", "2027-10-02 08:15");
+        row("after a day that the month lacks", "*2027-10-31\t2027-2-3", "2027-02-03 08:15");
+        row("pasted over everything", "*=2027-10-02", "2027-10-02 08:15");
+        row("pasted with a time", "*=2027-10-02 07:14", "2027-10-02 07:14");
+    }
+    void rangeAsTyped()
+    {
+        QFETCH(QString, typed);
+        const QDateTime before = wall("2026-11-01T08:15:00");
+        Controls<RangeEdit> range;
+        range.setRange(before, before);
+        auto *field = range.find<QDateTimeEdit>("txtStart");
+        range.open();
+        for (qsizetype i = 0; i < typed.size(); ++i) {
+            if (typed[i] == '*') {
+                field->selectAll();
+            } else if (typed[i] == '\t') {
+                field->setSelectedSection(QDateTimeEdit::YearSection);
+            } else if (typed[i] == '=') {
+                QGuiApplication::clipboard()->setText(typed.mid(i + 1));
+                QTest::keyClick(field, Qt::Key_V, Qt::ControlModifier);
+                break;
+            } else {
+                QTest::keyClick(field, typed[i].toLatin1());
+            }
+        }
+        QTEST(range.start().toString("yyyy-MM-dd HH:mm"), "range");
     }
 
     void rangeThatEndsTooEarly()

@@ -117,6 +117,7 @@ public:
     void automate()
     {
         scheduler.list = "VantrelGraphTool\n";
+        scheduler.saved.workingDirectory = box.path();
         window->updateAutomate();
         window->tick();
     }
@@ -206,8 +207,8 @@ private Q_SLOTS:
         site.answers.click(QMessageBox::No);
         site.press(Qt::Key_Delete);
         QCOMPARE(site.answers.said,
-                 QStringList("Remove Chart Definition: This operation can NOT be undone.\n"
-                             "Are you sure you wish to remove the selected report definition?"));
+                 QStringList("Remove Report Definition: This operation can NOT be undone.\n"
+                             "Are you sure you wish to remove the report definition “Beta”?"));
         QCOMPARE(site.titles(), allTitles);
         QCOMPARE(site.box.read(definitionFile), before);
         site.answers.click(QMessageBox::Yes);
@@ -298,6 +299,12 @@ private Q_SLOTS:
         site.button("cmdReportOpen")->click();
         QCOMPARE(site.browsed, QStringList({nativePath(outputFolder() + "REPORTS.HTM"),
                                             nativePath(reportPage(*gReportDefs.find("{Gamma}")))}));
+
+        QDesktopServices::setUrlHandler("file", &site, "isMissing");
+        site.answers.click(QMessageBox::Ok);
+        site.button("cmdReportOpen")->click();
+        QCOMPARE(site.answers.said.last(), "Warning: Error loading browser to file://" +
+                                               reportPage(*gReportDefs.find("{Gamma}")));
     }
 
     void changesNothingElseDuringARun()
@@ -332,9 +339,17 @@ private Q_SLOTS:
         Site site;
         const QByteArray before = site.box.read(definitionFile);
         site.select({"Alpha", "Beta"});
-        QTimer::singleShot(0, this, [&] { site.button("cmdReportView")->click(); });
+        int most = 0;
+        connect(control<QProgressBar>(*site.window, "pbarCurrent"), &QProgressBar::valueChanged,
+                this, [&](int value) { most = std::max(most, value); });
+        connect(control<StatusBox>(*site.window, "txtStatusInfo"), &QPlainTextEdit::textChanged,
+                this, [&] {
+                    if (!CancelRequested && site.status().contains("Summarizing"))
+                        site.button("cmdReportView")->click();
+                });
         site.answers.click(QMessageBox::Ok);
         site.button("cmdReportView")->click();
+        QCOMPARE(most, 0); // what was not done does not count as done
         QCOMPARE(site.answers.said, QStringList("Report Execution: Report execution cancelled."));
         QVERIFY(site.status().contains("\nCancel requested.\n"));
         QVERIFY(site.status().endsWith("\nReport run cancelled by user."));
@@ -472,6 +487,20 @@ private Q_SLOTS:
         site.scheduler.list = "VantrelGraphTool\n";
         Q_EMIT menu->aboutToShow();
         QVERIFY(automate->isChecked());
+
+        site.scheduler.saved.workingDirectory = "/srv/other";
+        Q_EMIT menu->aboutToShow();
+        QVERIFY(!automate->isChecked() && site.panel().isEmpty());
+        QVERIFY(site.status().contains("another folder, '/srv/other', not those of"));
+        site.answers.click(QMessageBox::No);
+        automate->trigger();
+        QCOMPARE(site.scheduler.saved.workingDirectory, "/srv/other");
+        site.answers.click(QMessageBox::Yes);
+        site.answers.add([](QWidget &dialog) { QTest::keyClick(&dialog, Qt::Key_Return); });
+        site.answers.click(QMessageBox::Ok);
+        automate->trigger();
+        QVERIFY(site.answers.allDone() && automate->isChecked());
+        QCOMPARE(site.scheduler.saved.workingDirectory, site.box.path());
 
         automate->trigger();
         QVERIFY(!automate->isChecked());

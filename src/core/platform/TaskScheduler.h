@@ -47,8 +47,8 @@ public:
     /// A new task of that name, known to the system once it is saved.
     virtual ScheduledTask createTask(const QString &name) = 0;
 
-    /// A registered task; Error(ItemNotFound) when there is none. Beyond `name` and `commandLine`
-    /// its members may be empty.
+    /// A registered task; Error(ItemNotFound) when there is none. Beyond `name`, `commandLine` and
+    /// `workingDirectory`, which stays empty for a task that names none, its members may be empty.
     virtual ScheduledTask openTask(const QString &name) = 0;
 
     /// Writes all settings and triggers; replaces a task of the same name.

@@ -93,17 +93,16 @@ public:
         return names;
     }
 
-    QString commandLine(const QString &name) const
+    void read(ScheduledTask &task) const
     {
         // The unit may be the user's own or one that a package brought along.
-        const QString folder = QFileInfo(QFile::symLinkTarget(link(name))).path();
-        const QList<QByteArray> lines =
-            readFile(folder + u'/' + name + QLatin1String(".service")).split('\n');
-        for (const QByteArray &line : lines) {
+        const QString folder = QFileInfo(QFile::symLinkTarget(link(task.name))).path();
+        const QByteArray unit = readFile(folder + u'/' + task.name + QLatin1String(".service"));
+        task.workingDirectory = directoryOfService(unit);
+        for (const QByteArray &line : unit.split('\n')) {
             if (line.startsWith("ExecStart="))
-                return QString::fromUtf8(line.mid(10));
+                task.commandLine = QString::fromUtf8(line.mid(10));
         }
-        return QString();
     }
 
     void save(const ScheduledTask &task) const
@@ -211,12 +210,14 @@ public:
     ScheduledTask openTask(const QString &name) override
     {
         ScheduledTask task = createTask(name);
-        if (m_timers.names().contains(name))
-            task.commandLine = m_timers.commandLine(name);
-        else if (const QByteArray lines = linesOf(m_crontab.read(), name); !lines.isEmpty())
+        if (m_timers.names().contains(name)) {
+            m_timers.read(task);
+        } else if (const QByteArray lines = linesOf(m_crontab.read(), name); !lines.isEmpty()) {
             task.commandLine = QString::fromUtf8(lines.trimmed());
-        else
+            task.workingDirectory = directoryOfLines(lines);
+        } else {
             throw notThere(name);
+        }
         return task;
     }
 

@@ -108,6 +108,15 @@ Block blockOf(const QByteArray &crontab, const QString &name)
     return block;
 }
 
+/// What stands between two texts; empty where they do not come.
+QByteArray valueIn(const QByteArray &text, const QByteArray &before, const QByteArray &behind)
+{
+    const qsizetype at = text.indexOf(before);
+    const qsizetype begin = at + before.size();
+    const qsizetype end = at < 0 ? -1 : text.indexOf(behind, begin);
+    return end < 0 ? QByteArray() : text.mid(begin, end - begin);
+}
+
 } // namespace
 
 QByteArray serviceUnit(const ScheduledTask &task)
@@ -199,6 +208,20 @@ QByteArray linesOf(const QByteArray &crontab, const QString &name)
 {
     const Block block = blockOf(crontab, name);
     return block.begin < 0 ? QByteArray() : crontab.mid(block.inner, block.innerEnd - block.inner);
+}
+
+QString directoryOfService(const QByteArray &serviceUnit)
+{
+    QString folder = QString::fromUtf8(valueIn(serviceUnit, "\nWorkingDirectory=", "\n"));
+    return folder.replace(QLatin1String("%%"), QLatin1String("%"))
+        .replace(QLatin1String("\\\\"), QLatin1String("\\"));
+}
+
+QString directoryOfLines(const QByteArray &lines)
+{
+    QString folder = QString::fromUtf8(valueIn(lines, " cd '", "' && exec "));
+    return folder.replace(QLatin1String("'\\%'"), QLatin1String("%"))
+        .replace(QLatin1String("'\\''"), QLatin1String("'"));
 }
 
 } // namespace platform

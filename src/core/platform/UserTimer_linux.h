@@ -21,4 +21,9 @@ QByteArray withoutTask(const QByteArray &crontab, const QString &name);
 QStringList tasksOf(const QByteArray &crontab);
 QByteArray linesOf(const QByteArray &crontab, const QString &name);
 
+/// The working directory in a ".service" file or in a task's lines of a crontab, as written by the
+/// functions above; empty: none.
+QString directoryOfService(const QByteArray &serviceUnit);
+QString directoryOfLines(const QByteArray &lines);
+
 } // namespace platform
