@@ -7,6 +7,8 @@
 
 namespace {
 
+constexpr int mostTranslucentRows = 24; // logical ones, up to 95 pixels
+
 /// One line of free text: control characters and line breaks have no place on a chart.
 QString oneLine(const QString &text)
 {
@@ -274,7 +276,13 @@ void drawText(QPainter &painter, const TypeFace &face, QRgb color, double x, dou
 
 void fillBox(QPainter &painter, const QRectF &box, QRgb color)
 {
-    painter.fillRect(box.toRect(), QColor::fromRgba(color));
+    const QRect all = box.toRect();
+    // Of what shines through Qt gives fills of more rows to other threads and waits for them: too
+    // long for a grid line, and for ever where no thread can be started.
+    const int rows = qAlpha(color) == 255 ? all.height() : mostTranslucentRows;
+    for (int y = all.top(); y <= all.bottom(); y += rows)
+        painter.fillRect(QRect(all.left(), y, all.width(), std::min(rows, all.bottom() + 1 - y)),
+                         QColor::fromRgba(color));
 }
 
 QPen linePen(QRgb color, double width, const QList<qreal> &dashes)

@@ -11,7 +11,8 @@
 
 #include <algorithm>
 #include <chrono>
-#include <new>
+#include <system_error>
+#include <thread>
 
 namespace {
 
@@ -31,13 +32,31 @@ Outcome outcomeOf(const std::function<void()> &work)
     try {
         work();
         return {};
-    } catch (const Error &error) {
-        return error;
-    } catch (const std::bad_alloc &) {
-        return Error(Overflow, QStringLiteral("Out of memory"));
-    } catch (const std::exception &error) {
-        return Error(DeviceIO, QString::fromLocal8Bit(error.what()));
+    } catch (const std::exception &exception) {
+        return errorOf(exception);
     }
+}
+
+/// How many of the wanted threads the system gives. Asked beforehand: a thread pool of Qt counts
+/// one that could not start as busy for ever.
+int threadsToBeHad(int wanted)
+{
+    std::promise<void> end;
+    const std::shared_future<void> ended = end.get_future().share();
+    std::vector<std::thread> threads;
+    threads.reserve(static_cast<size_t>(wanted));
+    try {
+        for (int i = 0; i < wanted; ++i)
+            threads.emplace_back([ended] { ended.wait(); });
+    } catch (const std::system_error &) {
+        ShowStatus(QStringLiteral("Only %1 of %2 threads can be started to draw charts.")
+                       .arg(threads.size())
+                       .arg(wanted));
+    }
+    end.set_value();
+    for (std::thread &thread : threads)
+        thread.join();
+    return static_cast<int>(threads.size());
 }
 
 } // namespace
@@ -58,7 +77,7 @@ void awaitAll(const std::vector<PendingOutcome> &outcomes)
 }
 
 ChartPool::ChartPool(int threads)
-    : m_workers(threads > 0 ? threads : QThread::idealThreadCount() + 1)
+    : m_workers(threadsToBeHad(threads > 0 ? threads : QThread::idealThreadCount() + 1))
 {
     QThreadPool &pool = *QThreadPool::globalInstance();
     pool.setMaxThreadCount(pool.maxThreadCount() + m_workers);
@@ -98,6 +117,10 @@ PendingOutcome ChartPool::enqueue(QString path, std::function<void()> work)
 {
     Job job{std::move(work), std::move(path), {}};
     PendingOutcome outcome = job.outcome.get_future().share();
+    if (m_workers == 0) {
+        job.outcome.set_value(outcomeOf(job.work));
+        return outcome;
+    }
     {
         std::unique_lock lock(m_mutex);
         const auto hasRoom = [this] {

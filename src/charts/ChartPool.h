@@ -33,6 +33,9 @@ void awaitAll(const std::vector<PendingOutcome> &outcomes);
 ///
 /// The queue is bounded: submitting waits while it is full, never longer than a running job takes,
 /// so that memory does not grow with the number of charts. It yields to the user meanwhile.
+///
+/// Where the system gives fewer threads than wanted, which a status line tells, those do the work;
+/// where it gives none, each job is done before its submission returns.
 class ChartPool
 {
 public:

@@ -1,5 +1,7 @@
 #include "core/Error.h"
 
+#include <new>
+
 Error::Error(int errorNumber, QString errorDescription)
     : number(errorNumber)
     , description(std::move(errorDescription))
@@ -9,6 +11,15 @@ Error::Error(int errorNumber, QString errorDescription)
 const char *Error::what() const noexcept
 {
     return m_what.constData();
+}
+
+Error errorOf(const std::exception &exception)
+{
+    if (const auto *error = dynamic_cast<const Error *>(&exception))
+        return *error;
+    if (dynamic_cast<const std::bad_alloc *>(&exception))
+        return Error(OutOfMemory, QStringLiteral("Out of memory"));
+    return Error(DeviceIO, QString::fromLocal8Bit(exception.what()));
 }
 
 QString errorTail(const Error &error)

@@ -8,6 +8,7 @@
 /// product know from its other parts; a database driver's errors keep the driver's own number.
 enum ErrorNumber : int {
     Overflow = 6,             ///< a number does not fit where it has to go
+    OutOfMemory = 7,          ///< the system gives no more memory
     TypeMismatch = 13,        ///< a value is of another type than the one asked for
     BadFileName = 52,         ///< the system can have no file of that name
     FileNotFound = 53,        ///< a file that has to exist does not
@@ -39,6 +40,10 @@ public:
 private:
     QByteArray m_what;
 };
+
+/// Any exception as an Error: one that is none already gets a number and a description, as those
+/// that memory runs out.
+Error errorOf(const std::exception &exception);
 
 /// "[number] description", the tail of every error text.
 QString errorTail(const Error &error);

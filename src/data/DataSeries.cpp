@@ -1,17 +1,15 @@
 #include "data/DataSeries.h"
 
-#include "core/Error.h"
+#include "core/Numbers.h"
 #include "core/Status.h"
 #include "data/Buckets.h"
+#include "definitions/GraphDef.h"
 
 #include <QLocale>
 
 #include <array>
 
 namespace {
-
-/// More places than this no chart can show; a mistaken period would fill the memory.
-constexpr size_t mostBuckets = 2'000'000;
 
 /// Without the point that some languages put behind an abbreviation.
 QString shortName(QString name)
@@ -112,10 +110,10 @@ void fillAxis(const std::vector<SummaryRow> &summary, qint64 first, qint64 last,
     auto row = summary.begin();
     for (qint64 at = first; at <= last;) {
         const Bucket bucket = bucketAt(at, series.frequency, series.minuteInterval);
-        if (series.buckets.size() == mostBuckets)
-            throw Error(
-                Overflow,
-                QStringLiteral("Overflow: the period has more than %1 intervals").arg(mostBuckets));
+        if (series.buckets.size() == maxChartIntervals)
+            throw Error(Overflow, QStringLiteral("Overflow: the period has more than the %1 "
+                                                 "intervals that a chart can have")
+                                      .arg(groupedNumber(maxChartIntervals, 0)));
         SeriesBucket &place = series.buckets.emplace_back();
         place.start = bucket.start;
         place.end = bucket.end;
@@ -135,8 +133,8 @@ void fillAxis(const std::vector<SummaryRow> &summary, qint64 first, qint64 last,
 
 } // namespace
 
-bool GenerateDataSeries(const std::vector<SummaryRow> &summary, qint64 start, qint64 end,
-                        qint64 latest, DataSeries &series)
+std::optional<Error> GenerateDataSeries(const std::vector<SummaryRow> &summary, qint64 start,
+                                        qint64 end, qint64 latest, DataSeries &series)
 {
     series.buckets.clear();
     try {
@@ -147,9 +145,9 @@ bool GenerateDataSeries(const std::vector<SummaryRow> &summary, qint64 start, qi
             last = std::max(last, summary.back().start);
         }
         fillAxis(summary, first, last, series);
-        return true;
+        return std::nullopt;
     } catch (const Error &error) {
         ShowStatus(QLatin1String("Error while generating data series ") + errorTail(error));
-        return false;
+        return error;
     }
 }

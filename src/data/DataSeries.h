@@ -1,10 +1,12 @@
 #pragma once
 
+#include "core/Error.h"
 #include "data/CalculatedSummary.h"
 
 #include <QDateTime>
 #include <QString>
 
+#include <optional>
 #include <vector>
 
 inline constexpr int stateScale =
@@ -40,8 +42,8 @@ struct DataSeries
 
 /// Fills `series.buckets` from an item's summary rows. The axis runs from the bucket of `start` to
 /// the bucket of `end` (instants, both inclusive), or of `latest` where that is earlier; rows
-/// outside of it are added with the empty buckets between. Shows a failure as the status line
-/// "Error while generating data series [number] description" and returns false; the buckets then
-/// hold what was done before.
-bool GenerateDataSeries(const std::vector<SummaryRow> &summary, qint64 start, qint64 end,
-                        qint64 latest, DataSeries &series);
+/// outside of it are added with the empty buckets between. A failure, more than maxChartIntervals
+/// among them, becomes the status line "Error while generating data series [number] description"
+/// and is returned; the buckets then hold what was done before.
+std::optional<Error> GenerateDataSeries(const std::vector<SummaryRow> &summary, qint64 start,
+                                        qint64 end, qint64 latest, DataSeries &series);

@@ -26,6 +26,10 @@ enum ChartDurationCode : qint32 {
     CustomRange
 };
 
+/// A chart has at most so many intervals: a year of five minutes each has 105,408 of them. A finer
+/// chart shows nothing more, and its tables fill memory and disk.
+inline constexpr qint32 maxChartIntervals = 110'000;
+
 /// A chart definition: what a report's charts show and over which period. Codes that a file holds
 /// beyond the ones named above are kept as they are.
 class clsGraphDef

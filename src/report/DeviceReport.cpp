@@ -214,8 +214,9 @@ void DevicePage::computeSeries(DataSeries &series, Recordset &samples)
     ShowStatus(QStringLiteral("Generating series..."));
     series.frequency = chart.ChartFrequency;
     series.minuteInterval = chart.MinuteInterval;
-    if (!GenerateDataSeries(summary, m_context.start, m_context.end, m_context.latest, series))
-        throw Error(Overflow, QStringLiteral("Overflow: the period cannot be charted"));
+    if (const auto error =
+            GenerateDataSeries(summary, m_context.start, m_context.end, m_context.latest, series))
+        throw Error(Overflow, error->description);
 }
 
 void DevicePage::write()

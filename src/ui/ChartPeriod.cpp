@@ -273,8 +273,9 @@ Chart sampleChart(const clsGraphDef &chart, SampleItem item, QString &note)
     series.frequency = run.ChartFrequency;
     series.minuteInterval = run.MinuteInterval;
     series.scale = item == SampleItem::State ? stateScale : 1;
-    if (!GenerateDataSeries(sampleRows(run, start, seen), start, end, latest, series))
-        throw Error(Overflow, QStringLiteral("The period cannot be charted."));
+    if (const auto error =
+            GenerateDataSeries(sampleRows(run, start, seen), start, end, latest, series))
+        throw Error(*error);
 
     ChartFrame frame;
     frame.title = run.ChartTitle;

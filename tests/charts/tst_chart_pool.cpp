@@ -10,8 +10,34 @@
 #include <QThreadPool>
 
 #include <cmath>
+#ifdef Q_OS_LINUX
+#include <pthread.h>
+#endif
 
 namespace {
+
+/// Lets the system refuse to start threads.
+class NoThreads
+{
+public:
+#ifdef Q_OS_LINUX
+    NoThreads()
+    {
+        pthread_getattr_default_np(&m_usual);
+        pthread_attr_t impossible;
+        pthread_attr_init(&impossible);
+        pthread_attr_setstacksize(&impossible, size_t(1) << 46);
+        pthread_setattr_default_np(&impossible);
+    }
+    ~NoThreads()
+    {
+        pthread_setattr_default_np(&m_usual);
+    }
+
+private:
+    pthread_attr_t m_usual{};
+#endif
+};
 
 std::vector<Chart> someCharts()
 {
@@ -47,7 +73,9 @@ private Q_SLOTS:
     void sameBytesOnAnyNumberOfThreads()
     {
         const std::vector<Chart> charts = someCharts();
-        for (const int threads : {1, 8}) {
+        for (const int threads : {0, 1, 8}) {
+            const std::optional<NoThreads> none =
+                threads == 0 ? std::optional<NoThreads>(std::in_place) : std::nullopt;
             const QTemporaryDir folder;
             ChartPool pool(threads);
             std::vector<PendingOutcome> outcomes;

@@ -46,7 +46,7 @@ DataSeries seriesOf(const Samples &samples, int scale, int frequency, const char
     DataSeries series;
     series.frequency = frequency;
     series.scale = scale;
-    if (!GenerateDataSeries(summaryOf(samples, frequency), utc(start), utc(end), utc(end), series))
+    if (GenerateDataSeries(summaryOf(samples, frequency), utc(start), utc(end), utc(end), series))
         series.buckets.clear();
     return series;
 }
@@ -173,7 +173,7 @@ private Q_SLOTS:
         series.minuteInterval = interval;
 
         const auto rows = summaryOf(samples, frequency, interval);
-        QVERIFY(GenerateDataSeries(rows, utc(start), utc(end), utc(latest), series));
+        QVERIFY(!GenerateDataSeries(rows, utc(start), utc(end), utc(latest), series));
         QStringList labels;
         size_t filled = 0;
         for (const SeriesBucket &bucket : series.buckets) {
@@ -253,11 +253,17 @@ private Q_SLOTS:
         const qint64 start = utc("2024-03-01T09:00:00");
         auto rows = summaryOf({{"2024-03-01T10:00:00", 1, 1}}, 1);
         rows[0].start += 60'000; // no hour begins there
-        QVERIFY(!GenerateDataSeries(rows, start, start, start, series));
+        QVERIFY(GenerateDataSeries(rows, start, start, start, series));
         QCOMPARE(shown.size(), 1);
         QVERIFY2(shown[0].startsWith("Error while generating data series [13] "),
                  qPrintable(shown[0]));
         QCOMPARE(series.buckets.at(0).label, "09:00");
+
+        const auto tooMany = GenerateDataSeries({}, start, start + 110'000 * qint64(3'600'000),
+                                                std::numeric_limits<qint64>::max(), series);
+        QVERIFY(tooMany && tooMany->description.contains(" more than the 110,000 intervals"));
+        QVERIFY(!GenerateDataSeries({}, start, start + 109'999 * qint64(3'600'000),
+                                    std::numeric_limits<qint64>::max(), series));
     }
 };
 
