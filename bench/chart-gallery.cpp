@@ -135,7 +135,7 @@ int main(int argc, char **argv)
         return 2;
     }
     try {
-        folder = QString::fromLocal8Bit(argv[1]);
+        folder = QDir(QString::fromLocal8Bit(argv[1])).absolutePath();
         QDir().mkpath(folder);
         if (!fontsAvailable())
             throw Error(FileNotFound, QString::fromUtf16(noFontsMessage));

@@ -187,7 +187,7 @@ int main(int argc, char **argv)
         return 2;
     }
     try {
-        bench(QString::fromLocal8Bit(argv[1]));
+        bench(QFileInfo(QString::fromLocal8Bit(argv[1])).absoluteFilePath());
     } catch (const Error &error) {
         std::fprintf(stderr, "%s\n", error.what());
         return 1;

@@ -3,6 +3,7 @@
 #include "core/Clock.h"
 #include "core/Error.h"
 #include "core/Files.h"
+#include "core/Paths.h"
 #include "demo/DemoReports.h"
 #include "demo/MonitoringData.h"
 
@@ -134,6 +135,7 @@ int main(int argc, char **argv)
 {
     QCoreApplication application(argc, argv);
     QCoreApplication::setApplicationName(QStringLiteral("demo-database"));
+    setProgramFolder(QDir::currentPath()); // which all names are seen from
     QCommandLineParser parser;
     addOptions(parser);
     try {

@@ -149,7 +149,7 @@ int main(int argc, char *argv[])
     QDir().mkpath(arguments[2]);
     locateProgramFolder(arguments[1]);
     InitGrapher();
-    gDataPath = NormalizeFolder(arguments[1] + QLatin1String("/VTRDataRoot"));
+    gDataPath = programFolder() + QLatin1String("/VTRDataRoot/");
     loadGrapherConfig();
     LoadChartDefs();
     LoadScheduleDefs();

@@ -2,6 +2,7 @@
 
 #include "core/Paths.h"
 #include "core/StartUp.h"
+#include "core/platform/FileSystem.h"
 
 #include <QDir>
 
@@ -30,8 +31,11 @@ std::optional<Command> commandOf(const QString &name)
     return std::nullopt;
 }
 
+/// Seen from the current folder. What this system cannot have stays as it is, to be refused.
 QString absoluteFolder(const QString &folder)
 {
+    if (!platform::nameFault(folder).isEmpty())
+        return folder;
     return QDir::toNativeSeparators(
         QDir::cleanPath(QDir().absoluteFilePath(QDir::fromNativeSeparators(folder))));
 }

@@ -4,9 +4,12 @@
 #include "core/Paths.h"
 #include "core/platform/FileSystem.h"
 
-#include <QDir>
+#include <QDirIterator>
 #include <QFile>
 #include <QFileInfo>
+#include <QMutex>
+#include <QRegularExpression>
+#include <QSet>
 #include <QStringDecoder>
 
 #include <array>
@@ -14,14 +17,21 @@
 
 namespace {
 
-Error fileError(int number, const QString &what, const QString &path, const QFile &file)
+Error fileError(int number, const QString &what, const QString &path, const QString &reason)
 {
-    return Error(number,
-                 what + QLatin1String(" '") + path + QLatin1String("': ") + file.errorString());
+    return Error(number, what + QLatin1String(" '") + path + QLatin1String("': ") + reason);
+}
+
+/// Throws Error when the system can have no file of that path.
+void requirePossible(const QString &what, const QString &configured)
+{
+    if (const QString fault = platform::nameFault(configured); !fault.isEmpty())
+        throw fileError(BadFileName, what, configured, fault);
 }
 
 /// A name for a temporary file beside `path` that no other thread or process uses, nor an earlier
-/// process of the same number that was stopped in the middle of its work.
+/// process of the same number that was stopped in the middle of its work. removeLeftovers() knows
+/// this form.
 QString temporaryName(const QString &path)
 {
     static std::atomic<unsigned> count = 0;
@@ -33,7 +43,66 @@ QString temporaryName(const QString &path)
     }
 }
 
+/// Removes the temporary files that killed processes left in a folder; the first time only.
+void removeLeftovers(const QString &folder)
+{
+    static QMutex mutex;
+    static QSet<QString> done;
+    {
+        const QMutexLocker locker(&mutex);
+        if (done.contains(folder))
+            return;
+        done.insert(folder);
+    }
+    constexpr qint64 hour = 3600; // seconds
+    static const QRegularExpression form(QStringLiteral(".\\.(\\d{1,9})-\\d+\\.tmp$"));
+    QDirIterator files(folder, {QStringLiteral("*.tmp")},
+                       QDir::Files | QDir::Hidden | QDir::NoSymLinks);
+    while (files.hasNext()) {
+        const QString path = files.next();
+        const QRegularExpressionMatch name = form.match(files.fileName());
+        if (name.hasMatch() &&
+            files.fileInfo().lastModified().secsTo(QDateTime::currentDateTime()) > hour)
+            platform::removeUnlessOpen(path, name.captured(1).toLongLong());
+    }
+}
+
+bool isRegular(const QFileInfo &file)
+{
+    return file.isFile() && !file.isSymLink();
+}
+
+enum class Readers { AsBefore, OwnerAlone };
+
+constexpr QFile::Permissions ownerAlone = QFile::ReadOwner | QFile::WriteOwner;
+
+/// What a file that replaces `old`, or is new, lets whom do.
+QFile::Permissions permissionsFor(const QFileInfo &old, Readers readers)
+{
+    if (readers == Readers::OwnerAlone)
+        return ownerAlone;
+    if (isRegular(old))
+        return old.permissions() & (ownerAlone | QFile::ExeOwner | QFile::ReadGroup |
+                                    QFile::ExeGroup | QFile::ReadOther | QFile::ExeOther);
+    return ownerAlone | QFile::ReadGroup | QFile::ReadOther;
+}
+
+QString withOwnFolder(const QString &path)
+{
+    return programFolder() + pathSeparator + path;
+}
+
 #ifndef Q_OS_WIN
+/// The whole path with "/" as separator. Null for an empty text and a path of Windows.
+QString unixPath(const QString &configured)
+{
+    if (configured.isEmpty() || !platform::nameFault(configured).isEmpty())
+        return QString();
+    QString path = configured;
+    path.replace(u'\\', u'/');
+    return path.startsWith(u'/') ? path : withOwnFolder(path);
+}
+
 /// The entry of a folder that a name means: the exact one, else the first that differs in case
 /// alone. Null when there is none.
 QString entryOf(const QString &folder, const QString &name)
@@ -53,34 +122,39 @@ constexpr std::array<char16_t, 32> windows1252 = {
     0x2013, 0x2014, 0x02DC, 0x2122, 0x0161, 0x203A, 0x0153, 0x009D, 0x017E, 0x0178};
 
 /// Writes a file whose path is the file system's own.
-void writeFile(const QString &path, QByteArrayView content)
+void writeFile(const QString &path, QByteArrayView content, Readers readers = Readers::AsBefore)
 {
-    if (const QString fault = platform::nameFault(path); !fault.isEmpty())
-        throw Error(BadFileName, QStringLiteral("Cannot write '%1': %2").arg(path, fault));
+    const QString what = QStringLiteral("Cannot write");
+    requirePossible(what, path);
+    const QFileInfo old(path);
+    if (old.exists() && !old.isSymLink() && !old.isFile() && !old.isDir())
+        throw fileError(DeviceIO, what, path, QStringLiteral("it is not a regular file"));
+    const QFileInfo folder(old.path());
+    removeLeftovers(old.path());
     const QString temporary = temporaryName(path);
     QFile file(temporary);
-    if (!file.open(QIODevice::WriteOnly | QIODevice::NewOnly | QIODevice::Unbuffered)) {
-        const QFileInfo folder(QFileInfo(path).path());
+    const QFile::Permissions permissions = permissionsFor(old, readers);
+    if (!platform::openToCreate(file, permissions)) {
         if (!folder.isDir())
             throw Error(PathNotFound, QStringLiteral("Path not found: '%1'").arg(path));
-        throw fileError(folder.isWritable() ? DeviceIO : PermissionDenied,
-                        QStringLiteral("Cannot write"), path, file);
+        throw fileError(folder.isWritable() ? DeviceIO : PermissionDenied, what, path,
+                        file.errorString());
     }
-    if (QFileInfo::exists(path)) { // a file kept from the eyes of others stays so, where that works
-        file.setPermissions(QFile::permissions(path));
+    if (isRegular(old)) { // a file kept from the eyes of others stays so, where that works
+        file.setPermissions(permissions);
         file.unsetError();
     }
     try {
         const qint64 taken = file.write(content.data(), content.size());
         if (taken < 0 || !file.flush())
-            throw fileError(file.error() == QFile::ResourceError ? DiskFull : DeviceIO,
-                            QStringLiteral("Cannot write"), path, file);
+            throw fileError(file.error() == QFile::ResourceError ? DiskFull : DeviceIO, what, path,
+                            file.errorString());
         if (!platform::syncToDisk(file.handle()))
             throw Error(DeviceIO, QStringLiteral("Cannot sync '%1' to the disk").arg(path));
         const qint64 written = qMin(taken, file.size());
         file.close();
         if (file.error() != QFile::NoError)
-            throw fileError(DeviceIO, QStringLiteral("Cannot write"), path, file);
+            throw fileError(DeviceIO, what, path, file.errorString());
         if (written != content.size())
             throw Error(DiskFull, QStringLiteral("Only %1 of %2 bytes of '%3' were written")
                                       .arg(written)
@@ -102,14 +176,17 @@ void writeFile(const QString &path, QByteArrayView content)
 QString nativePath(const QString &configured)
 {
 #ifdef Q_OS_WIN
-    return configured;
+    const bool isWhole = configured.isEmpty() || isSeparator(configured[0]) ||
+                         (configured.size() > 1 && configured[1] == u':');
+    return QDir::toNativeSeparators(isWhole ? configured : withOwnFolder(configured));
 #else
-    QString path = configured;
-    path.replace(u'\\', u'/');
-    if (path.isEmpty() || QFileInfo::exists(path))
+    const QString path = unixPath(configured);
+    if (path.isEmpty())
+        return configured;
+    if (QFileInfo::exists(path))
         return path;
 
-    QString found = path.startsWith(u'/') ? QStringLiteral("/") : QString();
+    QString found = QStringLiteral("/");
     const QStringList parts = path.split(u'/', Qt::SkipEmptyParts);
     for (qsizetype i = 0; i < parts.size(); ++i) {
         const QString entry = entryOf(found, parts[i]);
@@ -129,10 +206,11 @@ QString nativePath(const QString &configured)
 QString exactPath(const QString &configured)
 {
 #ifdef Q_OS_WIN
-    return configured;
+    return nativePath(configured);
 #else
-    QString path = configured;
-    path.replace(u'\\', u'/');
+    QString path = unixPath(configured);
+    if (path.isEmpty())
+        return configured;
     while (path.size() > 1 && path.endsWith(u'/'))
         path.chop(1);
     const qsizetype nameAt = path.lastIndexOf(u'/') + 1;
@@ -152,13 +230,16 @@ bool folderExists(const QString &configured)
 
 QByteArray readFile(const QString &configured, qint64 most)
 {
+    const QString what = QStringLiteral("Cannot open");
+    requirePossible(what, configured);
     const QString path = nativePath(configured);
     QFile file(path);
-    if (!file.open(QIODevice::ReadOnly | QIODevice::Unbuffered)) {
+    QString reason;
+    if (!platform::openToRead(file, reason)) {
         if (!QFileInfo::exists(path))
             throw Error(FileNotFound, QStringLiteral("File not found: '%1'").arg(path));
-        throw fileError(QFileInfo(path).isReadable() ? DeviceIO : PermissionDenied,
-                        QStringLiteral("Cannot open"), path, file);
+        throw fileError(QFileInfo(path).isReadable() ? DeviceIO : PermissionDenied, what, path,
+                        reason);
     }
     const qint64 size = file.size();
     if (size > most)
@@ -169,7 +250,7 @@ QByteArray readFile(const QString &configured, qint64 most)
                         .arg(most));
     QByteArray bytes = file.read(size);
     if (bytes.size() != size)
-        throw fileError(DeviceIO, QStringLiteral("Cannot read all of"), path, file);
+        throw fileError(DeviceIO, QStringLiteral("Cannot read all of"), path, file.errorString());
     return bytes;
 }
 
@@ -203,6 +284,11 @@ void saveFile(const QString &configured, QByteArrayView content)
 void saveExactFile(const QString &configured, QByteArrayView content)
 {
     writeFile(exactPath(configured), content);
+}
+
+void savePrivateFile(const QString &configured, QByteArrayView content)
+{
+    writeFile(nativePath(configured), content, Readers::OwnerAlone);
 }
 
 void saveTextFile(const QString &configured, const QString &text)

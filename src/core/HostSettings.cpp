@@ -43,7 +43,7 @@ void openProductConfiguration(pugi::xml_document &document)
     if (!fileExists(source))
         source = folder + QLatin1String("VantrelV6.Config.FAC");
     parseXml(document, readFile(source));
-    saveFile(present, documentBytes(document));
+    savePrivateFile(present, documentBytes(document)); // it may hold a password
 }
 
 /// The configuration's root element. One that cannot be read, or whose new name cannot be written,
@@ -87,7 +87,7 @@ void ensureFolder(const QString &path)
     if (const int status = EnsureFolder(path, message))
         LogEvent(runEvent, EventWarning,
                  QStringLiteral("Error creating folder '%1' [%2] %3")
-                     .arg(path)
+                     .arg(withOwnSeparators(path))
                      .arg(status)
                      .arg(message));
 }

@@ -20,7 +20,9 @@ QString LastFolder; ///< the last path that EnsureFolder found or created
 
 QString withSeparator(const QString &folder)
 {
-    return folder.isEmpty() || isSeparator(folder.back()) ? folder : folder + pathSeparator;
+    if (folder.isEmpty() || isSeparator(folder.back()))
+        return withOwnSeparators(folder);
+    return withOwnSeparators(folder + u'\\');
 }
 
 /// Copies the factory files into a folder that lacks them; what stands there is never replaced.
@@ -35,8 +37,8 @@ void fillFromShare(const QString &folder)
     for (const QString &name : names) {
         const QString target = folder + u'/' + name;
         if (!QDir().mkpath(QFileInfo(target).path()))
-            throw Error(PathNotFound,
-                        QStringLiteral("Cannot create folder '%1'").arg(QFileInfo(target).path()));
+            throw Error(PathNotFound, QStringLiteral("Cannot create folder '%1'")
+                                          .arg(withOwnSeparators(QFileInfo(target).path())));
         if (!fileExists(target))
             copyFile(share + u'/' + name, target);
     }
@@ -52,14 +54,22 @@ QString shareFolder()
         if (QFileInfo::exists(candidate + u'/' + factoryConfiguration))
             return QDir::cleanPath(candidate);
     }
-    throw Error(FileNotFound,
-                QStringLiteral("The factory file %1 is neither in '%2' nor in '%3'")
-                    .arg(factoryConfiguration, candidates[0], QDir::cleanPath(candidates[1])));
+    throw Error(FileNotFound, QStringLiteral("The factory file %1 is neither in '%2' nor in '%3'")
+                                  .arg(factoryConfiguration, withOwnSeparators(candidates[0]),
+                                       withOwnSeparators(QDir::cleanPath(candidates[1]))));
 }
 
 bool isSeparator(QChar character)
 {
     return character == u'\\' || character == u'/';
+}
+
+QString withOwnSeparators(const QString &path)
+{
+    if (!platform::nameFault(path).isEmpty())
+        return path;
+    QString shown = path;
+    return shown.replace(pathSeparator == u'/' ? u'\\' : u'/', pathSeparator);
 }
 
 QString programFolder()
@@ -170,9 +180,13 @@ void locateProgramFolder(const QString &home)
         }
         folder = QStandardPaths::writableLocation(QStandardPaths::AppDataLocation);
     }
-    folder = QDir::cleanPath(QDir().absoluteFilePath(nativePath(folder)));
+    if (const QString fault = platform::nameFault(folder); !fault.isEmpty())
+        throw Error(BadFileName,
+                    QStringLiteral("The program's folder '%1': %2").arg(folder, fault));
+    // What a user names on the command line or in the environment is seen from the current folder.
+    folder = nativePath(QDir::cleanPath(QDir().absoluteFilePath(withOwnSeparators(folder))));
     if (!QDir().mkpath(folder))
         throw Error(PathNotFound, QStringLiteral("Cannot create folder '%1'").arg(folder));
     fillFromShare(folder);
-    setProgramFolder(QDir::toNativeSeparators(folder));
+    setProgramFolder(folder);
 }

@@ -26,10 +26,16 @@ void setProgramFolder(const QString &folder);
 /// of its installation. Throws Error when neither holds the factory files.
 QString shareFolder();
 
-/// Trims; an empty text becomes the program's folder; the result ends in a separator.
+/// A path with the system's own separators, as messages show it. One that cannot be on this system,
+/// such as "C:\a" off Windows, stays as it is.
+QString withOwnSeparators(const QString &path);
+
+/// Trims; an empty text becomes the program's folder; the result ends in a separator and has the
+/// system's own.
 QString NormalizeFolder(const QString &text);
 
-/// Trims; a non-empty result ends in a separator, an empty text stays empty.
+/// Trims; a non-empty result ends in a separator and has the system's own, an empty text stays
+/// empty.
 QString WithBackslash(const QString &text);
 
 /// Makes sure that a folder exists, creating it with all missing parents. A relative path stands

@@ -18,7 +18,6 @@
 #include "report/OutputTree.h"
 #include "report/StateRow.h"
 
-#include <QCoreApplication>
 #include <QDir>
 #include <QRegularExpression>
 #include <QSet>
@@ -396,15 +395,10 @@ void DevicePage::removeStaleCharts() const
         cited.insert(item.graphPage);
     }
     static const QRegularExpression chartFile(QStringLiteral("^G[0-9A-Z]+\\.(PNG|HTM)$"));
-    // What a process left that was ended in the middle of a save.
-    static const QRegularExpression leftover(QStringLiteral("\\.(\\d+)-\\d+\\.tmp$"));
     QDir folder(nativePath(m_folder));
     const QStringList names = folder.entryList(QDir::Files);
     for (const QString &name : names) {
-        const QRegularExpressionMatch temporary = leftover.match(name);
-        const bool isLeftover = temporary.hasMatch() && temporary.captured(1).toLongLong() !=
-                                                            QCoreApplication::applicationPid();
-        if (isLeftover || (!cited.contains(name) && chartFile.match(name).hasMatch()))
+        if (!cited.contains(name) && chartFile.match(name).hasMatch())
             folder.remove(name);
     }
 }

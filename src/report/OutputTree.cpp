@@ -35,13 +35,16 @@ bool createWorkPath(const QString &path, QString &errorText)
 {
     // Mostly only the last folder is missing. EnsureFolder would look through all its neighbours
     // for one that differs in case.
-    const QString exact = exactPath(path);
-    if (QDir::isAbsolutePath(exact) && platform::nameFault(path).isEmpty() && QDir().mkdir(exact))
+    // The output folder itself is the user's, in whatever case.
+    if (path != outputFolder() && platform::nameFault(path).isEmpty() &&
+        QDir().mkdir(exactPath(path)))
         return true;
     QString message;
     if (EnsureFolder(path, message) == 0)
         return true;
     errorText = QStringLiteral("Unable to create work path: '%1'").arg(path);
+    if (const QString fault = platform::nameFault(path); !fault.isEmpty())
+        errorText += QLatin1String(": ") + fault;
     ShowStatus(errorText);
     return false;
 }

@@ -123,10 +123,8 @@ QString frmOutputPath::inputError(QWidget *&field) const
     field = txtOutputPath;
     if (contentText().isEmpty())
         return QStringLiteral("Enter the folder that reports are written to.");
-    if (!QDir::isAbsolutePath(nativePath(folder())))
-        return QStringLiteral("Enter the whole path of the folder, or begin it with %%app.path%% "
-                              "for the program's folder.");
-    return {};
+    const QString fault = platform::nameFault(folder());
+    return fault.isEmpty() ? fault : QStringLiteral("There can be no such folder: ") + fault;
 }
 
 void frmOutputPath::accept()

@@ -6,8 +6,14 @@
 
 #ifdef Q_OS_LINUX
 #include <csignal>
+#include <cstddef>
+#include <fcntl.h>
 #include <linux/capability.h>
+#include <linux/filter.h>
+#include <linux/seccomp.h>
+#include <sys/prctl.h>
 #include <sys/resource.h>
+#include <sys/stat.h>
 #include <sys/syscall.h>
 #include <sys/wait.h>
 #include <unistd.h>
@@ -28,20 +34,53 @@ Error errorWithRoomFor(rlim_t bytes, const Action &action)
     return error;
 }
 
-/// The error's number in a process that has no rights beyond those that permissions give, even
-/// where the tests run as root; -1 where that could not be arranged.
+/// The error's number in a process of its own that `restrict` takes something from; -1 where that
+/// could not be arranged.
 template <typename Action>
-int errorWithoutPrivileges(const Action &action)
+int errorInProcess(bool (*restrict)(), const Action &action)
 {
     const pid_t child = ::fork();
-    if (child == 0) {
-        __user_cap_header_struct header{_LINUX_CAPABILITY_VERSION_3, 0};
-        const __user_cap_data_struct none[2] = {};
-        ::_exit(::syscall(SYS_capset, &header, none) == 0 ? errorOf(action).number : 255);
-    }
+    if (child == 0)
+        ::_exit(restrict() ? errorOf(action).number : 255);
     int status = 0;
     const bool ended = ::waitpid(child, &status, 0) == child && WIFEXITED(status);
     return ended && WEXITSTATUS(status) != 255 ? WEXITSTATUS(status) : -1;
+}
+
+/// Takes all rights beyond those that permissions give, even where the tests run as root.
+bool dropPrivileges()
+{
+    __user_cap_header_struct header{_LINUX_CAPABILITY_VERSION_3, 0};
+    const __user_cap_data_struct none[2] = {};
+    return ::syscall(SYS_capset, &header, none) == 0;
+}
+
+/// Has the system answer every attempt to sync a file with an error, as a broken disk does.
+bool breakSync()
+{
+    const auto isCall = [](unsigned number) -> sock_filter {
+        return BPF_JUMP(BPF_JMP | BPF_JEQ | BPF_K, number, 0, 1);
+    };
+    const sock_filter fail = BPF_STMT(BPF_RET | BPF_K, SECCOMP_RET_ERRNO | EIO);
+    sock_filter program[] = {BPF_STMT(BPF_LD | BPF_W | BPF_ABS, offsetof(seccomp_data, nr)),
+                             isCall(SYS_fsync),
+                             fail,
+                             isCall(SYS_fdatasync),
+                             fail,
+                             BPF_STMT(BPF_RET | BPF_K, SECCOMP_RET_ALLOW)};
+    const sock_fprog filter{std::size(program), program};
+    return ::prctl(PR_SET_NO_NEW_PRIVS, 1, 0, 0, 0) == 0 &&
+           ::prctl(PR_SET_SECCOMP, SECCOMP_MODE_FILTER, &filter) == 0;
+}
+
+/// Permissions in octal.
+QString modeOf(const QString &path)
+{
+    struct stat status
+    {};
+    return ::stat(QFile::encodeName(path).constData(), &status) == 0
+               ? QString::number(status.st_mode & 0777, 8)
+               : QString();
 }
 
 } // namespace
@@ -84,15 +123,30 @@ private Q_SLOTS:
         QCOMPARE(exactPath(sandbox->path() + "/data/sub/FILE.txt/"), exact);
     }
 
-    void findsRelativePaths()
+    void findsRelativePathsInTheProgramsFolder()
     {
         sandbox->write("Data/File.TXT", "x");
-        const QString before = QDir::currentPath();
-        QVERIFY(QDir::setCurrent(sandbox->path()));
-        const QStringList found = {nativePath(".\\data\\FILE.TXT"), nativePath("DATA\\file.txt"),
-                                   nativePath("data"), nativePath("")};
-        QVERIFY(QDir::setCurrent(before));
-        QCOMPARE(found.join(u'|'), "./Data/File.TXT|Data/File.TXT|Data|");
+        const auto found = [this](const QString &path) { return path.mid(sandbox->path().size()); };
+        QCOMPARE(found(nativePath(".\\data\\FILE.TXT")), "/./Data/File.TXT");
+        QCOMPARE(found(nativePath("DATA\\file.txt")), "/Data/File.TXT");
+        QCOMPARE(found(exactPath("data\\x")), "/Data/x");
+        QCOMPARE(found(exactPath("x")), "/x");
+        QCOMPARE(nativePath(""), "");
+        saveFile("data\\x", "here");
+        QCOMPARE(sandbox->read("Data/x"), "here");
+    }
+
+    void refusesPathsOfWindows()
+    {
+        for (const QString path : {"C:\\a", "c:/a", "D:", "\\\\server\\share\\a"}) {
+            const Error error = errorOf([&] { saveFile(path, "x"); });
+            QCOMPARE(error.number, int(BadFileName));
+            QVERIFY2(error.description.contains('\'' + path + "': it names a drive or a network"),
+                     error.what());
+            QCOMPARE(errorOf([&] { readFile(path); }).number, int(BadFileName));
+            QVERIFY(!fileExists(path));
+        }
+        QCOMPARE(sandbox->names(), QStringList());
     }
 #endif
 
@@ -142,8 +196,8 @@ private Q_SLOTS:
         const QString path = sandbox->path("locked/f.txt");
         QFile::setPermissions(path, QFile::Permissions());
         QFile::setPermissions(folder, QFile::ReadOwner | QFile::ExeOwner);
-        const int writeError = errorWithoutPrivileges([&] { saveFile(path, "new"); });
-        const int readError = errorWithoutPrivileges([&] { readFile(path); });
+        const int writeError = errorInProcess(dropPrivileges, [&] { saveFile(path, "new"); });
+        const int readError = errorInProcess(dropPrivileges, [&] { readFile(path); });
         QFile::setPermissions(folder, QFile::ReadOwner | QFile::ExeOwner | QFile::WriteOwner);
         QFile::setPermissions(path, QFile::ReadOwner);
         QCOMPARE(writeError, int(PermissionDenied));
@@ -166,14 +220,70 @@ private Q_SLOTS:
         QCOMPARE(sandbox->read("f.txt"), content);
     }
 
-    void savingKeepsPermissions()
+    void keepsPermissionsButThoseOfOthersToWrite()
+    {
+        const QString path = sandbox->path("f.txt");
+        const mode_t before = ::umask(0);
+        saveFile(path, "new");
+        ::umask(before);
+        QCOMPARE(modeOf(path), "644");
+        for (const auto &[old, kept] : {std::pair(0600, "600"), {0666, "644"}, {0770, "750"}}) {
+            ::chmod(QFile::encodeName(path).constData(), static_cast<mode_t>(old));
+            saveFile(path, "new");
+            QCOMPARE(modeOf(path), kept);
+        }
+        savePrivateFile(path, "secret");
+        QCOMPARE(modeOf(path), "600");
+        ::symlink("/etc/passwd", QFile::encodeName(sandbox->path("link")).constData());
+        saveFile(sandbox->path("link"), "new"); // takes the link's place
+        QCOMPARE(modeOf(sandbox->path("link")), QString::number(0644 & ~before, 8));
+    }
+
+    void nothingIsReplacedBeforeItIsSynced()
     {
         sandbox->write("f.txt", "old");
         const QString path = sandbox->path("f.txt");
-        QFile::setPermissions(path, QFile::ReadOwner | QFile::WriteOwner);
-        const QFile::Permissions before = QFile::permissions(path);
-        saveFile(path, "new");
-        QCOMPARE(QFile::permissions(path), before);
+        QCOMPARE(errorInProcess(breakSync, [&] { saveFile(path, "new"); }), int(DeviceIO));
+        QCOMPARE(sandbox->read("f.txt"), "old");
+        QCOMPARE(sandbox->names(), QStringList("f.txt"));
+    }
+
+    void neverWaitsForWhatIsNoFile()
+    {
+        const QString pipe = sandbox->path("pipe");
+        QCOMPARE(::mkfifo(QFile::encodeName(pipe).constData(), 0600), 0);
+        for (const QString &path : {pipe, QString("/dev/zero")}) {
+            for (const Error &error :
+                 {errorOf([&] { readFile(path); }), errorOf([&] { saveFile(path, "x"); }),
+                  errorOf([&] { copyFile(path, sandbox->path("copy")); })})
+                QVERIFY2(error.description.contains(path + "': it is not a regular file"),
+                         error.what());
+        }
+        QString message;
+        QVERIFY(EnsureFolder(pipe + "/sub", message) != 0);
+        QCOMPARE(sandbox->names(), QStringList()); // which do not count pipes
+        QVERIFY(QFileInfo::exists(pipe));
+    }
+
+    void removesWhatKilledProcessesLeft()
+    {
+        const auto make = [this](const QString &name, qint64 age) {
+            QFile file(sandbox->path(name));
+            QVERIFY(file.open(QIODevice::WriteOnly));
+            QVERIFY(file.setFileTime(QDateTime::currentDateTime().addSecs(-age),
+                                     QFile::FileModificationTime));
+        };
+        const QString own = QString("own.%1-3.tmp").arg(platform::processId());
+        const QStringList stay = {"notes.tmp", "open.1-0.tmp", "x.5-6.tmp.txt", "young.7-8.tmp"};
+        for (const QString &name : stay + QStringList{"page.HTM.4000000-12.tmp", own})
+            make(name, name.startsWith("young") ? 3000 : 4000);
+        QFile open(sandbox->path("open.1-0.tmp"));
+        QVERIFY(open.open(QIODevice::ReadOnly));
+        sandbox->write("f.txt", "x");
+        QCOMPARE(sandbox->names().join(' '), "f.txt " + stay.join(' '));
+        make(own, 4000);
+        sandbox->write("f.txt", "x"); // looked at once
+        QVERIFY(sandbox->names().contains(own));
     }
 #endif
 

@@ -29,7 +29,10 @@ private Q_SLOTS:
         row("new folder", "~/there/deep", {yes}, "Create it?", true);
         row("new folder declined", "~/new", {QMessageBox::No}, "Create it?", false);
         row("nothing", " ", {ok}, "Enter the folder", false);
-        row("half a path", "Reports", {ok}, "whole path", false);
+        row("below the program's folder", "there", {}, "", true);
+#ifndef Q_OS_WIN
+        row("drive", "C:\\there", {ok}, "a drive or a network share of Windows", false);
+#endif
         row("below a file", "~/file/below", {yes, ok}, "cannot be written", false);
     }
     void saves()

@@ -102,15 +102,32 @@ bool replaceFile(const QString &from, const QString &to, QString &reason)
     }
 }
 
-bool openToRead(QFile &file)
+bool openToRead(QFile &file, QString &reason)
 {
     const HANDLE handle = ::CreateFileW(wide(longPath(file.fileName())), GENERIC_READ,
                                         FILE_SHARE_READ | FILE_SHARE_WRITE | FILE_SHARE_DELETE,
                                         nullptr, OPEN_EXISTING, 0, nullptr);
-    if (handle == INVALID_HANDLE_VALUE) // Qt finds the words
-        return file.open(QIODevice::ReadOnly | QIODevice::Unbuffered);
+    if (handle == INVALID_HANDLE_VALUE) {
+        reason = systemText(::GetLastError());
+        return false;
+    }
+    if (::GetFileType(handle) != FILE_TYPE_DISK) {
+        ::CloseHandle(handle);
+        reason = QStringLiteral("it is not a regular file");
+        return false;
+    }
     const int number = ::_open_osfhandle(reinterpret_cast<intptr_t>(handle), _O_RDONLY | _O_BINARY);
     return file.open(number, QIODevice::ReadOnly | QIODevice::Unbuffered, QFile::AutoCloseHandle);
+}
+
+bool openToCreate(QFile &file, QFile::Permissions)
+{
+    return file.open(QIODevice::WriteOnly | QIODevice::NewOnly | QIODevice::Unbuffered);
+}
+
+void removeUnlessOpen(const QString &path, qint64)
+{
+    QFile::remove(path); // fails while a program has it open
 }
 
 QString entryIgnoringCase(const QString &, const QString &)

@@ -44,11 +44,13 @@ PageReader::PageReader(const QString &path)
     : m_path(path)
     , m_file(nativePath(path))
 {
+    if (const QString fault = platform::nameFault(path); !fault.isEmpty())
+        throw Error(BadFileName, u'\'' + path + QLatin1String("': ") + fault);
     if (!m_file.exists())
         throw Error(FileNotFound, u'\'' + path + QStringLiteral("': the file does not exist"));
-    if (!platform::openToRead(m_file)) {
-        throw Error(PermissionDenied, u'\'' + path + QStringLiteral("': ") + m_file.errorString());
-    }
+    QString reason;
+    if (!platform::openToRead(m_file, reason))
+        throw Error(PermissionDenied, u'\'' + path + QLatin1String("': ") + reason);
     readHeader();
     checkSize();
 }

@@ -8,9 +8,11 @@
 /// plain decimals without trailing zeros, bytes hexadecimal, GUIDs "{...}" in upper case.
 
 #include "core/Error.h"
+#include "core/Paths.h"
 #include "data/access/AccessFile.h"
 
 #include <QCoreApplication>
+#include <QDir>
 
 #include <algorithm>
 #include <cstdio>
@@ -113,6 +115,7 @@ int main(int argc, char *argv[])
         std::fputs("usage: access-export FILE [TABLE]\n", stderr);
         return 2;
     }
+    setProgramFolder(QDir::currentPath()); // which FILE is seen from
     try {
         Output output;
         mdb::AccessFile file(arguments.at(1));
