@@ -6,6 +6,17 @@
 
 CsvText &CsvText::text(const QString &value)
 {
+    const bool isFormula = !value.isEmpty() && QStringView(u"=+-@\t\r").contains(value.front());
+    return quoted(isFormula ? u'\'' + value : value);
+}
+
+CsvText &CsvText::quotedNumber(const QString &number)
+{
+    return quoted(number);
+}
+
+CsvText &CsvText::quoted(const QString &value)
+{
     separate();
     m_bytes += '"';
     m_bytes += value.toUtf8().replace('"', "\"\"");

@@ -5,11 +5,14 @@
 
 /// The text of a CSV file, record by record: texts in double quotes (a quote inside is doubled),
 /// numbers without, a point as the decimal separator whatever the locale, commas between the
-/// fields, CR LF behind each record, UTF-8.
+/// fields, CR LF behind each record, UTF-8. A text that a spreadsheet would take for a formula gets
+/// an apostrophe in front.
 class CsvText
 {
 public:
     CsvText &text(const QString &value);
+    /// A number that is quoted like a text, as it stands; empty when there is none.
+    CsvText &quotedNumber(const QString &number);
     CsvText &number(double value);
     /// A fixed-point number with at most four decimals, halves rounded to even.
     CsvText &fixed(double value);
@@ -20,6 +23,7 @@ public:
     const QByteArray &bytes() const { return m_bytes; }
 
 private:
+    CsvText &quoted(const QString &value);
     void separate();
 
     QByteArray m_bytes;

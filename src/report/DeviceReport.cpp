@@ -111,16 +111,16 @@ DevicePage::DevicePage(const ReportContext &context, const clsReportDeviceDef &d
         {QLatin1String("mach.desc"), m_description},
         {QLatin1String("report.date"), reportDateText(report.RunDate)},
         {QLatin1String("report.time"), reportTimeText(report.RunDate)},
-        {QLatin1String("report.id"), folderSafe(report.ReportID)},
+        {QLatin1String("report.id"), linkText(folderSafe(report.ReportID))},
         {QLatin1String("report.title"), report.ReportTitle},
         {QLatin1String("report.daterange"),
          dateRangeText(context.chart.StartTime, context.chart.EndTime)},
         {QLatin1String("report.zone"), context.zone},
         {QLatin1String("chart.title"), context.chart.ChartTitle},
-        {QLatin1String("dev.prev"), previousFolder},
-        {QLatin1String("dev.next"), nextFolder},
-        {QLatin1String("page.lang"), pageLanguage()},
+        {QLatin1String("dev.prev"), linkText(previousFolder)},
+        {QLatin1String("dev.next"), linkText(nextFolder)},
     };
+    m_values = onNewPage(m_values);
 }
 
 bool DevicePage::findItem(const QString &dataIdent) const
@@ -222,8 +222,8 @@ void DevicePage::write()
 {
     PageText page;
     constexpr QLatin1String marker("%%dev.varblist%%");
-    const QString device = fillTemplate(m_context.builder.DEV_Rep, m_values);
-    page.write(GetHTIPart(device, marker, true));
+    const ListParts parts = fillListTemplate(m_context.builder.DEV_Rep, marker, m_values);
+    page.write(parts.before);
     for (Item &item : m_items) {
         const QString image = item.image.fileName;
         yieldToUser();
@@ -237,7 +237,7 @@ void DevicePage::write()
         writeGraphPage(item);
         writeItem(page, item);
     }
-    page.write(GetHTIPart(device, marker, false));
+    page.write(parts.behind);
     saveLater(m_context, m_folder + devicePageName, page.bytes());
     removeStaleCharts();
 }
@@ -264,11 +264,11 @@ QString DevicePage::keyFigures(const Item &item) const
 }
 
 /// What readers of the page get in place of the image; of one that is missing they learn why.
-QString DevicePage::alternative(const Item &item) const
+PageValue DevicePage::alternative(const Item &item) const
 {
-    return htmlEscaped(item.problem.isEmpty()
-                           ? keyFigures(item)
-                           : QStringLiteral("This chart could not be drawn: %1").arg(item.problem));
+    if (item.problem.isEmpty())
+        return keyFigures(item);
+    return PageValue::plain(QStringLiteral("This chart could not be drawn: %1").arg(item.problem));
 }
 
 /// The page's placeholders and those of one item.
@@ -306,20 +306,21 @@ void DevicePage::writeGraphPage(const Item &item) const
     entry.startTime = chart.StartTime;
     entry.endTime = chart.EndTime;
     entry.setSeries(item.series);
-    const QString text = entry.FillChartTemplate(isState(item.series) ? chart.StateTemplateData
-                                                                      : chart.CountTemplateData);
     PageText page;
-    page.write(fillTemplate(text, itemValues(item)));
+    page.write(entry.FillChartTemplate(isState(item.series) ? chart.StateTemplateData
+                                                            : chart.CountTemplateData,
+                                       onNewPage(itemValues(item))));
     saveLater(m_context, m_folder + item.graphPage, page.bytes());
 }
 
 void DevicePage::writeItem(PageText &page, const Item &item)
 {
     constexpr QLatin1String marker("%%detail.list%%");
-    const QString section = fillTemplate(m_context.builder.VARB_Item, itemValues(item));
-    page.write(GetHTIPart(section, marker, true));
+    const ListParts section =
+        fillListTemplate(m_context.builder.VARB_Item, marker, itemValues(item));
+    page.write(section.before);
     writeDetails(page, item);
-    page.write(GetHTIPart(section, marker, false));
+    page.write(section.behind);
 }
 
 void DevicePage::writeDetails(PageText &page, const Item &item) const
@@ -328,8 +329,8 @@ void DevicePage::writeDetails(PageText &page, const Item &item) const
     const clsChartOutputBuilder &builder = m_context.builder;
     const clsGraphDef &chart = m_context.chart;
     const bool state = isState(item.series);
-    const QString table = fillTemplate(
-        state ? builder.STATE_Detail : builder.COUNT_Detail,
+    const ListParts table = fillListTemplate(
+        state ? builder.STATE_Detail : builder.COUNT_Detail, marker,
         {
             {QLatin1String("sample.name"), item.name},
             {QLatin1String("sample.csv"), item.csv},
@@ -338,7 +339,7 @@ void DevicePage::writeDetails(PageText &page, const Item &item) const
             {QLatin1String("report.daterange"), dateRangeText(chart.StartTime, chart.EndTime)},
             {QLatin1String("chart.title"), chart.ChartTitle},
         });
-    page.write(GetHTIPart(table, marker, true));
+    page.write(table.before);
 
     CsvText names; // what each record begins with
     names.text(item.name).text(chart.SampleLabel);
@@ -378,11 +379,11 @@ void DevicePage::writeDetails(PageText &page, const Item &item) const
             csv.fields(names)
                 .text(bucket.longLabel)
                 .fields(scale)
-                .text(empty ? QString() : trimmedNumber(bucket.mean, 6))
+                .quotedNumber(empty ? QString() : trimmedNumber(bucket.mean, 6))
                 .endRecord();
         }
     }
-    page.write(GetHTIPart(table, marker, false));
+    page.write(table.behind);
     saveLater(m_context, m_folder + item.csv, csv.bytes());
 }
 

@@ -12,9 +12,6 @@
 
 #include <vector>
 
-/// File name of a device's page in the device's folder.
-inline const QString devicePageName = QStringLiteral("DEVREP.HTM");
-
 /// What the parts of one report's run share.
 struct ReportContext
 {
@@ -77,7 +74,7 @@ private:
     void chartItem(Item &item, const QString &dataIdent);
     void computeSeries(DataSeries &series, Recordset &samples);
     QString keyFigures(const Item &item) const;
-    QString alternative(const Item &item) const;
+    PageValue alternative(const Item &item) const;
     Placeholders itemValues(const Item &item) const;
     void writeGraphPage(const Item &item) const;
     void writeItem(PageText &page, const Item &item);

@@ -3,7 +3,6 @@
 #include "charts/ChartStatistics.h"
 #include "core/Numbers.h"
 #include "report/OutputTree.h"
-#include "report/Templates.h"
 
 #include <algorithm>
 #include <array>
@@ -102,34 +101,35 @@ void clsGraphEntry::setSeries(const DataSeries &data)
     ranged = state ? QStringLiteral("true") : QStringLiteral("false");
 }
 
-QString clsGraphEntry::FillChartTemplate(const QString &text)
+QString clsGraphEntry::FillChartTemplate(const QString &text, const Placeholders &page)
 {
     const int visible = visiblePoints(frequency);
     pointCount = static_cast<qint32>(series1.count(u','));
     filled = 1;
-    return fillTemplate(
-        text, {
-                  {QLatin1String("chart.title"), chartTitle},
-                  {QLatin1String("chart.samplelabel"), sampleLabel},
-                  {QLatin1String("mach.name"), deviceName},
-                  {QLatin1String("mach.desc"), deviceDescription},
-                  {QLatin1String("varb.name"), itemName},
-                  {QLatin1String("varb.desc"), itemDescription},
-                  {QLatin1String("chart.scroll"),
-                   pointCount <= visible ? QStringLiteral("false") : QStringLiteral("true")},
-                  {QLatin1String("chart.maxscroll"), QString::number(visible)},
-                  {QLatin1String("chart.starttime"), chartTimeText(startTime)},
-                  {QLatin1String("chart.endtime"), chartTimeText(endTime)},
-                  {QLatin1String("chart.series1"), series1},
-                  {QLatin1String("chart.series2"), series2},
-                  {QLatin1String("chart.series3"), series3},
-                  {QLatin1String("chart.labels"), labels},
-                  {QLatin1String("chart.series1.total"), series1Total},
-                  {QLatin1String("chart.series2.total"), series2Total},
-                  {QLatin1String("chart.series3.total"), series3Total},
-                  {QLatin1String("chart.scalename"), scaleName},
-                  {QLatin1String("chart.lowrange"), lowRange},
-                  {QLatin1String("chart.upperrange"), upperRange},
-                  {QLatin1String("chart.ranged"), ranged},
-              });
+    Placeholders values = {
+        {QLatin1String("chart.title"), chartTitle},
+        {QLatin1String("chart.samplelabel"), sampleLabel},
+        {QLatin1String("mach.name"), deviceName},
+        {QLatin1String("mach.desc"), deviceDescription},
+        {QLatin1String("varb.name"), itemName},
+        {QLatin1String("varb.desc"), itemDescription},
+        {QLatin1String("chart.scroll"),
+         pointCount <= visible ? QStringLiteral("false") : QStringLiteral("true")},
+        {QLatin1String("chart.maxscroll"), QString::number(visible)},
+        {QLatin1String("chart.starttime"), chartTimeText(startTime)},
+        {QLatin1String("chart.endtime"), chartTimeText(endTime)},
+        {QLatin1String("chart.series1"), series1},
+        {QLatin1String("chart.series2"), series2},
+        {QLatin1String("chart.series3"), series3},
+        {QLatin1String("chart.labels"), labels},
+        {QLatin1String("chart.series1.total"), series1Total},
+        {QLatin1String("chart.series2.total"), series2Total},
+        {QLatin1String("chart.series3.total"), series3Total},
+        {QLatin1String("chart.scalename"), scaleName},
+        {QLatin1String("chart.lowrange"), lowRange},
+        {QLatin1String("chart.upperrange"), upperRange},
+        {QLatin1String("chart.ranged"), ranged},
+    };
+    values.insert(values.end(), page.begin(), page.end());
+    return fillTemplate(text, values);
 }

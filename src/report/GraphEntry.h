@@ -1,6 +1,7 @@
 #pragma once
 
 #include "data/DataSeries.h"
+#include "report/Templates.h"
 
 #include <QDateTime>
 #include <QString>
@@ -38,8 +39,8 @@ public:
     void setSeries(const DataSeries &data);
 
     /// The template with its "%%chart....%%", "%%mach....%%" and "%%varb....%%" placeholders
-    /// replaced.
-    QString FillChartTemplate(const QString &text);
+    /// replaced, and with those of the page around it.
+    QString FillChartTemplate(const QString &text, const Placeholders &page = {});
 };
 
 /// The period's begin and end as chart templates show them: "yyyy-MMM-dd HH:mm".

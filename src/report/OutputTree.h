@@ -6,6 +6,9 @@
 
 /// Where the files of a run go. Folders end in a separator.
 
+/// File name of a device's page in the device's folder.
+inline const QString devicePageName = QStringLiteral("DEVREP.HTM");
+
 QString outputFolder();
 QString reportFolder(const clsReportDef &report);
 QString reportPage(const clsReportDef &report); ///< its page, whether it is there or not

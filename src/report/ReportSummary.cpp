@@ -70,14 +70,14 @@ clsChartImageRef drawOverallImage(const ReportContext &context)
     return image;
 }
 
-QString notDrawnText(const Error &problem)
+PageValue notDrawnText(const Error &problem)
 {
-    return htmlEscaped(
+    return PageValue::plain(
         QStringLiteral("This chart could not be drawn: %1").arg(problem.description));
 }
 
 /// The key figures of the overall image; nothing where no state item is charted.
-QString overallAlternative(const ReportContext &context, const Outcome &problem)
+PageValue overallAlternative(const ReportContext &context, const Outcome &problem)
 {
     if (problem)
         return notDrawnText(*problem);
@@ -96,11 +96,11 @@ QString overallAlternative(const ReportContext &context, const Outcome &problem)
 StateRow rowOf(const DeviceCounts &counts)
 {
     return {counts.name, static_cast<double>(counts.successes),
-            static_cast<double>(counts.failures), counts.folder + u'/' + devicePageName};
+            static_cast<double>(counts.failures), counts.folder};
 }
 
 /// The rows of the devices with failed tests, the lowest success rate first.
-QString worstRows(const std::vector<DeviceCounts> &devices, const QString &rowTemplate)
+PageValue worstRows(const std::vector<DeviceCounts> &devices, const QString &rowTemplate)
 {
     constexpr size_t atAGlance = 10;
     std::vector<StateRow> rows;
@@ -114,12 +114,12 @@ QString worstRows(const std::vector<DeviceCounts> &devices, const QString &rowTe
     PageText text;
     for (size_t i = 0; i < std::min(atAGlance, rows.size()); ++i)
         text.write(rows[i].filled(rowTemplate));
-    return text.text();
+    return PageValue::html(text.text());
 }
 
 /// The key figures of the summary image, for readers who do not see it; of one that is missing they
 /// learn why.
-QString summaryAlternative(const StateRow &total, size_t devices, const Outcome &problem)
+PageValue summaryAlternative(const StateRow &total, size_t devices, const Outcome &problem)
 {
     if (problem)
         return notDrawnText(*problem);
@@ -131,7 +131,7 @@ QString summaryAlternative(const StateRow &total, size_t devices, const Outcome 
     else
         text += QStringLiteral("success rate %1 %, %2 of %3 tests failed")
                     .arg(total.rateText(), plainNumber(total.failures), plainNumber(total.tests()));
-    return htmlEscaped(text);
+    return text;
 }
 
 /// Waits for an image of the summary; the transparent one stands in for one that failed.
@@ -189,11 +189,10 @@ void GenerateReportSummary(const ReportContext &context, const std::vector<Devic
         {QLatin1String("report.title"), report.ReportTitle},
         {QLatin1String("report.date"), reportDateText(report.RunDate)},
         {QLatin1String("report.time"), reportTimeText(report.RunDate)},
-        {QLatin1String("report.id"), folderSafe(report.ReportID)},
+        {QLatin1String("report.id"), linkText(folderSafe(report.ReportID))},
         {QLatin1String("report.daterange"), range},
         {QLatin1String("report.zone"), context.zone},
         {QLatin1String("chart.title"), context.chart.ChartTitle},
-        {QLatin1String("page.lang"), pageLanguage()},
         {QLatin1String("img.width"), QString::number(image.size.width())},
         {QLatin1String("img.height"), QString::number(image.size.height())},
         {QLatin1String("img.alt"), summaryAlternative(total, devices.size(), problem)},
@@ -207,7 +206,7 @@ void GenerateReportSummary(const ReportContext &context, const std::vector<Devic
     const Placeholders totals = figures.placeholders();
     pageValues.insert(pageValues.end(), totals.begin(), totals.end());
     PageText reportPage;
-    reportPage.write(fillTemplate(context.builder.REPORT, pageValues));
+    reportPage.write(fillTemplate(context.builder.REPORT, onNewPage(pageValues)));
     saveExactFile(folder + gConfig->TOU_REPORT, reportPage.bytes());
 
     CsvText csv;
@@ -220,9 +219,10 @@ void GenerateReportSummary(const ReportContext &context, const std::vector<Devic
 
     constexpr QLatin1String listMarker("%%state.detail%%");
     constexpr QLatin1String rowMarker("%%detail.items%%");
-    const QString summary = fillTemplate(context.builder.REP_Summary, pageValues);
-    const QString table = fillTemplate(
-        context.builder.STATE_Detail,
+    const ListParts summary =
+        fillListTemplate(context.builder.REP_Summary, listMarker, onNewPage(pageValues));
+    const ListParts table = fillListTemplate(
+        context.builder.STATE_Detail, rowMarker,
         {
             {QLatin1String("sample.name"), report.ReportTitle},
             {QLatin1String("sample.description"), context.chart.SampleLabel},
@@ -232,8 +232,8 @@ void GenerateReportSummary(const ReportContext &context, const std::vector<Devic
             {QLatin1String("chart.title"), QLatin1String("Basis: ") + context.chart.ChartTitle},
         });
     PageText page;
-    page.write(GetHTIPart(summary, listMarker, true));
-    page.write(GetHTIPart(table, rowMarker, true));
+    page.write(summary.before);
+    page.write(table.before);
     for (const DeviceCounts &device : devices) {
         const StateRow row = rowOf(device);
         page.write(row.filled(context.builder.STATE_DetailItem));
@@ -242,8 +242,8 @@ void GenerateReportSummary(const ReportContext &context, const std::vector<Devic
         csv.endRecord();
     }
     page.write(total.filledAsTotal(context.builder.STATE_DetailItem));
-    page.write(GetHTIPart(table, rowMarker, false));
-    page.write(GetHTIPart(summary, listMarker, false));
+    page.write(table.behind);
+    page.write(summary.behind);
     saveExactFile(folder + summaryCsvName, csv.bytes());
     saveExactFile(folder + gConfig->TOU_REP_Summary, page.bytes());
 }

@@ -1,6 +1,7 @@
 #include "report/StateRow.h"
 
 #include "core/Numbers.h"
+#include "report/OutputTree.h"
 
 namespace {
 
@@ -9,13 +10,14 @@ QString countText(double count)
     return plainNumber(count);
 }
 
-QString bold(const QString &text)
+PageValue bold(const QString &text)
 {
-    return QLatin1String("<b>") + text + QLatin1String("</b>");
+    return PageValue::html(QLatin1String("<b>") + text + QLatin1String("</b>"));
 }
 
-Placeholders rowValues(const QString &label, const QString &successes, const QString &failures,
-                       const QString &tests, const QString &rate, const QString &link)
+Placeholders rowValues(const PageValue &label, const PageValue &successes,
+                       const PageValue &failures, const PageValue &tests, const PageValue &rate,
+                       const PageValue &link)
 {
     return {{QLatin1String("sample.label"), label},     {QLatin1String("successcount"), successes},
             {QLatin1String("criticalcount"), failures}, {QLatin1String("totalcount"), tests},
@@ -31,9 +33,10 @@ QString StateRow::rateText() const
 
 QString StateRow::filled(const QString &rowTemplate) const
 {
-    const QString link = devicePage.isEmpty()
-                             ? QString()
-                             : QStringLiteral(" href=\"%1\"").arg(htmlEscaped(devicePage));
+    const PageValue link = PageValue::html(
+        deviceFolder.isEmpty()
+            ? QString()
+            : QStringLiteral(" href=\"%1/%2\"").arg(linkText(deviceFolder), devicePageName));
     return fillTemplate(rowTemplate, rowValues(label, countText(successes), countText(failures),
                                                countText(tests()), rateText(), link));
 }

@@ -9,7 +9,7 @@ struct StateRow
     QString label;
     double successes = 0;
     double failures = 0;
-    QString devicePage = {}; ///< of a row that stands for a device, as the page links to it
+    QString deviceFolder = {}; ///< of a row that stands for a device: what the page links to
 
     double tests() const { return successes + failures; }
     /// Success rate in percent with two decimals; "n/a" without tests.

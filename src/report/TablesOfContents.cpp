@@ -38,27 +38,27 @@ QString chartTitleOf(const clsReportDef &report)
     return chart ? chart->ChartTitle : QString();
 }
 
-/// The part of the master table of contents before or behind the list of reports.
-QString masterPart(const clsChartOutputBuilder &builder, bool before)
+/// The master table of contents before and behind the list of reports.
+ListParts masterParts(const clsChartOutputBuilder &builder)
 {
-    return GetHTIPart(fillTemplate(builder.TOC, {{QLatin1String("page.lang"), pageLanguage()}}),
-                      QLatin1String("%%report.list%%"), before);
+    return fillListTemplate(builder.TOC, QLatin1String("%%report.list%%"), onNewPage({}));
 }
 
 QString masterEntry(const clsChartOutputBuilder &builder, const clsReportDef &report, int number,
                     const ReportStandings &standings)
 {
     const ReportStanding standing = standings.value(report.ReportID.toLower());
-    const QString id = folderSafe(report.ReportID);
+    const QString id = linkText(folderSafe(report.ReportID));
     // A report that never ran has no pages: no link leads there, and its figures stay empty.
     const auto figures = readSummaryFigures(reportFolder(report) + summaryCsvName);
     Placeholders values = figures.value_or(SummaryFigures()).placeholders();
     if (!figures) {
         for (auto &[name, value] : values)
-            value.clear();
+            value = QString();
     }
     const auto link = [&](const QString &page) {
-        return figures ? QStringLiteral(" href=\"%1/%2\"").arg(id, page) : QString();
+        return PageValue::html(figures ? QStringLiteral(" href=\"%1/%2\"").arg(id, linkText(page))
+                                       : QString());
     };
     values.insert(values.end(), {
                                     {QLatin1String("report.href"), link(gConfig->TOU_REPORT)},
@@ -96,9 +96,10 @@ bool writeMasterTOC(QString &errorText, const ReportStandings &standings)
     StaticRecordset devices = openTable(deviceListQuery);
 
     ShowStatus(QStringLiteral("Opening TOC file."));
+    const ListParts parts = masterParts(builder);
     PageText page;
     ShowStatus(QStringLiteral("Writing TOC file (reportlist.1)."));
-    page.write(masterPart(builder, true));
+    page.write(parts.before);
     int number = 0;
     for (const auto &report : gReportDefs) {
         if (!createWorkPath(reportFolder(*report), errorText))
@@ -111,7 +112,7 @@ bool writeMasterTOC(QString &errorText, const ReportStandings &standings)
         }
     }
     ShowStatus(QStringLiteral("Writing TOC file (reportlist.2)."));
-    page.write(masterPart(builder, false));
+    page.write(parts.behind);
     saveExactFile(outputFolder() + gConfig->TOU_TOC, page.bytes());
     ShowStatus(QStringLiteral("Finishing TOC Generation"));
     return true;
@@ -138,35 +139,35 @@ bool writeReportTOC(clsReportDef &report, QString &errorText, clsChartOutputBuil
     const QString folder = reportFolder(report);
     const Placeholders reportValues = {
         {QLatin1String("report.title"), report.ReportTitle},
-        {QLatin1String("report.id"), folderSafe(report.ReportID)},
+        {QLatin1String("report.id"), linkText(folderSafe(report.ReportID))},
         {QLatin1String("chart.title"), chartTitleOf(report)},
-        {QLatin1String("page.lang"), pageLanguage()},
     };
     ShowStatus(QStringLiteral("Opening TOC TOP file."));
     PageText top;
-    top.write(fillTemplate(builder.REP_Top, reportValues));
+    top.write(fillTemplate(builder.REP_Top, onNewPage(reportValues)));
     saveExactFile(folder + gConfig->TOU_REP_Top, top.bytes());
 
     constexpr QLatin1String marker("%%device.list%%");
-    const QString contents = fillTemplate(builder.REP_TOC, reportValues);
+    const ListParts contents = fillListTemplate(builder.REP_TOC, marker, onNewPage(reportValues));
     PageText page;
     ShowStatus(QStringLiteral("Writing TOC file (reportlist.1)."));
-    page.write(GetHTIPart(contents, marker, true));
+    page.write(contents.before);
     for (const auto &device : report.ReportDevices) {
         if (!findDevice(devices, device->MUID))
             continue;
         if (!createWorkPath(deviceFolder(report, device->MUID), errorText))
             return false;
-        page.write(fillTemplate(builder.REP_DeviceItem,
-                                {
-                                    {QLatin1String("mach.muid"), device->MUID},
-                                    {QLatin1String("mach.unmuid"), folderSafe(device->MUID)},
-                                    {QLatin1String("mach.name"), devices.text(nameColumn)},
-                                    {QLatin1String("mach.desc"), devices.text(descriptionColumn)},
-                                }));
+        page.write(
+            fillTemplate(builder.REP_DeviceItem,
+                         {
+                             {QLatin1String("mach.muid"), device->MUID},
+                             {QLatin1String("mach.unmuid"), linkText(folderSafe(device->MUID))},
+                             {QLatin1String("mach.name"), devices.text(nameColumn)},
+                             {QLatin1String("mach.desc"), devices.text(descriptionColumn)},
+                         }));
     }
     ShowStatus(QStringLiteral("Writing TOC file (reportlist.2)."));
-    page.write(GetHTIPart(contents, marker, false));
+    page.write(contents.behind);
     saveExactFile(folder + gConfig->TOU_REP_TOC, page.bytes());
     return true;
 }
@@ -202,12 +203,13 @@ bool RefreshMasterTOC(QString &errorText, const ReportStandings &standings)
     return reportingErrors(errorText, QStringLiteral("master TOC"), [&] {
         clsChartOutputBuilder builder;
         builder.LoadTOCTemplates();
+        const ListParts parts = masterParts(builder);
         PageText page;
-        page.write(masterPart(builder, true));
+        page.write(parts.before);
         int number = 0;
         for (const auto &report : gReportDefs)
             page.write(masterEntry(builder, *report, ++number, standings));
-        page.write(masterPart(builder, false));
+        page.write(parts.behind);
         saveExactFile(outputFolder() + gConfig->TOU_TOC, page.bytes());
         return true;
     });

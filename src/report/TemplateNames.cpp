@@ -8,11 +8,11 @@ namespace {
     "total.rate total.tests total.failed total.devices total.troubled total.silent "
 #define VANTREL_DEVICE                                                                             \
     "mach.name mach.desc report.date report.time report.id report.title report.daterange "         \
-    "report.zone chart.title dev.prev dev.next page.lang "
+    "report.zone chart.title dev.prev dev.next page.lang page.nonce "
 #define VANTREL_REPORT                                                                             \
     VANTREL_TOTALS                                                                                 \
     "report.title report.date report.time report.id report.daterange report.zone report.note "     \
-    "report.worst chart.title page.lang img.width img.height img.alt "                             \
+    "report.worst chart.title page.lang page.nonce img.width img.height img.alt "                  \
     "overall.graph overall.width overall.height overall.alt "
 #define VANTREL_ITEM                                                                               \
     VANTREL_DEVICE                                                                                 \
@@ -30,15 +30,15 @@ constexpr auto entry(const char *attribute, const char *marker, const char *name
 }
 
 const std::array pageTemplates = {
-    entry("TIN_TOC", "report.list", "page.lang"),
+    entry("TIN_TOC", "report.list", "page.lang page.nonce"),
     entry("TIN_TOC_ReportItem", "",
           VANTREL_TOTALS "report.href summary.href devices.href report.id report.tempid "
                          "report.title chart.title report.lastrun report.lastresult "
                          "report.nextdue report.devices"),
     entry("TIN_REPORT", "", VANTREL_REPORT),
-    entry("TIN_REP_TOC", "device.list", "report.title report.id chart.title page.lang"),
+    entry("TIN_REP_TOC", "device.list", "report.title report.id chart.title page.lang page.nonce"),
     entry("TIN_REP_DeviceItem", "", "mach.muid mach.unmuid mach.name mach.desc"),
-    entry("TIN_REP_Top", "", "report.title report.id chart.title page.lang"),
+    entry("TIN_REP_Top", "", "report.title report.id chart.title page.lang page.nonce"),
     entry("TIN_REP_Summary", "state.detail", VANTREL_REPORT),
     entry("TIN_STATE_Detail", "detail.items",
           "sample.name sample.description sample.scale sample.csv report.daterange chart.title"),

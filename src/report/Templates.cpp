@@ -6,6 +6,134 @@
 #include "core/Paths.h"
 #include "core/State.h"
 #include "core/Status.h"
+#include "report/OutputTree.h"
+
+#include <QRandomGenerator>
+#include <QRegularExpression>
+#include <QUrl>
+
+#include <array>
+
+namespace {
+
+/// Markup that texts may hold, while it goes from a text to a page.
+class KeptTags
+{
+public:
+    explicit KeptTags(QString &page)
+        : m_page(page)
+    {}
+
+    /// Writes the tag at a place of a text, and returns its length; 0 when none that may stay
+    /// stands there: it needs a plain name, and an end tag something to end.
+    qsizetype take(const QString &text, qsizetype at)
+    {
+        static const QRegularExpression form(
+            QStringLiteral("<(?:br */?|(/?)(b|i|u|em|strong|small|sub|sup|code) *)>"),
+            QRegularExpression::CaseInsensitiveOption);
+        const QRegularExpressionMatch tag =
+            form.match(text, at, QRegularExpression::NormalMatch,
+                       QRegularExpression::AnchorAtOffsetMatchOption);
+        if (!tag.hasMatch())
+            return 0;
+        const QString name = tag.captured(2).toLower();
+        if (!tag.capturedView(1).isEmpty()) {
+            const qsizetype begin = m_open.lastIndexOf(name);
+            if (begin < 0)
+                return 0;
+            closeDownTo(begin);
+        } else {
+            if (m_open.size() == mostNested)
+                return 0;
+            if (!name.isEmpty())
+                m_open.append(name);
+            m_page += tag.capturedView();
+        }
+        return tag.capturedLength();
+    }
+
+    void closeDownTo(qsizetype level)
+    {
+        while (m_open.size() > level)
+            m_page += QStringLiteral("</%1>").arg(m_open.takeLast());
+    }
+
+private:
+    static constexpr qsizetype mostNested = 16; ///< more is no formatting
+    QString &m_page;
+    QStringList m_open;
+};
+
+/// Whether a browser could read a "<" as the begin of markup, by what stands behind it. At the end
+/// of a text that is the template's; and a damaged character may become anything.
+bool couldBeginMarkup(QStringView behind)
+{
+    if (behind.isEmpty() || behind.front() > u'~')
+        return true;
+    const QChar next = behind.front();
+    return next.isLetter() || next == u'/' || next == u'!' || next == u'?';
+}
+
+QString safeMarkup(const QString &text)
+{
+    QString safe;
+    safe.reserve(text.size() + 32);
+    KeptTags tags(safe);
+    for (qsizetype at = 0; at < text.size(); ++at) {
+        const QChar c = text[at];
+        if (c == u'"') {
+            safe += QLatin1String("&quot;");
+        } else if (c == u'\'') {
+            safe += QLatin1String("&#39;");
+        } else if (c != u'<') {
+            safe += c;
+        } else if (const qsizetype length = tags.take(text, at); length > 0) {
+            at += length - 1;
+        } else {
+            safe += couldBeginMarkup(QStringView(text).mid(at + 1)) ? QLatin1String("&lt;")
+                                                                    : QLatin1String("<");
+        }
+    }
+    tags.closeDownTo(0);
+    return safe;
+}
+
+/// 128 bits of the system's randomness.
+QString newNonce()
+{
+    std::array<quint32, 4> bits{};
+    QRandomGenerator::system()->fillRange(bits.data(), bits.size());
+    const auto bytes =
+        QByteArray::fromRawData(reinterpret_cast<const char *>(bits.data()), sizeof bits);
+    return QString::fromLatin1(
+        bytes.toBase64(QByteArray::Base64UrlEncoding | QByteArray::OmitTrailingEquals));
+}
+
+} // namespace
+
+PageValue::PageValue(const QString &text)
+    : m_markup(safeMarkup(text))
+{}
+
+PageValue PageValue::html(const QString &markup)
+{
+    PageValue value;
+    value.m_markup = markup;
+    return value;
+}
+
+PageValue PageValue::plain(const QString &text)
+{
+    return QString(text).replace(u'&', QLatin1String("&amp;")).replace(u'<', QLatin1String("&lt;"));
+}
+
+Placeholders onNewPage(const Placeholders &values)
+{
+    Placeholders all = {{QLatin1String("page.lang"), pageLanguage()},
+                        {QLatin1String("page.nonce"), newNonce()}};
+    all.insert(all.end(), values.begin(), values.end());
+    return all;
+}
 
 QString GetHTIPart(const QString &text, QLatin1String marker, bool before)
 {
@@ -32,7 +160,7 @@ QString fillTemplate(const QString &text, const Placeholders &values)
         for (const auto &[name, value] : values) {
             if (behind.startsWith(name) && behind.mid(name.size()).startsWith(fence)) {
                 filled += view.mid(done, at - done);
-                filled += value;
+                filled += value.markup();
                 next = done = at + name.size() + 2 * fence.size();
                 break;
             }
@@ -43,9 +171,15 @@ QString fillTemplate(const QString &text, const Placeholders &values)
     return filled;
 }
 
-QString htmlEscaped(const QString &text)
+ListParts fillListTemplate(const QString &text, QLatin1String marker, const Placeholders &values)
 {
-    return text.toHtmlEscaped();
+    return {fillTemplate(GetHTIPart(text, marker, true), values),
+            fillTemplate(GetHTIPart(text, marker, false), values)};
+}
+
+QString linkText(const QString &name)
+{
+    return QString::fromLatin1(QUrl::toPercentEncoding(name));
 }
 
 void clsChartOutputBuilder::LoadTOCTemplates()

@@ -15,16 +15,52 @@
 /// oddities, users' own templates included.
 QString GetHTIPart(const QString &text, QLatin1String marker, bool before);
 
-/// Names of placeholders (without the percent signs) and what replaces them.
-using Placeholders = std::vector<std::pair<QLatin1String, QString>>;
+/// What replaces a placeholder: a text of anybody's making, or markup of the program's own. A text
+/// is made safe for element text and quoted attributes, so names may hold anything.
+class PageValue
+{
+public:
+    /// A text: `<b> <i> <u> <em> <strong> <small> <sub> <sup> <code> <br>` without attributes stay,
+    /// and end where the text ends; every other "<" that could begin a tag, a comment or a
+    /// declaration is escaped, and so are quotes. Entities stay.
+    PageValue(const QString &text); // NOLINT(google-explicit-constructor): the safe kind
+    /// Markup that goes in as it is. Never for what comes from a database, a file or a server.
+    static PageValue html(const QString &markup);
+    /// A text of which nothing is markup, entities included.
+    static PageValue plain(const QString &text);
+
+    const QString &markup() const { return m_markup; }
+
+private:
+    PageValue() = default;
+    QString m_markup;
+};
+
+/// Names of placeholders (without the percent signs) and what replaces them. Of two equal names the
+/// first one counts.
+using Placeholders = std::vector<std::pair<QLatin1String, PageValue>>;
+
+/// The values of a page with what each page has: "page.lang", and "page.nonce", which allows a page
+/// its own scripts and cannot be foreseen. To be called for each page.
+Placeholders onNewPage(const Placeholders &values);
 
 /// Replaces every occurrence of each placeholder, in one pass from left to right. Names are
-/// compared with regard to case; values go in raw; an unknown placeholder stays as it is, and a
-/// value that looks like a placeholder is not looked at again.
+/// compared with regard to case; an unknown placeholder stays as it is, and a value that looks like
+/// a placeholder is not looked at again.
 QString fillTemplate(const QString &text, const Placeholders &values);
 
-/// A text made safe for an HTML attribute or element.
-QString htmlEscaped(const QString &text);
+/// A page, a section or a table with a list in its middle.
+struct ListParts
+{
+    QString before;
+    QString behind;
+};
+/// Cuts a template at its marker (GetHTIPart), and only then fills both parts: no value can be
+/// taken for the marker.
+ListParts fillListTemplate(const QString &text, QLatin1String marker, const Placeholders &values);
+
+/// The name of a file or folder as links want it, percent-encoded.
+QString linkText(const QString &name);
 
 /// The page templates of one run, each a file's whole text.
 class clsChartOutputBuilder

@@ -10,7 +10,7 @@
 #include <cstdio>
 
 /// Writes a home folder whose reports show every kind of page: with and without failures, with gaps
-/// and without data, long series, and names that are markup.
+/// and without data, long series, and names that are markup or attacks.
 
 namespace {
 
@@ -39,7 +39,22 @@ struct Device
     int ident = 0;
     QString name;
     std::vector<Item> items;
+    QString description = QStringLiteral("What it is for");
+
+    QString muid() const
+    {
+        return QStringLiteral("{M-%1}").arg(ident == 6 ? QStringLiteral("\"'?#%41:<6")
+                                                       : QString::number(ident));
+    }
 };
+
+const QString leave = QStringLiteral("<meta http-equiv=refresh content=\"0;url=TOP.HTM\">"
+                                     "<base href=\"//example.com/\"><a href=javascript:owned=3>x");
+const QString breakOut = QStringLiteral("\"' autofocus onfocus='window.owned=4' x=\"</title></dd>"
+                                        "<script src=\"../../owned.csv\"></script></script><b><i>");
+const QString placeholders =
+    QStringLiteral("%%report.list%%%%device.list%%%%state.detail%%%%dev.varblist%%"
+                   "%%detail.list%%%%detail.items%%%%page.nonce%%%%report.title%%");
 
 constexpr int state = 21;
 constexpr int milliseconds = 3;
@@ -59,6 +74,8 @@ const std::vector<Device> devices = {
     {4,
      QStringLiteral("A device with a name of many words, to see how lists, tables and bars cope"),
      {{41, QStringLiteral("Ping"), state}}},
+    {5, QStringLiteral("core1<!--"), {{51, leave, state}, {52, breakOut, milliseconds}}, leave},
+    {6, placeholders, {{61, placeholders, state}, {62, breakOut, state}}, breakOut},
 };
 
 /// Devices 1 and 2 fail and pause now and then, 3 has nothing at all, 4 never fails.
@@ -112,9 +129,9 @@ void writeDatabase(const QString &path)
 
     for (const Device &device : devices) {
         machines.setInteger(0, device.ident);
-        machines.setText(1, QStringLiteral("{M-%1}").arg(device.ident));
+        machines.setText(1, device.muid());
         machines.setText(2, device.name);
-        machines.setText(3, device.ident == 2 ? markup : QStringLiteral("What it is for"));
+        machines.setText(3, device.ident == 2 ? markup : device.description);
         machines.append();
         for (const Item &item : device.items) {
             fields.setInteger(0, item.ident);
@@ -153,7 +170,7 @@ QString reportElement(const QString &id, const QString &title, const QString &ch
     for (const Device &device : devices) {
         if (std::find(idents.begin(), idents.end(), device.ident) == idents.end())
             continue;
-        text += QStringLiteral("<DEVICE MUID=\"{M-%1}\">").arg(device.ident);
+        text += QStringLiteral("<DEVICE MUID=\"%1\">").arg(device.muid().toHtmlEscaped());
         for (const Item &item : device.items)
             text += QStringLiteral("<DATUM DataIDent=\"%1\"/>").arg(item.ident);
         text += QLatin1String("</DEVICE>\n");
@@ -182,7 +199,9 @@ void writeHome(const QString &home)
     const QString charts =
         chartElement(QStringLiteral("hours"), QStringLiteral("Last week by hour"), 1, 60, 168) +
         chartElement(QStringLiteral("minutes"), QStringLiteral("Last week by 5 minutes"), 0, 5,
-                     2016);
+                     2016) +
+        chartElement(QStringLiteral("hostile"), (breakOut + placeholders).toHtmlEscaped(), 1, 60,
+                     168);
     QString reports =
         reportElement(QStringLiteral("all"), QStringLiteral("All devices"), QStringLiteral("hours"),
                       {1, 2, 3, 4}) +
@@ -193,7 +212,9 @@ void writeHome(const QString &home)
         reportElement(QStringLiteral("silent"), QStringLiteral("Nothing heard"),
                       QStringLiteral("hours"), {3}) +
         reportElement(QStringLiteral("never"), QStringLiteral("Never run & <b>named</b> so"),
-                      QStringLiteral("hours"), {1});
+                      QStringLiteral("hours"), {1}) +
+        reportElement(QStringLiteral("hostile"), leave + placeholders + breakOut,
+                      QStringLiteral("hostile"), {5, 6, 1});
     for (int i = 1; i <= 5; ++i) // more than one takes in at a glance
         reports += reportElement(QStringLiteral("spare%1").arg(i),
                                  QStringLiteral("Spare %1").arg(i), QStringLiteral("hours"), {});

@@ -3,6 +3,7 @@
 #include "report/StateRow.h"
 #include "report/SummaryFigures.h"
 #include "report/Templates.h"
+#include "support/Rows.h"
 #include "support/Sandbox.h"
 
 #include <QTest>
@@ -48,17 +49,54 @@ private Q_SLOTS:
     void fillsPlaceholders()
     {
         const auto filled = [](const QString &text) {
-            return fillTemplate(text, {{QLatin1String("a"), "1"},
-                                       {QLatin1String("a.b"), "2"},
-                                       {QLatin1String("raw"), "<b>%%a%%</b>"}});
+            return fillTemplate(text, {{QLatin1String("a"), QString("1")},
+                                       {QLatin1String("a.b"), QString("2")},
+                                       {QLatin1String("a"), QString("3")},
+                                       {QLatin1String("text"), QString("<p>%%a%%")},
+                                       {QLatin1String("html"), PageValue::html("<p a='1'>")}});
         };
         QCOMPARE(filled("%%a%%-%%a%%"), "1-1");
         QCOMPARE(filled("%%a%% %%a.b%%"), "1 2");
         QCOMPARE(filled("%%x%% %%A%%"), "%%x%% %%A%%"); // unknown ones stay
         QCOMPARE(filled("%%x%%a%%"), "%%x1");
         QCOMPARE(filled("100%%%a%%"), "100%1");
-        QCOMPARE(filled("%%raw%%"), "<b>%%a%%</b>"); // values are raw and final
+        QCOMPARE(filled("%%text%%%%html%%"), "&lt;p>%%a%%<p a='1'>"); // values are final
         QCOMPARE(filled("50% of 80%%"), "50% of 80%%");
+    }
+
+    void cutsBeforeItFills()
+    {
+        const auto [before, behind] =
+            fillListTemplate("<%%name%%:%%m%%;%%name%%>", QLatin1String("%%m%%"),
+                             {{QLatin1String("name"), QString("%%m%%")}});
+        QCOMPARE(before + '|' + behind, "<%%m%%:|;%%m%%> ");
+    }
+
+    void makesTextsSafe_data()
+    {
+        const Rows<QString, QString> row("text", "markup");
+        row("kept", "<B>a</B> <i >b</i><br/>2<sup>3</sup>", "<B>a</b> <i >b</i><br/>2<sup>3</sup>");
+        row("entities", "R&D &lt;script&gt; &#60;", "R&D &lt;script&gt; &#60;");
+        row("no markup", "<3 a < b <= c <", "<3 a < b <= c &lt;");
+        row("script", "<script>x()</script>", "&lt;script>x()&lt;/script>");
+        row("attribute", "<b onclick=x()>a</b>", "&lt;b onclick=x()>a&lt;/b>");
+        row("inside a tag", "<b<i>", "&lt;b<i></i>");
+        row("comment", "core1<!--", "core1&lt;!--");
+        row("declarations", "<?xml <!DOCTYPE </ x>", "&lt;?xml &lt;!DOCTYPE &lt;/ x>");
+        row("damaged character", QString("a<") + QChar(0xD800) + 'b',
+            QString("a&lt;") + QChar(0xD800) + 'b');
+        row("quotes", "\" onload='x()'", "&quot; onload=&#39;x()&#39;");
+        row("never closed", "<b><i>a", "<b><i>a</i></b>");
+        row("closed across", "<b>a<i>b</b>c</i>", "<b>a<i>b</i></b>c&lt;/i>");
+        row("never opened", "a</b></br>", "a&lt;/b>&lt;/br>");
+        row("nested deep", QString("<b>").repeated(18),
+            QString("<b>").repeated(16) + QString("&lt;b>").repeated(2) +
+                QString("</b>").repeated(16));
+    }
+    void makesTextsSafe()
+    {
+        QFETCH(QString, text);
+        QTEST(PageValue(text).markup(), "markup");
     }
 
     void saysWhetherTheChartScrolls()
@@ -137,8 +175,9 @@ private Q_SLOTS:
     void linksRowsOfDevices()
     {
         const QString rowTemplate = "<a%%sample.href%%>%%sample.label%%</a>";
-        const StateRow device{"x", 1, 0, "M\"1/DEVREP.HTM"};
-        QCOMPARE(device.filled(rowTemplate), "<a href=\"M&quot;1/DEVREP.HTM\">x</a>");
+        const StateRow device{"x", 1, 0, "javascript:\"Ä/1"};
+        QCOMPARE(device.filled(rowTemplate),
+                 "<a href=\"javascript%3A%22%C3%84%2F1/DEVREP.HTM\">x</a>");
         QCOMPARE(device.filledAsTotal(rowTemplate), "<a><b>Total</b></a>");
         QCOMPARE(StateRow({"x", 1, 0}).filled(rowTemplate), "<a>x</a>");
     }
@@ -148,9 +187,11 @@ private Q_SLOTS:
         CsvText csv;
         csv.text("Zürich \"A\", 1").number(0.1).number(-12).fixed(99.99995);
         csv.endRecord();
-        csv.text("");
-        csv.endRecord();
-        QCOMPARE(csv.bytes(), "\"Zürich \"\"A\"\", 1\",0.1,-12,100\r\n\"\"\r\n");
+        csv.text("").text("=1").text("+1").text("-1").text("@a").text("\ta").text("\ra").text(" =");
+        csv.quotedNumber("-2.5").endRecord();
+        QCOMPARE(csv.bytes(), "\"Zürich \"\"A\"\", 1\",0.1,-12,100\r\n"
+                              "\"\",\"'=1\",\"'+1\",\"'-1\",\"'@a\",\"'\ta\",\"'\ra\",\" =\","
+                              "\"-2.5\"\r\n");
     }
 
     void readsFiguresAgain()
