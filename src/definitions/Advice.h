@@ -1,5 +1,6 @@
 #pragma once
 
+#include "definitions/Collection.h"
 #include "definitions/GraphDef.h"
 #include "definitions/ScheduleDef.h"
 
@@ -15,3 +16,18 @@ QString samePeriodWarning(const clsGraphDef &chart, const clsScheduleDef &schedu
 /// case and blanks tell them apart. Empty for a title of nothing but blanks.
 QString titleKey(const QString &title);
 QString sameTitleWarning(const QString &title);
+
+/// sameTitleWarning when another definition than the one of that id has the title, else empty.
+/// `titleOf`: the member that holds the titles.
+template <typename Definition>
+QString sameTitleWarning(const Collection<Definition> &definitions, QString Definition::*titleOf,
+                         const QString &id, const QString &title)
+{
+    const QString key = titleKey(title);
+    const auto own = definitions.find(id);
+    const bool isTaken =
+        std::any_of(definitions.begin(), definitions.end(), [&](const auto &other) {
+            return other != own && titleKey((*other).*titleOf) == key;
+        });
+    return isTaken && !key.isEmpty() ? sameTitleWarning(title) : QString();
+}

@@ -1,6 +1,6 @@
 #include "ui/CheckListCombo.h"
 
-#include "ui/ToolTip.h"
+#include "ui/Widgets.h"
 
 #include <QAbstractItemView>
 #include <QKeyEvent>

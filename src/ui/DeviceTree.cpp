@@ -2,7 +2,7 @@
 
 #include "core/Numbers.h"
 #include "data/DataSeries.h"
-#include "ui/ToolTip.h"
+#include "ui/Widgets.h"
 
 #include <QSet>
 

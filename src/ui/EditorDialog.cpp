@@ -1,21 +1,25 @@
 #include "ui/EditorDialog.h"
 
 #include "core/Error.h"
-#include "ui/ActiveWindow.h"
 #include "ui/HelpViewer.h"
 #include "ui/Messages.h"
 #include "ui/ScrollPane.h"
 #include "ui/UiState.h"
+#include "ui/Widgets.h"
 
 #include <QButtonGroup>
+#include <QLabel>
 #include <QPushButton>
 #include <QRadioButton>
+#include <QStyle>
 #include <QVBoxLayout>
 
 EditorDialog::EditorDialog(const QString &name, const QString &helpPage, QWidget *parent)
     : QDialog(parent)
     , m_tag(QStringLiteral("CANCEL"))
     , m_content(new QWidget)
+    , m_warningRow(new QWidget)
+    , lblWarnings(newTextLabel(QStringLiteral("lblWarnings"), 1))
     , m_buttons(new QDialogButtonBox(
           QDialogButtonBox::Ok | QDialogButtonBox::Cancel | QDialogButtonBox::Help, this))
 {
@@ -24,7 +28,18 @@ EditorDialog::EditorDialog(const QString &name, const QString &helpPage, QWidget
     setSizeGripEnabled(true);
     auto *layout = new QVBoxLayout(this);
     layout->addWidget(new ScrollPane(m_content), 1);
+    layout->addWidget(m_warningRow);
     layout->addWidget(m_buttons);
+    auto *icon = new QLabel;
+    icon->setPixmap(style()
+                        ->standardIcon(QStyle::SP_MessageBoxWarning)
+                        .pixmap(style()->pixelMetric(QStyle::PM_SmallIconSize)));
+    icon->setAlignment(Qt::AlignTop);
+    auto *warnings = new QHBoxLayout(m_warningRow);
+    warnings->setContentsMargins(0, 0, 0, 0);
+    warnings->addWidget(icon);
+    warnings->addWidget(lblWarnings, 1);
+    m_warningRow->hide();
     m_buttons->button(QDialogButtonBox::Ok)->setObjectName(QStringLiteral("cmdOK"));
     m_buttons->button(QDialogButtonBox::Cancel)->setObjectName(QStringLiteral("cmdCancel"));
     m_buttons->button(QDialogButtonBox::Help)->setObjectName(QStringLiteral("cmdHelp"));
@@ -39,11 +54,44 @@ EditorDialog::EditorDialog(const QString &name, const QString &helpPage, QWidget
 void EditorDialog::markUnchanged()
 {
     m_unchanged = contentText();
+    m_knownWarnings = warnings();
 }
 
 bool EditorDialog::hasChanges() const
 {
     return contentText() != m_unchanged;
+}
+
+QStringList EditorDialog::warnings() const
+{
+    return {};
+}
+
+QStringList EditorDialog::sentences(QStringList advice)
+{
+    advice.removeAll(QString());
+    for (QString &text : advice)
+        text = text.at(0).toUpper() + text.mid(1) + u'.';
+    return advice;
+}
+
+void EditorDialog::showWarnings()
+{
+    QSizePolicy keepsPlace = m_warningRow->sizePolicy();
+    keepsPlace.setRetainSizeWhenHidden(true);
+    m_warningRow->setSizePolicy(keepsPlace);
+    const QStringList shown = warnings();
+    lblWarnings->setText(shown.join(u'\n'));
+    m_warningRow->setVisible(!shown.isEmpty());
+}
+
+bool EditorDialog::acceptsNewWarnings()
+{
+    QStringList added = warnings();
+    added.removeIf([this](const QString &warning) { return m_knownWarnings.contains(warning); });
+    return added.isEmpty() ||
+           askYesNo(this, QStringLiteral("Please Check"),
+                    added.join(u'\n') + QLatin1String("\n\nSave it all the same?"));
 }
 
 QString EditorDialog::inputError(QWidget *&) const
@@ -60,6 +108,8 @@ void EditorDialog::accept()
             field->setFocus(Qt::OtherFocusReason);
         return;
     }
+    if (!acceptsNewWarnings())
+        return;
     try {
         if (m_save)
             m_save();

@@ -4,7 +4,10 @@
 #include "core/Files.h"
 #include "core/GrapherConfig.h"
 #include "core/Paths.h"
+#include "definitions/Advice.h"
+#include "definitions/DefinitionStores.h"
 #include "ui/ChartPreview.h"
+#include "ui/Widgets.h"
 
 #include <QCheckBox>
 #include <QComboBox>
@@ -120,17 +123,6 @@ void showTemplate(QComboBox *field, const QString &name)
     field->setEditText(name);
 }
 
-QLabel *newTextLabel(const QString &name)
-{
-    auto *label = new QLabel;
-    label->setObjectName(name);
-    label->setTextFormat(Qt::PlainText);
-    label->setTextInteractionFlags(Qt::TextSelectableByMouse);
-    label->setWordWrap(true);
-    label->setAlignment(Qt::AlignTop);
-    return label;
-}
-
 /// A chart made a moment ago, which nobody has given a period yet.
 bool isNew(const clsGraphDef &chart)
 {
@@ -167,20 +159,10 @@ frmGraphDefEditor::frmGraphDefEditor(QWidget *parent)
     splitter->setStretchFactor(1, 1);
 
     lblPeriod = newTextLabel(QStringLiteral("lblPeriod"));
-    lblWarnings = newTextLabel(QStringLiteral("lblWarnings"));
-    lblWarnings->setMinimumHeight(lblWarnings->fontMetrics().lineSpacing() * 2);
-    lblWarningIcon = new QLabel;
-    const int iconSize = style()->pixelMetric(QStyle::PM_SmallIconSize);
-    lblWarningIcon->setPixmap(style()->standardIcon(QStyle::SP_MessageBoxWarning).pixmap(iconSize));
-    lblWarningIcon->setAlignment(Qt::AlignTop);
     auto *layout = new QVBoxLayout(content());
     layout->setContentsMargins(0, 0, 0, 0);
     layout->addWidget(splitter, 1);
     layout->addWidget(lblPeriod);
-    auto *warnings = new QHBoxLayout;
-    warnings->addWidget(lblWarningIcon);
-    warnings->addWidget(lblWarnings, 1);
-    layout->addLayout(warnings);
     resize(1060, fields->sizeHint().height() + 140);
 
     m_debounce.setSingleShot(true);
@@ -312,8 +294,7 @@ QWidget *frmGraphDefEditor::previewBox()
     optPreviewCounter->setObjectName(QStringLiteral("optPreviewCounter"));
     m_preview = new ChartPreview;
     m_preview->setObjectName(QStringLiteral("picPreview"));
-    lblPreview = newTextLabel(QStringLiteral("lblPreview"));
-    lblPreview->setMinimumHeight(lblPreview->fontMetrics().lineSpacing()); // also while empty
+    lblPreview = newTextLabel(QStringLiteral("lblPreview"), 1);
 
     auto *box = new QGroupBox(QStringLiteral("Preview on sample data"));
     auto *kinds = new QHBoxLayout;
@@ -470,6 +451,13 @@ QString frmGraphDefEditor::contentText() const
     return edited().XMLConfig();
 }
 
+QStringList frmGraphDefEditor::warnings() const
+{
+    return periodWarnings(edited()) + templateWarnings() +
+           sentences({sameTitleWarning(gChartDefs, &clsGraphDef::ChartTitle, m_loaded.ChartID,
+                                       txtTitle->text())});
+}
+
 QString frmGraphDefEditor::inputError(QWidget *&field) const
 {
     if (txtTitle->text().trimmed().isEmpty()) {
@@ -505,9 +493,7 @@ void frmGraphDefEditor::refresh()
         m_range->setRange(run.StartTime, run.EndTime);
     }
     lblPeriod->setText(periodInWords(chart));
-    const QStringList warnings = periodWarnings(chart) + templateWarnings();
-    lblWarnings->setText(warnings.join(u'\n'));
-    lblWarningIcon->setVisible(!warnings.isEmpty());
+    showWarnings();
     m_debounce.start();
 }
 

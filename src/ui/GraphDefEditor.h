@@ -33,6 +33,7 @@ public:
 
 protected:
     QString contentText() const override;
+    QStringList warnings() const override;
     QString inputError(QWidget *&field) const override;
     bool eventFilter(QObject *watched, QEvent *event) override;
 
@@ -81,6 +82,4 @@ private:
     ChartPreview *m_preview;
     QLabel *lblPreview;
     QLabel *lblPeriod;
-    QLabel *lblWarningIcon;
-    QLabel *lblWarnings;
 };

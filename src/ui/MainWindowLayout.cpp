@@ -2,12 +2,12 @@
 // MainWindow.cpp.
 
 #include "core/State.h"
-#include "ui/ActiveWindow.h"
 #include "ui/HelpViewer.h"
 #include "ui/MainWindow.h"
 #include "ui/ReportList.h"
 #include "ui/ReportView.h"
 #include "ui/StatusBox.h"
+#include "ui/Widgets.h"
 
 #include <QAction>
 #include <QApplication>

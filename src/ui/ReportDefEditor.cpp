@@ -2,13 +2,14 @@
 
 #include "core/Files.h"
 #include "core/GrapherConfig.h"
+#include "definitions/Advice.h"
 #include "definitions/DefinitionStores.h"
 #include "report/OutputTree.h"
 #include "ui/DevicePicker.h"
 #include "ui/GraphDefEditor.h"
 #include "ui/Messages.h"
 #include "ui/SchedulePicker.h"
-#include "ui/ToolTip.h"
+#include "ui/Widgets.h"
 
 #include <QComboBox>
 #include <QDir>
@@ -69,6 +70,9 @@ frmReportDefEditor::frmReportDefEditor(QWidget *parent)
     splitter->setSizes({600, 300});
     layout->addWidget(splitter, 1);
     resize(QSize(900, 640).expandedTo(minimumSizeHint()));
+    connect(txtTitle, &QLineEdit::textChanged, this, &frmReportDefEditor::showWarnings);
+    connect(cboChart, &QComboBox::currentIndexChanged, this, &frmReportDefEditor::showWarnings);
+    connect(m_schedules, &SchedulePicker::changed, this, &frmReportDefEditor::showWarnings);
 }
 
 QWidget *frmReportDefEditor::makeHead()
@@ -160,6 +164,7 @@ void frmReportDefEditor::load(const clsReportDef &report)
 {
     LoadChartDefs();
     LoadScheduleDefs();
+    m_reportId = report.ReportID;
     txtTitle->setText(report.ReportTitle);
     txtTitle->selectAll();
     fillCharts(report.ChartID);
@@ -191,6 +196,19 @@ QString frmReportDefEditor::contentText() const
         txtTitle->text(),          cboChart->currentData().toString(), txtOutputFile->text(),
         txtOutputTemplate->text(), m_schedules->selectionText(),       m_devices->selectionText()}
         .join(QLatin1String("\n\n"));
+}
+
+QStringList frmReportDefEditor::warnings() const
+{
+    QStringList advice{
+        sameTitleWarning(gReportDefs, &clsReportDef::ReportTitle, m_reportId, txtTitle->text())};
+    const auto chart = gChartDefs.find(cboChart->currentData().toString());
+    for (const auto &chosen : m_schedules->selection()) {
+        const auto schedule = gScheduleDefs.find(chosen->ScheduleID);
+        if (chart && schedule)
+            advice += samePeriodWarning(*chart, *schedule);
+    }
+    return sentences(advice);
 }
 
 QString frmReportDefEditor::inputError(QWidget *&field) const

@@ -32,6 +32,7 @@ public:
 
 protected:
     QString contentText() const override;
+    QStringList warnings() const override;
     QString inputError(QWidget *&field) const override;
 
 private:
@@ -45,6 +46,7 @@ private:
     void editChart(const clsGraphDef &chart);
     void browseTemplate();
 
+    QString m_reportId;
     QLineEdit *txtTitle;
     QComboBox *cboChart;
     QPushButton *cmdChartModify;

@@ -4,7 +4,7 @@
 #include "core/TimeZone.h"
 #include "definitions/DefinitionStores.h"
 #include "scheduling/DueState.h"
-#include "ui/ToolTip.h"
+#include "ui/Widgets.h"
 
 #include <QApplication>
 #include <QStyle>

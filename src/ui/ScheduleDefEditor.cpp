@@ -1,8 +1,11 @@
 #include "ui/ScheduleDefEditor.h"
 
 #include "core/Clock.h"
+#include "definitions/Advice.h"
+#include "definitions/DefinitionStores.h"
 #include "ui/CheckListCombo.h"
 #include "ui/Messages.h"
+#include "ui/Widgets.h"
 
 #include <QButtonGroup>
 #include <QCheckBox>
@@ -66,18 +69,6 @@ bool namesLastDay(const clsScheduleDef &schedule)
 QString runText(const QDateTime &run)
 {
     return QLocale().toString(run, QStringLiteral("dddd yyyy-MM-dd HH:mm"));
-}
-
-QLabel *newTextLabel(const QString &name, int lines)
-{
-    auto *label = new QLabel;
-    label->setObjectName(name);
-    label->setWordWrap(true);
-    label->setTextFormat(Qt::PlainText);
-    label->setTextInteractionFlags(Qt::TextSelectableByMouse);
-    label->setAlignment(Qt::AlignTop);
-    label->setMinimumHeight(label->fontMetrics().lineSpacing() * lines);
-    return label;
 }
 
 /// The option that stands for a code; -1 for none.
@@ -176,6 +167,7 @@ frmScheduleDefEditor::frmScheduleDefEditor(QWidget *parent)
                 &frmScheduleDefEditor::showNextRuns);
     connect(chkReschedule, &QCheckBox::toggled, this, &frmScheduleDefEditor::setControlStates);
     connect(cmdAutoSet, &QPushButton::clicked, this, &frmScheduleDefEditor::autoSet);
+    connect(txtScheduleName, &QLineEdit::textChanged, this, &frmScheduleDefEditor::showWarnings);
     load(clsScheduleDef());
 }
 
@@ -295,6 +287,7 @@ void frmScheduleDefEditor::load(const clsScheduleDef &schedule)
     optSchedInterval->setExclusive(true);
     setControlStates();
     showNextRuns();
+    showWarnings();
     markUnchanged();
 }
 
@@ -322,6 +315,12 @@ QString frmScheduleDefEditor::contentText() const
     clsScheduleDef schedule = m_loaded;
     store(schedule);
     return schedule.XMLConfig();
+}
+
+QStringList frmScheduleDefEditor::warnings() const
+{
+    return sentences({sameTitleWarning(gScheduleDefs, &clsScheduleDef::ScheduleName,
+                                       m_loaded.ScheduleID, txtScheduleName->text())});
 }
 
 QString frmScheduleDefEditor::inputError(QWidget *&field) const

@@ -31,6 +31,7 @@ public:
 
 protected:
     QString contentText() const override;
+    QStringList warnings() const override;
     QString inputError(QWidget *&field) const override;
 
 private:

@@ -221,4 +221,5 @@ void SchedulePicker::showRuns()
             break;
         lvNextRuns->addItem(runText(slot) + QLatin1String("  ") + names.join(QLatin1String(", ")));
     }
+    Q_EMIT changed();
 }

@@ -30,6 +30,10 @@ public:
     /// The ids of the chosen schedules in one text, in no order.
     QString selectionText() const;
 
+Q_SIGNALS:
+    /// By the user or by setSelection.
+    void changed();
+
 private:
     void fill(const QStringList &checked, const QString &current);
     void addRow(const QString &id, const QString &name, bool checked);

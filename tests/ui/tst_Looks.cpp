@@ -1,6 +1,6 @@
 #include "support/Rows.h"
 #include "ui/IndicatorStyle.h"
-#include "ui/ToolTip.h"
+#include "ui/Widgets.h"
 
 #include <QApplication>
 #include <QLabel>

@@ -17,7 +17,7 @@
 namespace {
 
 const QByteArray charts = R"(<CHARTDEFS>
-<CHART ChartID="{C-1}" Title="Chart 1"/>
+<CHART ChartID="{C-1}" Title="Chart 1" ChartDuration="8"/>
 <CHART ChartID="{C-2}" Title="Chart 2"/>
 </CHARTDEFS>)";
 
@@ -164,6 +164,38 @@ private Q_SLOTS:
         answers.click(QMessageBox::Yes);
         editor.click("cmdOK");
         QCOMPARE(editor.tag(), "SAVE");
+    }
+
+    /// Shown at once; asked about on OK where the changes have brought them.
+    void warnings()
+    {
+        auto twin = std::make_shared<clsReportDef>(m_report);
+        gReportDefs.add("{TWIN}", twin);
+        {
+            const Editor editor(m_report);
+            QVERIFY(editor.find<QLabel>("lblWarnings")->isVisible());
+            editor.click("cmdOK"); // nothing new
+            QCOMPARE(editor.tag(), "SAVE");
+        }
+        twin->ReportTitle = "daily  report";
+        const Editor editor(m_report);
+        QCOMPARE(editor.text("lblWarnings"), "");
+        editor.find<QLineEdit>("txtTitle")->setText("Daily Report ");
+        QCOMPARE(editor.text("lblWarnings"), "The title 'Daily Report' is given twice.");
+        editor.find<QComboBox>("cboChart")->setCurrentText("Chart 1");
+        QVERIFY(editor.text("lblWarnings").contains("has a custom range"));
+        QVERIFY(editor.find<QLabel>("lblWarnings")->isVisible());
+        Answers answers;
+        answers.click(QMessageBox::No);
+        editor.click("cmdOK");
+        QVERIFY2(answers.said.value(0).endsWith("period.\n\nSave it all the same?"),
+                 qPrintable(answers.said.value(0)));
+        QVERIFY(editor.isVisible());
+        editor.checkSchedule(2, false);
+        QVERIFY(!editor.text("lblWarnings").contains("custom range"));
+        answers.click(QMessageBox::Yes);
+        editor.click("cmdOK");
+        QVERIFY(answers.allDone() && editor.tag() == u"SAVE");
     }
 
     void searchWithTheKeyboard()

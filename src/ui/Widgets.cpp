@@ -1,9 +1,9 @@
-#include "ui/ActiveWindow.h"
+#include "ui/Widgets.h"
 
 #include <QApplication>
 #include <QEvent>
+#include <QLabel>
 #include <QTimer>
-#include <QWidget>
 
 namespace {
 
@@ -26,6 +26,28 @@ public:
 };
 
 } // namespace
+
+QLabel *newTextLabel(const QString &name, int lines)
+{
+    auto *label = new QLabel;
+    label->setObjectName(name);
+    label->setWordWrap(true);
+    label->setTextFormat(Qt::PlainText);
+    label->setTextInteractionFlags(Qt::TextSelectableByMouse);
+    label->setAlignment(Qt::AlignTop);
+    label->setMinimumHeight(label->fontMetrics().lineSpacing() * lines);
+    return label;
+}
+
+QString wrappingToolTip(const QString &text)
+{
+    if (text.isEmpty())
+        return {};
+    QString html = text.toHtmlEscaped();
+    for (const QChar separator : {u'/', u'\\'})
+        html.replace(separator, QString(separator) + QChar(0x200B)); // paths may break here
+    return QLatin1String("<p style='white-space: pre-wrap'>") + html + QLatin1String("</p>");
+}
 
 void activateAfterDialogs(QWidget *window)
 {
