@@ -212,6 +212,16 @@ QString periodInWords(const clsGraphDef &chart)
              countInWords(intervalsTold(run)), intervalInWords(run));
 }
 
+QString tooManyIntervals(const clsGraphDef &chart)
+{
+    const clsGraphDef run = chartRunNow(chart);
+    if (intervalsTouched(run) <= maxChartIntervals)
+        return {};
+    return QStringLiteral("%1: a chart can have at most %2. Choose longer intervals or a shorter "
+                          "period.")
+        .arg(countInWords(intervalsTold(run)), groupedNumber(maxChartIntervals, 0));
+}
+
 QStringList periodWarnings(const clsGraphDef &chart)
 {
     const clsGraphDef run = chartRunNow(chart);
@@ -243,7 +253,9 @@ QStringList periodWarnings(const clsGraphDef &chart)
         warnings += QStringLiteral("The range ends before it starts.");
     else if (span == ChartSpan::Custom && run.StartTime > now())
         warnings += QStringLiteral("The range lies in the future: there are no samples yet.");
-    if (const qint64 count = intervalsTold(run); count > mostSensibleIntervals)
+    if (const QString fault = tooManyIntervals(chart); !fault.isEmpty())
+        warnings += fault;
+    else if (const qint64 count = intervalsTold(run); count > mostSensibleIntervals)
         warnings += QStringLiteral("%1: more than a chart can show, and slow to make. Choose "
                                    "longer intervals or a shorter period.")
                         .arg(countInWords(count));

@@ -30,6 +30,9 @@ qint64 intervalsTouched(const clsGraphDef &chart);
 /// "Last Week: Sunday 2026-11-08 00:00 to Saturday 2026-11-14 23:59, 168 intervals of an hour"
 QString periodInWords(const clsGraphDef &chart);
 
+/// Why no report can draw the chart: it has more than maxChartIntervals. Empty: it has not.
+QString tooManyIntervals(const clsGraphDef &chart);
+
 /// What speaks against the period and the intervals, a sentence each.
 QStringList periodWarnings(const clsGraphDef &chart);
 

@@ -200,10 +200,10 @@ QString frmCustomRange::contentText() const
 
 QString frmCustomRange::inputError(QWidget *&field) const
 {
-    if (end() > start())
-        return {};
     field = m_range;
-    return QStringLiteral("The range ends before it starts. Please enter a later end.");
+    if (end() <= start())
+        return QStringLiteral("The range ends before it starts. Please enter a later end.");
+    return tooManyIntervals(m_chart);
 }
 
 bool editCustomRange(clsGraphDef &chart, QWidget *parent)

@@ -31,7 +31,8 @@
 
 namespace {
 
-constexpr int previewDelay = 200;     ///< milliseconds
+constexpr int previewDelay = 200;                       ///< milliseconds
+constexpr int maxLastIntervals = maxChartIntervals - 1; ///< they begin within one more
 constexpr qint32 customRangeCode = 1; ///< SubFrequency of a custom range made here
 
 bool isFullPath(const QString &name)
@@ -363,7 +364,7 @@ void frmGraphDefEditor::load(const clsGraphDef &chart)
     showCode(cmbQuality, shown.ChartQuality);
     showCode(cmbFrequency, shown.ChartFrequency);
     showNumber(txtMinuteInterval, shown.MinuteInterval, 60);
-    showNumber(txtIntervalCount, shown.IntervalCount, 999'999);
+    showNumber(txtIntervalCount, shown.IntervalCount, maxLastIntervals);
     const ChartSpan span = spanOf(shown);
     showCode(cmbDuration, span == ChartSpan::Calendar ? shown.ChartDuration : qint32(Today));
     m_range->setRange(shown.StartTime, shown.EndTime);
@@ -467,6 +468,10 @@ QString frmGraphDefEditor::inputError(QWidget *&field) const
     if (chosenSpan() == ChartSpan::Custom && m_range->end() <= m_range->start()) {
         field = m_range;
         return QStringLiteral("The range ends before it starts. Please enter a later end.");
+    }
+    if (const QString fault = tooManyIntervals(edited()); !fault.isEmpty()) {
+        field = cmbFrequency;
+        return fault;
     }
     return {};
 }

@@ -185,6 +185,7 @@ private Q_SLOTS:
         row("minutes of hours", chartOf(ByHour, 0, 0, 24, 7), "");
         row("most", minutes(20'000, 1), "");
         row("too many", minutes(20'001, 1), "more than a chart");
+        row("more than a report draws", minutes(110'000, 1), "a chart can have at most 110,000.");
         row("future", rangeOf("2026-11-21T14:21:00", "2026-11-22T00:00:00"), "in the future");
         row("reversed", rangeOf("2026-11-02T11:30:08", "2026-11-01T10:00:07"),
             "ends before it starts");
@@ -253,8 +254,14 @@ private Q_SLOTS:
         editor.find<QLineEdit>("txtTitle")->setText("Week");
         editor.find<QDateTimeEdit>("txtEnd")->setDateTime(wall("2026-10-01T00:00:00"));
         QVERIFY(editor.error().contains("ends before"));
+        editor.find<QDateTimeEdit>("txtEnd")->setDateTime(wall("2040-10-01T00:00:00"));
+        QVERIFY(editor.error().contains("at most 110,000"));
         editor.click("optFixedPeriod");
         QVERIFY(editor.error().isEmpty());
+        auto *count = editor.find<QSpinBox>("txtIntervalCount");
+        editor.click("optLastIntervals");
+        count->setValue(count->maximum());
+        QVERIFY(count->value() > 100'000 && editor.error().isEmpty());
     }
 
     void customRangeBeginsWithThePeriodBefore()
