@@ -50,43 +50,19 @@ QString failedTests(const DataSeries &series)
     return isState(series) ? QString::number(stateStatistics(series).failures) : QString();
 }
 
+/// Says of a state item that it does not count; empty for all others.
+QString noteOf(bool counts, const DataSeries &series)
+{
+    if (counts || !isState(series))
+        return QString();
+    return QStringLiteral("Does not count: this state item is not global, so its tests are left "
+                          "out of the success rates of the device and of the report.");
+}
+
 /// Decimals that suit all the means of a series: two at least, more for small values.
 int valueDecimals(const DataSeries &series)
 {
     return std::max(2, counterStatistics(series).decimals());
-}
-
-/// Adds the tests of a state item to those of the whole report. The items share one time axis, but
-/// for samples beyond its end.
-void addTests(DataSeries &overall, const DataSeries &series)
-{
-    if (overall.buckets.empty()) {
-        overall = series;
-        return;
-    }
-    std::vector<SeriesBucket> buckets;
-    buckets.reserve(overall.buckets.size());
-    auto other = series.buckets.begin();
-    for (const SeriesBucket &bucket : overall.buckets) {
-        for (; other != series.buckets.end() && other->start < bucket.start; ++other)
-            buckets.push_back(*other);
-        buckets.push_back(bucket);
-        if (other != series.buckets.end() && other->start == bucket.start) {
-            buckets.back().count += other->count;
-            buckets.back().successes += other->successes;
-            ++other;
-        }
-    }
-    buckets.insert(buckets.end(), other, series.buckets.end());
-    overall.buckets = std::move(buckets);
-}
-
-/// The outcome of a chart that never reached the pool.
-PendingOutcome failedOutcome(const Error &error)
-{
-    std::promise<Outcome> outcome;
-    outcome.set_value(error);
-    return outcome.get_future().share();
 }
 
 void saveLater(const ReportContext &context, const QString &path, const QByteArray &bytes)
@@ -95,6 +71,25 @@ void saveLater(const ReportContext &context, const QString &path, const QByteArr
 }
 
 } // namespace
+
+DataSeries seriesOf(const ReportContext &context, const std::vector<SummaryRow> &summary, int scale)
+{
+    DataSeries series;
+    series.frequency = context.chart.ChartFrequency;
+    series.minuteInterval = context.chart.MinuteInterval;
+    series.scale = scale;
+    if (const auto error =
+            GenerateDataSeries(summary, context.start, context.end, context.latest, series))
+        throw Error(Overflow, error->description);
+    return series;
+}
+
+PendingOutcome failedOutcome(const Error &error)
+{
+    std::promise<Outcome> outcome;
+    outcome.set_value(error);
+    return outcome.get_future().share();
+}
 
 DevicePage::DevicePage(const ReportContext &context, const clsReportDeviceDef &device,
                        const QString &previousFolder, const QString &nextFolder)
@@ -119,8 +114,25 @@ DevicePage::DevicePage(const ReportContext &context, const clsReportDeviceDef &d
         {QLatin1String("chart.title"), context.chart.ChartTitle},
         {QLatin1String("dev.prev"), linkText(previousFolder)},
         {QLatin1String("dev.next"), linkText(nextFolder)},
+        {QLatin1String("dev.items"), QString()},
+        {QLatin1String("dev.counted"), QString()},
     };
     m_values = onNewPage(m_values);
+    findCountedItems();
+}
+
+void DevicePage::findCountedItems()
+{
+    StaticRecordset &fields = m_context.fields;
+    fields.setFilter(QStringLiteral("[IDent]='%1'").arg(m_ident));
+    const int ident = fields.column(QStringLiteral("DataIDent"));
+    const int name = fields.column(QStringLiteral("DataName"));
+    for (; !fields.eof(); fields.moveNext()) {
+        if (isCounted(fields))
+            m_counted.push_back({fields.integer(ident), fields.text(name)});
+    }
+    std::sort(m_counted.begin(), m_counted.end(),
+              [](const CountedItem &a, const CountedItem &b) { return a.dataIdent < b.dataIdent; });
 }
 
 bool DevicePage::findItem(const QString &dataIdent) const
@@ -149,6 +161,24 @@ void DevicePage::chartItems(Progress &progress)
         ++progress.done;
         showProgress(progress);
     }
+    addUncharted();
+}
+
+/// The tests of the items that count without being charted here, and of those whose chart failed.
+void DevicePage::addUncharted()
+{
+    for (CountedItem &counted : m_counted) {
+        if (counted.isAdded)
+            continue;
+        ShowStatus(QLatin1String("Counting Tests: [") + counted.name + u']');
+        try {
+            m_context.overall.add(summaryOf(QString::number(counted.dataIdent)));
+        } catch (const Error &error) {
+            if (error.number != Overflow)
+                throw;
+            m_context.overall.problem = error;
+        }
+    }
 }
 
 void DevicePage::chartItem(Item &item, const QString &dataIdent)
@@ -166,28 +196,34 @@ void DevicePage::chartItem(Item &item, const QString &dataIdent)
     }
 
     const clsGraphDef &chart = m_context.chart;
+    const auto counted =
+        std::find_if(m_counted.begin(), m_counted.end(),
+                     [ident = fields.integer(fields.column(QStringLiteral("DataIDent")))](
+                         const CountedItem &one) { return one.dataIdent == ident; });
+    item.counts = counted != m_counted.end();
+    if (item.counts && counted->number == 0)
+        counted->number = item.number;
+
     ShowStatus(QLatin1String("Generating Chart: [") + item.name + u']');
-    ShowStatus(QStringLiteral("Submitting query..."));
-    const std::unique_ptr<Recordset> raw =
-        gConnection->open(GetDataValuesSQL(dataIdent, chart.StartTime, chart.EndTime),
-                          {QStringLiteral("DataIDent"), QStringLiteral("iDate"),
-                           QStringLiteral("iState"), QStringLiteral("iValue")});
     const QString image = u'G' + nextImageNumber();
     item.image.fileName = image + QLatin1String(".PNG");
     item.image.size = QSize(gConfig->IMG_Width, gConfig->IMG_Height);
     item.graphPage = image + QLatin1String(".HTM");
     try {
-        computeSeries(item.series, *raw);
+        const std::vector<SummaryRow> summary = summaryOf(dataIdent);
+        if (item.counts && !counted->isAdded) {
+            m_context.overall.add(summary);
+            counted->isAdded = true;
+        }
+        ShowStatus(QStringLiteral("Generating series..."));
+        item.series = seriesOf(m_context, summary, item.series.scale);
     } catch (const Error &error) {
         // A value that no sum takes, or a period of too many intervals, spoils this chart alone.
         if (error.number != Overflow)
             throw;
-        item.series.buckets.clear();
         item.image.outcome = failedOutcome(error);
         return;
     }
-    if (isState(item.series))
-        addTests(m_context.overall, item.series);
     ShowStatus(QStringLiteral("Generating output..."));
     const ChartFrame frame =
         chartFrame(m_context, chart.ChartTitle, m_name + QStringLiteral(" \u2013 ") + item.name);
@@ -200,22 +236,43 @@ void DevicePage::chartItem(Item &item, const QString &dataIdent)
     ++m_context.outcome.charts;
 }
 
-/// Throws Error(Overflow) for samples or a period that cannot be charted.
-void DevicePage::computeSeries(DataSeries &series, Recordset &samples)
+/// The samples of an item, by bucket. Throws Error(Overflow) for one that no sum takes.
+std::vector<SummaryRow> DevicePage::summaryOf(const QString &dataIdent)
 {
     const clsGraphDef &chart = m_context.chart;
+    ShowStatus(QStringLiteral("Submitting query..."));
+    const std::unique_ptr<Recordset> raw =
+        gConnection->open(GetDataValuesSQL(dataIdent, chart.StartTime, chart.EndTime),
+                          {QStringLiteral("DataIDent"), QStringLiteral("iDate"),
+                           QStringLiteral("iState"), QStringLiteral("iValue")});
     ShowStatus(QStringLiteral("Calculating..."));
-    const std::vector<SummaryRow> summary =
-        BuildCalculatedSummary(samples, chart.ChartFrequency, chart.MinuteInterval);
+    std::vector<SummaryRow> summary =
+        BuildCalculatedSummary(*raw, chart.ChartFrequency, chart.MinuteInterval);
     for (const SummaryRow &row : summary)
         m_context.outcome.samples += row.QCount;
+    return summary;
+}
 
-    ShowStatus(QStringLiteral("Generating series..."));
-    series.frequency = chart.ChartFrequency;
-    series.minuteInterval = chart.MinuteInterval;
-    if (const auto error =
-            GenerateDataSeries(summary, m_context.start, m_context.end, m_context.latest, series))
-        throw Error(Overflow, error->description);
+void DevicePage::setCounts(const DeviceCounts &counts)
+{
+    PageText rows;
+    const auto row = [](const QString &label, qint64 successes, qint64 failures) {
+        return StateRow{label, static_cast<double>(successes), static_cast<double>(failures)};
+    };
+    for (const CountedItem &counted : m_counted) {
+        const ItemCounts tests = counts.of(counted.dataIdent);
+        StateRow shown = row(counted.name, tests.successes, tests.failures);
+        if (counted.number > 0)
+            shown.link = devicePageName + QStringLiteral("#item%1").arg(counted.number);
+        else
+            shown.label += QLatin1String(" (not charted in this report)");
+        rows.write(shown.filled(m_context.builder.STATE_DetailItem));
+    }
+    rows.write(row({}, counts.successes, counts.failures)
+                   .filledAsTotal(m_context.builder.STATE_DetailItem));
+    m_values.insert(m_values.begin(),
+                    {{QLatin1String("dev.items"), QString::number(m_counted.size())},
+                     {QLatin1String("dev.counted"), PageValue::html(rows.text())}});
 }
 
 void DevicePage::write()
@@ -259,8 +316,10 @@ QString DevicePage::keyFigures(const Item &item) const
         return QStringLiteral("No data in this period");
     const auto text = [&](double value) { return readableValue(value, item.unit); };
     const auto [least, greatest] = valueRange(item.series);
-    return QStringLiteral("Mean %1, least %2, greatest %3, 95th percentile %4")
-        .arg(text(counter.mean), text(least), text(greatest), text(counter.percentile95));
+    return QStringLiteral("Of single samples: least %1, greatest %2. Of interval means: least %3, "
+                          "greatest %4, mean %5, 95th percentile %6")
+        .arg(text(least), text(greatest), text(counter.least), text(counter.greatest),
+             text(counter.mean), text(counter.percentile95));
 }
 
 /// What readers of the page get in place of the image; of one that is missing they learn why.
@@ -285,6 +344,7 @@ Placeholders DevicePage::itemValues(const Item &item) const
                       {QLatin1String("sample.csv"), item.csv},
                       {QLatin1String("item.id"), QString::number(item.number)},
                       {QLatin1String("item.failed"), failedTests(item.series)},
+                      {QLatin1String("item.note"), noteOf(item.counts, item.series)},
                       {QLatin1String("img.width"), QString::number(item.image.size.width())},
                       {QLatin1String("img.height"), QString::number(item.image.size.height())},
                       {QLatin1String("img.alt"), alternative(item)},

@@ -86,11 +86,7 @@ DeviceCounts countsOf(const clsReportDeviceDef &device, const QString &ident,
     DeviceCounts counts;
     counts.name = device.DisplayName;
     counts.folder = folderSafe(device.MUID);
-    if (!rows.eof()) {
-        counts.hasData = true;
-        counts.successes = rows.integer(rows.column(QStringLiteral("sumiState")));
-        counts.failures = rows.integer(rows.column(QStringLiteral("QCount"))) - counts.successes;
-    }
+    counts.add(rows);
     return counts;
 }
 
@@ -158,7 +154,7 @@ public:
             throw Error(FileNotFound, QString::fromUtf16(noFontsMessage));
         warmUpFonts();
         std::vector<PendingOutcome> files;
-        DataSeries overall;
+        OverallTests overall;
         const qint64 start = instantOf(chart.StartTime);
         const qint64 end = instantOf(chart.EndTime);
         const ReportContext context{m_report,
@@ -226,9 +222,11 @@ private:
             page->chartItems(m_progress);
             if (previous)
                 previous->write();
-            previous = std::move(page);
-            if (!CancelRequested)
+            if (!CancelRequested) {
                 counts.push_back(countsOf(device, ident, context.chart));
+                page->setCounts(counts.back());
+            }
+            previous = std::move(page);
         }
         if (previous)
             previous->write();

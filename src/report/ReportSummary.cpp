@@ -1,7 +1,6 @@
 #include "report/ReportSummary.h"
 
 #include "charts/ChartPainter.h"
-#include "charts/ChartStatistics.h"
 #include "core/Error.h"
 #include "core/Files.h"
 #include "core/GrapherConfig.h"
@@ -51,20 +50,35 @@ clsChartImageRef DrawDeviceSummaryImage(const ReportContext &context,
     return image;
 }
 
-/// Draws the success rate of all the report's state items over its period. Without any such item
-/// the image is the transparent one, and cited as that.
+/// The tests of all state items that count, by time. Throws Error(Overflow).
+DataSeries overallSeries(const ReportContext &context)
+{
+    if (context.overall.problem)
+        throw *context.overall.problem;
+    return seriesOf(context, context.overall.rows(), stateScale);
+}
+
+/// Draws the success rate of all state items that count over the report's period. Without any such
+/// item the image is the transparent one, and cited as that.
 clsChartImageRef drawOverallImage(const ReportContext &context)
 {
     clsChartImageRef image{overallName, QSize(gConfig->IMG_Width, gConfig->IMG_Height), {}};
     const QString path = reportFolder(context.report) + overallName;
-    if (context.overall.buckets.empty()) {
+    if (!context.overall.hasItems()) {
         copyTransparentImage(path);
         image.fileName = citedTransparentImage;
         return image;
     }
-    Chart chart = StateChart{chartFrame(context, context.chart.ChartTitle,
-                                        QStringLiteral("All state items of the report")),
-                             context.overall};
+    const ChartFrame frame =
+        chartFrame(context, context.chart.ChartTitle,
+                   QStringLiteral("All global state items of the report's devices"));
+    Chart chart;
+    try {
+        chart = StateChart{frame, overallSeries(context)};
+    } catch (const Error &error) {
+        image.outcome = failedOutcome(error);
+        return image;
+    }
     image.size = chartSize(chart);
     image.outcome = context.pool.submit(std::move(chart), path, gConfig->IMG_Format);
     return image;
@@ -76,27 +90,30 @@ PageValue notDrawnText(const Error &problem)
         QStringLiteral("This chart could not be drawn: %1").arg(problem.description));
 }
 
-/// The key figures of the overall image; nothing where no state item is charted.
+/// The key figures of the overall image; nothing where no state item counts.
 PageValue overallAlternative(const ReportContext &context, const Outcome &problem)
 {
     if (problem)
         return notDrawnText(*problem);
-    if (context.overall.buckets.empty())
+    if (!context.overall.hasItems())
         return QString();
-    const StateStatistics figures = stateStatistics(context.overall);
-    const qint64 tests = figures.successes + figures.failures;
-    if (tests == 0)
-        return QStringLiteral("All state items: no data in this period");
-    return QStringLiteral("All state items by time: success rate %1 %, %2 of %3 tests failed")
-        .arg(fixedNumber(figures.overallRate, 2))
-        .arg(figures.failures)
-        .arg(tests);
+    StateRow total;
+    for (const SummaryRow &row : context.overall.rows()) {
+        total.successes += static_cast<double>(row.sumiState);
+        total.failures += static_cast<double>(row.QCount - row.sumiState);
+    }
+    if (total.tests() == 0)
+        return QStringLiteral("All global state items: no data in this period");
+    return QStringLiteral(
+               "All global state items by time: success rate %1 %, %2 of %3 tests failed")
+        .arg(total.rateText(), plainNumber(total.failures), plainNumber(total.tests()));
 }
 
 StateRow rowOf(const DeviceCounts &counts)
 {
     return {counts.name, static_cast<double>(counts.successes),
-            static_cast<double>(counts.failures), counts.folder};
+            static_cast<double>(counts.failures),
+            linkText(counts.folder) + u'/' + devicePageName};
 }
 
 /// The rows of the devices with failed tests, the lowest success rate first.

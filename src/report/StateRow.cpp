@@ -1,7 +1,6 @@
 #include "report/StateRow.h"
 
 #include "core/Numbers.h"
-#include "report/OutputTree.h"
 
 namespace {
 
@@ -33,12 +32,10 @@ QString StateRow::rateText() const
 
 QString StateRow::filled(const QString &rowTemplate) const
 {
-    const PageValue link = PageValue::html(
-        deviceFolder.isEmpty()
-            ? QString()
-            : QStringLiteral(" href=\"%1/%2\"").arg(linkText(deviceFolder), devicePageName));
+    const PageValue href = PageValue::html(
+        link.isEmpty() ? QString() : QStringLiteral(" href=\"%1\"").arg(link));
     return fillTemplate(rowTemplate, rowValues(label, countText(successes), countText(failures),
-                                               countText(tests()), rateText(), link));
+                                               countText(tests()), rateText(), href));
 }
 
 QString StateRow::filledAsTotal(const QString &rowTemplate) const

@@ -9,7 +9,7 @@ struct StateRow
     QString label;
     double successes = 0;
     double failures = 0;
-    QString deviceFolder = {}; ///< of a row that stands for a device: what the page links to
+    QString link = {}; ///< what the label links to, percent-encoded; empty: nothing
 
     double tests() const { return successes + failures; }
     /// Success rate in percent with two decimals; "n/a" without tests.

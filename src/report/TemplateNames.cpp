@@ -8,7 +8,7 @@ namespace {
     "total.rate total.tests total.failed total.devices total.troubled total.silent "
 #define VANTREL_DEVICE                                                                             \
     "mach.name mach.desc report.date report.time report.id report.title report.daterange "         \
-    "report.zone chart.title dev.prev dev.next page.lang page.nonce "
+    "report.zone chart.title dev.prev dev.next dev.items dev.counted page.lang page.nonce "
 #define VANTREL_REPORT                                                                             \
     VANTREL_TOTALS                                                                                 \
     "report.title report.date report.time report.id report.daterange report.zone report.note "     \
@@ -17,7 +17,7 @@ namespace {
 #define VANTREL_ITEM                                                                               \
     VANTREL_DEVICE                                                                                 \
     "varb.name varb.desc varb.unit dev.graph dev.graphpage sample.csv item.id item.failed "        \
-    "img.width img.height img.alt "
+    "item.note img.width img.height img.alt "
 #define VANTREL_CHART                                                                              \
     VANTREL_ITEM                                                                                   \
     "chart.samplelabel chart.scroll chart.maxscroll chart.starttime chart.endtime chart.series1 "  \

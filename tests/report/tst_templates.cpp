@@ -175,7 +175,7 @@ private Q_SLOTS:
     void linksRowsOfDevices()
     {
         const QString rowTemplate = "<a%%sample.href%%>%%sample.label%%</a>";
-        const StateRow device{"x", 1, 0, "javascript:\"Ä/1"};
+        const StateRow device{"x", 1, 0, linkText("javascript:\"Ä/1") + "/DEVREP.HTM"};
         QCOMPARE(device.filled(rowTemplate),
                  "<a href=\"javascript%3A%22%C3%84%2F1/DEVREP.HTM\">x</a>");
         QCOMPARE(device.filledAsTotal(rowTemplate), "<a><b>Total</b></a>");

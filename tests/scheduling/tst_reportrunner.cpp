@@ -264,12 +264,57 @@ private Q_SLOTS:
         QStringList counters;
         for (const QString &name : site.box.names("Out/R1/M1").filter(".HTM"))
             counters.append(site.output("R1/M1/" + name));
-        QCOMPARE(counters.filter("ms;"), QStringList("ms; Mean 0 ms, least -2.5 ms, greatest 4 "
-                                                     "ms, 95th percentile -2.5 ms"));
+        QCOMPARE(
+            counters.filter("ms;"),
+            QStringList("ms; Of single samples: least -2.5 ms, greatest 4 ms. Of interval means: "
+                        "least -2.5 ms, greatest 2.5 ms, mean 0 ms, 95th percentile -2.5 ms"));
         // The report that never ran leads nowhere.
         QCOMPARE(site.output("REPORTS.HTM"),
                  "<|<a>Never scheduled</a> |<a href=\"R1/REPORT.HTM\">Night of the change</a> "
                  "75.00 href=\"R1/SUMMARY.HTM\"|>");
+    }
+
+    /// Of Älpha the report charts one of two global state items and one that is not global.
+    void countsAllGlobalStateItems()
+    {
+        Site site;
+        std::vector<AccessTable> tables = monitoringTables();
+        auto &fields = tables[1].rows;
+        fields.insert(
+            fields.end(),
+            {{13, 1, "Web", "", 21, -1}, {14, 1, "Disk", "", 21, 0}, {15, 1, "Fan", "", 21, 1}});
+        auto &samples = tables[3].rows;
+        samples.insert(samples.end(),
+                       {{13, utc("2024-03-31T01:30:00"), 0, 0},
+                        {13, utc("2024-03-31T01:31:00"), 0, 0},
+                        {14, utc("2024-03-31T01:30:00"), 0, 0},
+                        {31, utc("2024-03-31T01:30:00"), QVariant(), 0}}); // the sum is NULL
+        writeTables(site.database, tables);
+        site.box.write("ChartSelection.XML",
+                       QByteArray(reportFile).replace("\"12\"/>", "\"14\"/>"));
+        site.box.write("tocitem", "%%total.rate%%");
+        site.box.write("report", "%%total.rate%% %%total.failed%%/%%total.tests%% "
+                                 "%%total.troubled%%/%%total.devices%%; %%overall.alt%%");
+        site.box.write("staterow", "<a%%sample.href%%>%%sample.label%%</a> %%criticalcount%%");
+        site.box.write("device", "%%dev.items%%:|%%dev.counted%%<%%dev.varblist%%>\n");
+        site.box.write("item", "%%varb.name%%: %%item.note%%[%%detail.list%%]\n");
+        QVERIFY(!site.run(RunChoice::Due).failed());
+
+        QCOMPARE(site.output("R1/repsum.csv").section('|', 1),
+                 R"("Älpha",2,3,5,40|"Gamma",0,1,1,0|"beta",1,0,1,100)");
+        // The chart over time has the sample of the first second, too.
+        QCOMPARE(site.output("R1/REPORT.HTM"), "42.86 4/7 2/3; All global state items by time: "
+                                               "success rate 50.00 %, 4 of 8 tests failed");
+        QCOMPARE(site.output("REPORTS.HTM"), "<||42.86|>");
+        const QString page = site.output("R1/M1/DEVREP.HTM");
+        QCOMPARE(page.section(" <b>3</b>", 0, 0),
+                 "3:|<a href=\"DEVREP.HTM#item2\">Ping</a> 1|"
+                 "<a>Web (not charted in this report)</a> 2|"
+                 "<a>Fan (not charted in this report)</a> 0|<a><b>Total</b></a>");
+        QVERIFY(page.contains("|Ping: [") && page.contains("|Disk: Does not count: "));
+        const QString other = site.output("R1/M3/DEVREP.HTM");
+        QVERIFY2(other.startsWith("1:|<a href=\"DEVREP.HTM#item1\">Ping</a> 1|"),
+                 qPrintable(other));
     }
 
     void runsOnlyWhatIsDue()
