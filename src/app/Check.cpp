@@ -8,6 +8,7 @@
 #include "core/State.h"
 #include "core/Xml.h"
 #include "data/Connection.h"
+#include "definitions/TemplateFile.h"
 #include "report/TemplateNames.h"
 
 #include <QHash>
@@ -261,12 +262,15 @@ private:
             return;
         }
         // A chart may name its template by a full path.
-        const bool isPath =
-            !fallback.isNull() && std::any_of(name.begin(), name.end(), isSeparator);
-        const QString path = isPath ? name : configurationFolder() + name;
+        const QString path =
+            fallback.isNull() ? configurationFolder() + name : chartTemplatePath(name);
         if (!fileExists(path)) {
             file.add(element, attribute.constData(),
                      QStringLiteral("there is no template '%1'").arg(name));
+            return;
+        }
+        if (const QString fault = templateFault(path); !fault.isEmpty()) {
+            file.add(element, attribute.constData(), fault);
             return;
         }
         const QString key = kind.attribute + u' ' + path;

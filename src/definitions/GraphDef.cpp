@@ -2,11 +2,9 @@
 
 #include "core/Clock.h"
 #include "core/Error.h"
-#include "core/Files.h"
-#include "core/GrapherConfig.h"
-#include "core/Paths.h"
 #include "core/Status.h"
 #include "core/Xml.h"
+#include "definitions/TemplateFile.h"
 
 #include <algorithm>
 
@@ -126,10 +124,9 @@ QString templateText(const QString &name)
 {
     if (name.isEmpty())
         return QString();
-    const bool fullPath = std::any_of(name.begin(), name.end(), isSeparator);
-    const QString path = fullPath ? name : configurationFolder() + name;
+    const QString path = chartTemplatePath(name);
     try {
-        return readTextFile(path);
+        return readTemplate(path);
     } catch (const Error &error) {
         ShowStatus(QStringLiteral("Error reading chart template '%1' ").arg(path) +
                    errorTail(error));

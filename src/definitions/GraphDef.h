@@ -64,7 +64,7 @@ public:
     QString XMLConfig() const;
     /// Reads a "CHART" element and the templates that it names. A template that cannot be read
     /// gives an empty text and the status line "Error reading chart template '<path>' [number]
-    /// ...". Throws Error on malformed XML and on numbers beyond 32 bits.
+    /// ..."; reports that use it fail. Throws Error on malformed XML and on numbers beyond 32 bits.
     void SetXMLConfig(const QString &text);
     void readElement(const pugi::xml_node &element);
 };

@@ -9,7 +9,35 @@
 #include "definitions/Dates.h"
 
 #include <QDir>
+#include <QFileInfo>
 #include <QLocale>
+
+#include <algorithm>
+
+namespace {
+
+bool failedWorkPath(const QString &path, const QString &fault, QString &errorText)
+{
+    errorText = QStringLiteral("Unable to create work path: '%1'").arg(path);
+    if (!fault.isEmpty())
+        errorText += QLatin1String(": ") + fault;
+    ShowStatus(errorText);
+    return false;
+}
+
+bool createPageFolder(const QString &path, const QString &id, QString &errorText)
+{
+    const QString name = folderSafe(id);
+    if (name.isEmpty() || std::any_of(name.begin(), name.end(), isSeparator))
+        return failedWorkPath(path, QStringLiteral("'%1' makes no folder's name").arg(id),
+                              errorText);
+    const QFileInfo folder(exactPath(path));
+    if (folder.isSymbolicLink() || folder.isJunction())
+        return failedWorkPath(path, QStringLiteral("it is a symbolic link"), errorText);
+    return createWorkPath(path, errorText);
+}
+
+} // namespace
 
 QString outputFolder()
 {
@@ -42,11 +70,17 @@ bool createWorkPath(const QString &path, QString &errorText)
     QString message;
     if (EnsureFolder(path, message) == 0)
         return true;
-    errorText = QStringLiteral("Unable to create work path: '%1'").arg(path);
-    if (const QString fault = platform::nameFault(path); !fault.isEmpty())
-        errorText += QLatin1String(": ") + fault;
-    ShowStatus(errorText);
-    return false;
+    return failedWorkPath(path, platform::nameFault(path), errorText);
+}
+
+bool createReportFolder(const clsReportDef &report, QString &errorText)
+{
+    return createPageFolder(reportFolder(report), report.ReportID, errorText);
+}
+
+bool createDeviceFolder(const clsReportDef &report, const QString &muid, QString &errorText)
+{
+    return createPageFolder(deviceFolder(report, muid), muid, errorText);
 }
 
 QString localTimeText(const QDateTime &wall, const QString &form)

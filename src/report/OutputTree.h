@@ -18,6 +18,11 @@ QString deviceFolder(const clsReportDef &report, const QString &muid);
 /// "Unable to create work path: '<path>'", which is shown as a status line too.
 bool createWorkPath(const QString &path, QString &errorText);
 
+/// The same for the folder of a report or a device. A symbolic link is refused, and so is an
+/// identifier that makes no single folder's name: pages stay where they belong.
+bool createReportFolder(const clsReportDef &report, QString &errorText);
+bool createDeviceFolder(const clsReportDef &report, const QString &muid, QString &errorText);
+
 /// A wall time in a form of QLocale::toString, in the user's language. Months and days have no
 /// point behind them, even where the language writes one.
 QString localTimeText(const QDateTime &wall, const QString &form);

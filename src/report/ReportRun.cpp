@@ -18,6 +18,7 @@
 #include "report/DeviceReport.h"
 #include "report/OutputTree.h"
 #include "report/ReportSummary.h"
+#include "report/RequiredTemplates.h"
 
 #include <algorithm>
 #include <limits>
@@ -127,6 +128,7 @@ public:
                        m_outcome.errorText);
             return;
         }
+        requireTemplates(m_report, builder);
         ShowStatus(QStringLiteral("Calculating DBLength"));
         const qint64 samples = countSamples();
         if (CancelRequested) {

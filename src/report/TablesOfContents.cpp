@@ -11,6 +11,7 @@
 #include "definitions/Dates.h"
 #include "definitions/DefinitionStores.h"
 #include "report/OutputTree.h"
+#include "report/RequiredTemplates.h"
 #include "report/SummaryFigures.h"
 
 namespace {
@@ -88,6 +89,7 @@ bool writeMasterTOC(QString &errorText, const ReportStandings &standings)
     ShowStatus(QStringLiteral("Loading TOC Templates"));
     clsChartOutputBuilder builder;
     builder.LoadTOCTemplates();
+    builder.requireMasterTemplates();
 
     ShowStatus(QStringLiteral("Opening database."));
     if (!OpenDatabase(errorText))
@@ -102,12 +104,12 @@ bool writeMasterTOC(QString &errorText, const ReportStandings &standings)
     page.write(parts.before);
     int number = 0;
     for (const auto &report : gReportDefs) {
-        if (!createWorkPath(reportFolder(*report), errorText))
+        if (!createReportFolder(*report, errorText))
             return false;
         page.write(masterEntry(builder, *report, ++number, standings));
         for (const auto &device : report->ReportDevices) {
             if (findDevice(devices, device->MUID) &&
-                !createWorkPath(deviceFolder(*report, device->MUID), errorText))
+                !createDeviceFolder(*report, device->MUID, errorText))
                 return false;
         }
     }
@@ -128,12 +130,13 @@ bool writeReportTOC(clsReportDef &report, QString &errorText, clsChartOutputBuil
     ShowStatus(QStringLiteral("Opening database."));
     if (!OpenDatabase(errorText))
         return false;
+    requireTemplates(report, builder);
     ShowStatus(QStringLiteral("Loading device list."));
     StaticRecordset devices = openTable(deviceListQuery);
     SortDeviceSelection(report, devices);
     const int nameColumn = devices.column(QStringLiteral("MachName"));
     const int descriptionColumn = devices.column(QStringLiteral("MachDesc"));
-    if (!createWorkPath(reportFolder(report), errorText))
+    if (!createReportFolder(report, errorText))
         return false;
 
     const QString folder = reportFolder(report);
@@ -155,7 +158,7 @@ bool writeReportTOC(clsReportDef &report, QString &errorText, clsChartOutputBuil
     for (const auto &device : report.ReportDevices) {
         if (!findDevice(devices, device->MUID))
             continue;
-        if (!createWorkPath(deviceFolder(report, device->MUID), errorText))
+        if (!createDeviceFolder(report, device->MUID, errorText))
             return false;
         page.write(
             fillTemplate(builder.REP_DeviceItem,
@@ -203,6 +206,7 @@ bool RefreshMasterTOC(QString &errorText, const ReportStandings &standings)
     return reportingErrors(errorText, QStringLiteral("master TOC"), [&] {
         clsChartOutputBuilder builder;
         builder.LoadTOCTemplates();
+        builder.requireMasterTemplates();
         const ListParts parts = masterParts(builder);
         PageText page;
         page.write(parts.before);

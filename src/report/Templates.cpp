@@ -1,11 +1,10 @@
 #include "report/Templates.h"
 
-#include "core/Error.h"
-#include "core/Files.h"
 #include "core/GrapherConfig.h"
 #include "core/Paths.h"
 #include "core/State.h"
 #include "core/Status.h"
+#include "definitions/TemplateFile.h"
 #include "report/OutputTree.h"
 
 #include <QRandomGenerator>
@@ -186,16 +185,23 @@ void clsChartOutputBuilder::LoadTOCTemplates()
 {
     if (folder.isEmpty())
         folder = NormalizeFolder(gConfig->PTH_Config());
-    const auto load = [this](const QString &name) {
+    const auto read = [this](const QString &name, std::optional<Error> &firstError) {
         try {
-            return readTextFile(folder + name);
+            return readTemplate(folder + name);
         } catch (const Error &error) {
-            ShowStatus(QStringLiteral("Error loading template '%1' ").arg(name) + errorTail(error));
+            const QString text = QStringLiteral("Error loading template '%1' ").arg(name);
+            ShowStatus(text + errorTail(error));
+            if (!firstError)
+                firstError =
+                    Error(error.number, text.trimmed() + QLatin1String(": ") + error.description);
             return QString();
         }
     };
-    TOC = load(gConfig->TIN_TOC);
-    TOC_ReportItem = load(gConfig->TIN_TOC_ReportItem);
+    m_masterError.reset();
+    m_reportError.reset();
+    TOC = read(gConfig->TIN_TOC, m_masterError);
+    TOC_ReportItem = read(gConfig->TIN_TOC_ReportItem, m_masterError);
+    const auto load = [&](const QString &name) { return read(name, m_reportError); };
     REPORT = load(gConfig->TIN_REPORT);
     REP_TOC = load(gConfig->TIN_REP_TOC);
     REP_DeviceItem = load(gConfig->TIN_REP_DeviceItem);
@@ -207,6 +213,18 @@ void clsChartOutputBuilder::LoadTOCTemplates()
     COUNT_DetailItem = load(gConfig->TIN_COUNT_DetailItem);
     DEV_Rep = load(gConfig->TIN_DEV_Rep);
     VARB_Item = load(gConfig->TIN_VARB_Item);
+}
+
+void clsChartOutputBuilder::requireMasterTemplates() const
+{
+    if (m_masterError)
+        throw *m_masterError;
+}
+
+void clsChartOutputBuilder::requireReportTemplates() const
+{
+    if (m_reportError)
+        throw *m_reportError;
 }
 
 void PageText::write(const QString &piece)

@@ -1,8 +1,11 @@
 #pragma once
 
+#include "core/Error.h"
+
 #include <QLatin1String>
 #include <QString>
 
+#include <optional>
 #include <utility>
 #include <vector>
 
@@ -82,8 +85,17 @@ public:
     QString DEV_Rep;
     QString VARB_Item;
 
-    /// Reads all thirteen. A missing file gives an empty template, and a status line that names it.
+    /// Reads all thirteen. One that cannot be read is empty, and named in a status line.
     void LoadTOCTemplates();
+
+    /// Throw the Error of the first one that could not be read, of the master table of contents
+    /// (TOC and TOC_ReportItem) or of reports: nothing is to be written from it.
+    void requireMasterTemplates() const;
+    void requireReportTemplates() const;
+
+private:
+    std::optional<Error> m_masterError;
+    std::optional<Error> m_reportError;
 };
 
 /// A page that is put together in pieces; each piece ends in a line break.

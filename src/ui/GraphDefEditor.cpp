@@ -6,6 +6,7 @@
 #include "core/Paths.h"
 #include "definitions/Advice.h"
 #include "definitions/DefinitionStores.h"
+#include "definitions/TemplateFile.h"
 #include "ui/ChartPreview.h"
 #include "ui/Widgets.h"
 
@@ -35,21 +36,11 @@ constexpr int previewDelay = 200;                       ///< milliseconds
 constexpr int maxLastIntervals = maxChartIntervals - 1; ///< they begin within one more
 constexpr qint32 customRangeCode = 1; ///< SubFrequency of a custom range made here
 
-bool isFullPath(const QString &name)
-{
-    return std::any_of(name.begin(), name.end(), isSeparator);
-}
-
-QString templatePath(const QString &name)
-{
-    return isFullPath(name) ? name : configurationFolder() + name;
-}
-
 /// Empty when there is none to read: a run says so.
 QString templateText(const QString &name)
 {
     try {
-        return name.isEmpty() ? QString() : readTextFile(templatePath(name));
+        return name.isEmpty() ? QString() : readTemplate(chartTemplatePath(name));
     } catch (const Error &) {
         return {};
     }
@@ -525,9 +516,11 @@ QStringList frmGraphDefEditor::templateWarnings() const
             warnings += QStringLiteral("No template for %1: the pages of these charts will be "
                                        "empty.")
                             .arg(kind);
-        else if (!fileExists(templatePath(name)))
+        else if (!fileExists(chartTemplatePath(name)))
             warnings += QStringLiteral("The template for %1 does not exist: %2")
-                            .arg(kind, QDir::toNativeSeparators(templatePath(name)));
+                            .arg(kind, QDir::toNativeSeparators(chartTemplatePath(name)));
+        else if (const QString fault = templateFault(chartTemplatePath(name)); !fault.isEmpty())
+            warnings += QStringLiteral("The template for %1: %2").arg(kind, fault);
     };
     check(cmbStateTemplate, QStringLiteral("state charts"));
     check(cmbCountTemplate, QStringLiteral("counter charts"));

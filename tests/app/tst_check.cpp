@@ -97,6 +97,8 @@ private Q_SLOTS:
             "HourList: 24 is not within 0 to 23");
         row("chart's template", charts, "StateFile=\"", "StateFile=\"No",
             "there is no template 'No");
+        row("no page", charts, "StateFile=\"", "StateFile=\"./VantrelV6.Config\" X=\"",
+            "VantrelV6.Config' is no template: only regular files named");
         row("page template", config, "TIN_TOC=\"", "TIN_TOC=\"No",
             "6:2: there is no template 'NoReportList.HTML'");
         row("page template's name", config, "\"Report.HTML\"", "\"\"",

@@ -29,7 +29,7 @@ const QByteArray reportFile = R"(<REPORTDEFINITIONS>
 /// 00:00 to 05:59:59 of the night in which Berlin's clocks go from 02:00 to 03:00.
 const QByteArray chartFile = R"(<CHARTDEFS>
 <CHART ChartID="{C-1}" Title="Night" SampleLabel="Probe" Frequency="1" SubFreq="1" ChartDuration="8"
- StateFile="state.txt" CountFile="count.txt"
+ StateFile="statechart.html" CountFile="countchart.html"
  StartTime="2024-03-30T23:00:00-00:00" EndTime="2024-03-31T03:59:59-00:00"/>
 </CHARTDEFS>)";
 
@@ -97,28 +97,29 @@ public:
         gConfig->TOU_REP_Summary = "SUMMARY.HTM";
         gConfig->IMG_Format = "PNG";
         gConfig->CopyFileList = {"style.css", "missing.css"};
-        addTemplate(gConfig->TIN_TOC, "toc", "<%%report.list%%>\n");
-        addTemplate(gConfig->TIN_TOC_ReportItem, "tocitem",
+        addTemplate(gConfig->TIN_TOC, "toc.html", "<%%report.list%%>\n");
+        addTemplate(gConfig->TIN_TOC_ReportItem, "tocitem.html",
                     "%%report.tempid%% %%report.id%% %%report.title%%");
-        addTemplate(gConfig->TIN_REPORT, "report", "%%report.title%% %%report.date%%");
-        addTemplate(gConfig->TIN_REP_TOC, "reptoc", "<%%device.list%%>\n");
-        addTemplate(gConfig->TIN_REP_DeviceItem, "devitem",
+        addTemplate(gConfig->TIN_REPORT, "report.html", "%%report.title%% %%report.date%%");
+        addTemplate(gConfig->TIN_REP_TOC, "reptoc.html", "<%%device.list%%>\n");
+        addTemplate(gConfig->TIN_REP_DeviceItem, "devitem.html",
                     "%%mach.muid%% %%mach.unmuid%% %%mach.name%% %%mach.desc%%");
-        addTemplate(gConfig->TIN_REP_Top, "top", "%%report.title%% %%report.id%%");
-        addTemplate(gConfig->TIN_REP_Summary, "summary", "<%%state.detail%%>\n");
-        addTemplate(gConfig->TIN_STATE_Detail, "state",
+        addTemplate(gConfig->TIN_REP_Top, "top.html", "%%report.title%% %%report.id%%");
+        addTemplate(gConfig->TIN_REP_Summary, "summary.html", "<%%state.detail%%>\n");
+        addTemplate(gConfig->TIN_STATE_Detail, "state.html",
                     "%%sample.name%% %%sample.csv%% %%report.daterange%%(%%detail.items%%)\n");
-        addTemplate(gConfig->TIN_STATE_DetailItem, "staterow",
+        addTemplate(gConfig->TIN_STATE_DetailItem, "staterow.html",
                     "%%sample.label%% %%successcount%% %%criticalcount%% %%successrate%%");
-        addTemplate(gConfig->TIN_COUNT_Detail, "count",
+        addTemplate(gConfig->TIN_COUNT_Detail, "count.html",
                     "%%sample.name%% %%sample.scale%%(%%detail.items%%)\n");
-        addTemplate(gConfig->TIN_COUNT_DetailItem, "countrow", "%%sample.label%% %%sample.value%%");
-        addTemplate(gConfig->TIN_DEV_Rep, "device",
+        addTemplate(gConfig->TIN_COUNT_DetailItem, "countrow.html",
+                    "%%sample.label%% %%sample.value%%");
+        addTemplate(gConfig->TIN_DEV_Rep, "device.html",
                     "%%mach.name%% %%report.date%% %%report.time%%<%%dev.varblist%%>\n");
-        addTemplate(gConfig->TIN_VARB_Item, "item",
+        addTemplate(gConfig->TIN_VARB_Item, "item.html",
                     "%%varb.name%% %%dev.graph%%[%%detail.list%%]\n");
-        box.write("state.txt", "%%chart.series1%%;%%chart.series2%%");
-        box.write("count.txt", "%%chart.series1%%");
+        box.write("statechart.html", "%%chart.series1%%;%%chart.series2%%");
+        box.write("countchart.html", "%%chart.series1%%");
         box.write("style.css", "b{}");
         box.write("transdot.gif", "GIF89a");
         box.write("ChartSelection.XML", reportFile);
@@ -243,14 +244,14 @@ private Q_SLOTS:
     void showsTroubleFirst()
     {
         Site site;
-        site.box.write("report",
+        site.box.write("report.html",
                        "%%total.rate%%, %%total.failed%% of %%total.tests%%, %%total.troubled%% "
                        "and %%total.silent%% of %%total.devices%%:\n%%report.worst%%");
-        site.box.write("staterow", "<a%%sample.href%%>%%sample.label%%</a>");
-        site.box.write("tocitem",
+        site.box.write("staterow.html", "<a%%sample.href%%>%%sample.label%%</a>");
+        site.box.write("tocitem.html",
                        "<a%%report.href%%>%%report.title%%</a> %%total.rate%%%%summary.href%%");
-        site.box.write("item", "%%varb.name%% (%%item.failed%%)[%%detail.list%%]\n");
-        site.box.write("count.txt", "%%varb.unit%%; %%img.alt%%");
+        site.box.write("item.html", "%%varb.name%% (%%item.failed%%)[%%detail.list%%]\n");
+        site.box.write("countchart.html", "%%varb.unit%%; %%img.alt%%");
         QVERIFY(!site.run(RunChoice::Due).failed());
 
         QCOMPARE(site.output("R1/REPORT.HTM"),
@@ -292,12 +293,12 @@ private Q_SLOTS:
         writeTables(site.database, tables);
         site.box.write("ChartSelection.XML",
                        QByteArray(reportFile).replace("\"12\"/>", "\"14\"/>"));
-        site.box.write("tocitem", "%%total.rate%%");
-        site.box.write("report", "%%total.rate%% %%total.failed%%/%%total.tests%% "
-                                 "%%total.troubled%%/%%total.devices%%; %%overall.alt%%");
-        site.box.write("staterow", "<a%%sample.href%%>%%sample.label%%</a> %%criticalcount%%");
-        site.box.write("device", "%%dev.items%%:|%%dev.counted%%<%%dev.varblist%%>\n");
-        site.box.write("item", "%%varb.name%%: %%item.note%%[%%detail.list%%]\n");
+        site.box.write("tocitem.html", "%%total.rate%%");
+        site.box.write("report.html", "%%total.rate%% %%total.failed%%/%%total.tests%% "
+                                      "%%total.troubled%%/%%total.devices%%; %%overall.alt%%");
+        site.box.write("staterow.html", "<a%%sample.href%%>%%sample.label%%</a> %%criticalcount%%");
+        site.box.write("device.html", "%%dev.items%%:|%%dev.counted%%<%%dev.varblist%%>\n");
+        site.box.write("item.html", "%%varb.name%%: %%item.note%%[%%detail.list%%]\n");
         QVERIFY(!site.run(RunChoice::Due).failed());
 
         QCOMPARE(site.output("R1/repsum.csv").section('|', 1),
@@ -315,6 +316,46 @@ private Q_SLOTS:
         const QString other = site.output("R1/M3/DEVREP.HTM");
         QVERIFY2(other.startsWith("1:|<a href=\"DEVREP.HTM#item1\">Ping</a> 1|"),
                  qPrintable(other));
+    }
+
+    void failsWithoutATemplate_data()
+    {
+        const Rows<QString, QString> row("name", "line"); // of the status line that names it
+        row("page", "device.html",
+            "Error generating TOC [Night of the change] [53] Error loading template 'device.html'");
+        row("row", "countrow.html", "Error generating TOC [Night of the change] [53] ");
+        row("chart", "statechart.html", "Error reading chart template 'statechart.html'");
+        row("contents", "tocitem.html", "Error generating master TOC [53] ");
+    }
+    void failsWithoutATemplate()
+    {
+        QFETCH(QString, name);
+        QFETCH(QString, line);
+        Site site;
+        QVERIFY(!site.run(RunChoice::All).failed());
+        const auto pages = [&] {
+            return name == "tocitem.html"
+                       ? site.output("REPORTS.HTM")
+                       : site.output("R1/SUMMARY.HTM") + site.output("R1/M1/DEVREP.HTM");
+        };
+        const QString before = pages();
+        site.clock.advance(60'000);
+        QVERIFY(QFile::remove(site.box.path(name)));
+        QVERIFY(site.run(RunChoice::All).failed());
+        QVERIFY2(site.box.status.join(u'\n').contains(line),
+                 qPrintable(site.box.status.join(u'\n')));
+        QCOMPARE(pages(), before);
+    }
+
+    void staysInTheOutputFolder()
+    {
+        Site site;
+        QVERIFY(QDir().mkpath(site.box.path("elsewhere")) &&
+                QDir().mkpath(site.box.path("Out/R1")));
+        QVERIFY(QFile::link(site.box.path("elsewhere"), site.box.path("Out/R1/M1")));
+        QVERIFY(site.run(RunChoice::Due).failed());
+        QVERIFY(site.box.names("elsewhere").isEmpty() && !site.isThere("R1/DEVLIST.HTM"));
+        QVERIFY(!site.box.status.filter("/R1/M1/': it is a symbolic link").isEmpty());
     }
 
     void runsOnlyWhatIsDue()
@@ -357,8 +398,8 @@ private Q_SLOTS:
     {
         Site site;
         gConfig->IMG_Format = "NONE";
-        site.box.write("item", "%%varb.name%% %%dev.graph%%[%%detail.list%%]%%img.alt%%\n");
-        site.box.write("report", "%%report.note%%");
+        site.box.write("item.html", "%%varb.name%% %%dev.graph%%[%%detail.list%%]%%img.alt%%\n");
+        site.box.write("report.html", "%%report.note%%");
         const RunResult result = site.run(RunChoice::Due);
         QVERIFY(!result.failed());
         QCOMPARE(result.chartsWithoutImage, 6); // four items, the summary and the overall state
@@ -399,8 +440,9 @@ private Q_SLOTS:
     void tellsInTheMasterListHowReportsEnded()
     {
         Site site;
-        site.box.write("tocitem", "%%report.title%%: %%report.lastrun%%, %%report.lastresult%%, "
-                                  "%%report.nextdue%%");
+        site.box.write("tocitem.html",
+                       "%%report.title%%: %%report.lastrun%%, %%report.lastresult%%, "
+                       "%%report.nextdue%%");
         site.box.write("Out/R1/REPORT.HTM", "of an earlier run");
         QStringList before;
         setStatusSink([&](const QString &line) {

@@ -1,0 +1,55 @@
+#include "definitions/TemplateFile.h"
+
+#include "core/Error.h"
+#include "core/Files.h"
+#include "core/GrapherConfig.h"
+#include "core/Paths.h"
+
+#include <QFileInfo>
+#include <QRegularExpression>
+
+#include <algorithm>
+
+namespace {
+
+bool isPageName(const QString &path)
+{
+    return path.endsWith(QLatin1String(".htm"), Qt::CaseInsensitive) ||
+           path.endsWith(QLatin1String(".html"), Qt::CaseInsensitive);
+}
+
+QString declaredAsUtf8(QString text)
+{
+    static const QRegularExpression declaration(
+        QStringLiteral(
+            "(<meta\\b[^>]*?\\bcharset\\s*=\\s*[\"']?|<\\?xml\\b[^>]*?\\bencoding\\s*=\\s*[\"'])"
+            "(?!utf-8\\b)[\\w.:-]+"),
+        QRegularExpression::CaseInsensitiveOption);
+    return text.replace(declaration, QStringLiteral("\\1utf-8"));
+}
+
+} // namespace
+
+QString chartTemplatePath(const QString &name)
+{
+    return std::any_of(name.begin(), name.end(), isSeparator) ? name : configurationFolder() + name;
+}
+
+QString templateFault(const QString &path)
+{
+    const QFileInfo file(nativePath(path));
+    if (!file.exists())
+        return QStringLiteral("File not found: '%1'").arg(file.filePath());
+    if (file.isFile() && isPageName(file.filePath()) && isPageName(file.canonicalFilePath()))
+        return QString();
+    return QStringLiteral("'%1' is no template: only regular files named *.htm or *.html are")
+        .arg(file.filePath());
+}
+
+QString readTemplate(const QString &path)
+{
+    const QString fault = templateFault(path);
+    if (fault.isEmpty())
+        return declaredAsUtf8(readTextFile(path));
+    throw Error(fileExists(path) ? PermissionDenied : FileNotFound, fault);
+}
