@@ -2,6 +2,7 @@
 
 #include "core/Error.h"
 #include "core/Files.h"
+#include "ui/HelpViewer.h"
 #include "ui/UiState.h"
 
 #include <QAction>
@@ -32,11 +33,8 @@ QString pageStyle(const QPalette &palette)
         .arg(palette.color(QPalette::Link).name(), palette.color(QPalette::AlternateBase).name());
 }
 
-QStringList wordsOf(const QString &text)
-{
-    static const QRegularExpression blanks(QStringLiteral("\\s+"));
-    return text.split(blanks, Qt::SkipEmptyParts);
-}
+constexpr int fileRole = Qt::UserRole;
+constexpr int textRole = Qt::UserRole + 1; ///< what the search looks at
 
 } // namespace
 
@@ -44,6 +42,7 @@ frmHelp::frmHelp(const QString &folder, QWidget *parent)
     : QDialog(parent)
     , m_search(new QLineEdit)
     , m_list(new QListWidget)
+    , m_notFound(new QLabel(QStringLiteral("No page holds these words")))
     , m_browser(new QTextBrowser)
 {
     setObjectName(QStringLiteral("frmHelp"));
@@ -80,7 +79,10 @@ frmHelp::frmHelp(const QString &folder, QWidget *parent)
     auto *sideLayout = new QVBoxLayout(side);
     sideLayout->setContentsMargins(0, 0, 0, 0);
     sideLayout->addWidget(m_search);
+    sideLayout->addWidget(m_notFound);
     sideLayout->addWidget(m_list);
+    m_notFound->setWordWrap(true);
+    m_notFound->hide();
     auto *splitter = new QSplitter;
     splitter->setObjectName(QStringLiteral("sspHelp"));
     splitter->addWidget(side);
@@ -99,8 +101,11 @@ frmHelp::frmHelp(const QString &folder, QWidget *parent)
     });
     connect(m_browser, &QTextBrowser::backwardAvailable, back, &QAction::setEnabled);
     connect(m_browser, &QTextBrowser::forwardAvailable, forward, &QAction::setEnabled);
-    connect(m_browser, &QTextBrowser::sourceChanged, this,
-            [this](const QUrl &url) { followPage(url.fileName()); });
+    connect(m_browser, &QTextBrowser::sourceChanged, this, [this](const QUrl &url) {
+        const QSignalBlocker quiet(m_list);
+        m_list->setCurrentItem(itemOf(url.fileName()));
+        markFound();
+    });
     connect(m_browser, &QTextBrowser::anchorClicked, this, [this](const QUrl &url) {
         if (url.isRelative())
             m_browser->setSource(url);
@@ -108,13 +113,11 @@ frmHelp::frmHelp(const QString &folder, QWidget *parent)
             QDesktopServices::openUrl(url);
     });
     connect(m_search, &QLineEdit::textChanged, this, &frmHelp::search);
-    connect(m_list, &QListWidget::currentRowChanged, this, [this](int row) {
-        if (row >= 0)
-            m_browser->setSource(QUrl(m_list->item(row)->data(Qt::UserRole).toString()));
-        markFound();
+    connect(m_list, &QListWidget::currentItemChanged, this, [this](const QListWidgetItem *item) {
+        if (item)
+            m_browser->setSource(QUrl(item->data(fileRole).toString()));
     });
     m_search->installEventFilter(this);
-    search({});
     m_search->setFocus();
 }
 
@@ -134,46 +137,34 @@ bool frmHelp::eventFilter(QObject *watched, QEvent *event)
 void frmHelp::readPages(const QString &folder)
 {
     static const QRegularExpression titleForm(QStringLiteral("<title>([^<]*)</title>"));
-    const QStringList files =
-        QDir(folder).entryList({QStringLiteral("*.html")}, QDir::Files, QDir::Name);
+    const QStringList files = QDir(folder).entryList({QStringLiteral("*.html")}, QDir::Files);
     for (const QString &file : files) {
         const QString html = readTextFile(folder + u'/' + file);
         const QString title = titleForm.match(html).captured(1);
-        m_pages.append({file, title, QTextDocumentFragment::fromHtml(html).toPlainText()});
+        auto *item = new QListWidgetItem(title, m_list);
+        item->setData(fileRole, file);
+        item->setData(textRole, title + u' ' + QTextDocumentFragment::fromHtml(html).toPlainText());
     }
-    if (m_pages.isEmpty())
+    if (files.isEmpty())
         throw Error(FileNotFound, QStringLiteral("There are no help pages in '%1'").arg(folder));
-    // The contents first, the others by title.
-    std::stable_sort(m_pages.begin(), m_pages.end(), [](const Page &a, const Page &b) {
-        const bool aFirst = a.file == QLatin1String("index.html");
-        const bool bFirst = b.file == QLatin1String("index.html");
-        return aFirst != bFirst ? aFirst : a.title.localeAwareCompare(b.title) < 0;
-    });
+    m_list->sortItems();
+    m_list->insertItem(0, m_list->takeItem(m_list->row(itemOf(helpContents))));
 }
 
-/// Lists the pages that hold every word, those with all of them in the title first.
-void frmHelp::search(const QString &words)
+/// Lists the pages that hold every word.
+void frmHelp::search(const QString &text)
 {
-    const QStringList wanted = wordsOf(words);
-    const auto holdsAll = [&wanted](const QString &text) {
-        return std::all_of(wanted.begin(), wanted.end(), [&text](const QString &word) {
-            return text.contains(word, Qt::CaseInsensitive);
-        });
-    };
-    const QSignalBlocker quiet(m_list);
-    m_list->clear();
-    for (const bool inTitle : {true, false}) {
-        for (const Page &page : m_pages) {
-            if (holdsAll(page.title) != inTitle || !holdsAll(page.title + u' ' + page.text))
-                continue;
-            auto *item = new QListWidgetItem(page.title, m_list);
-            item->setData(Qt::UserRole, page.file);
-        }
+    const QStringList words = text.split(u' ', Qt::SkipEmptyParts);
+    bool isFound = false;
+    for (int row = 0; row < m_list->count(); ++row) {
+        QListWidgetItem *item = m_list->item(row);
+        const QString page = item->data(textRole).toString();
+        item->setHidden(!std::all_of(words.begin(), words.end(), [&page](const QString &word) {
+            return page.contains(word, Qt::CaseInsensitive);
+        }));
+        isFound |= !item->isHidden();
     }
-    m_list->setEnabled(m_list->count() > 0);
-    if (m_list->count() == 0)
-        m_list->addItem(QStringLiteral("No page holds these words"));
-    followPage(m_browser->source().fileName());
+    m_notFound->setVisible(!isFound);
     markFound();
 }
 
@@ -184,7 +175,7 @@ void frmHelp::markFound()
     QTextCharFormat format;
     format.setBackground(palette().highlight());
     format.setForeground(palette().highlightedText());
-    for (const QString &word : wordsOf(m_search->text())) {
+    for (const QString &word : m_search->text().split(u' ', Qt::SkipEmptyParts)) {
         QTextCursor cursor(m_browser->document());
         while (!(cursor = m_browser->document()->find(word, cursor)).isNull())
             marks.append({cursor, format});
@@ -192,15 +183,12 @@ void frmHelp::markFound()
     m_browser->setExtraSelections(marks);
 }
 
-/// Points the list at the page that is shown.
-void frmHelp::followPage(const QString &file)
+QListWidgetItem *frmHelp::itemOf(const QString &file) const
 {
-    const QSignalBlocker quiet(m_list);
-    m_list->setCurrentRow(-1);
-    for (int row = 0; row < m_list->count(); ++row) {
-        if (m_list->item(row)->data(Qt::UserRole).toString() == file)
-            m_list->setCurrentRow(row);
-    }
+    const QModelIndex first = m_list->model()->index(0, 0);
+    const QModelIndexList found =
+        m_list->model()->match(first, fileRole, file, 1, Qt::MatchExactly);
+    return found.isEmpty() ? nullptr : m_list->item(found.first().row());
 }
 
 void frmHelp::openPage(const QString &page)

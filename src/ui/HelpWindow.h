@@ -3,8 +3,10 @@
 #include <QDialog>
 #include <QString>
 
+class QLabel;
 class QLineEdit;
 class QListWidget;
+class QListWidgetItem;
 class QTextBrowser;
 
 /// The help viewer: a list of the pages, narrowed by words to search for, beside the page shown.
@@ -24,20 +26,14 @@ protected:
     void done(int result) override;
 
 private:
-    struct Page
-    {
-        QString file;
-        QString title;
-        QString text; ///< as read, for the search
-    };
-
     void readPages(const QString &folder);
-    void search(const QString &words);
+    void search(const QString &text);
     void markFound();
-    void followPage(const QString &file);
+    /// Null when there is no such page.
+    QListWidgetItem *itemOf(const QString &file) const;
 
-    QList<Page> m_pages;
     QLineEdit *m_search;
-    QListWidget *m_list;
+    QListWidget *m_list; ///< hides the pages that the search does not find
+    QLabel *m_notFound;
     QTextBrowser *m_browser;
 };

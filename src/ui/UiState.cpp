@@ -5,7 +5,6 @@
 #include "core/State.h"
 #include "core/Xml.h"
 
-#include <QGuiApplication>
 #include <QHeaderView>
 #include <QScreen>
 #include <QSplitter>
@@ -43,122 +42,59 @@ pugi::xml_node named(const pugi::xml_node &parent, const char *element, const QS
     return parent.find_child_by_attribute(element, "Name", name.toUtf8().constData());
 }
 
-template <typename Numbers>
-QString joined(const Numbers &numbers)
+QByteArray bytesOf(const pugi::xml_node &element, const char *attribute)
 {
-    QStringList texts;
-    for (const int number : numbers)
-        texts.append(QString::number(number));
-    return texts.join(u',');
+    return QByteArray::fromBase64(GetAttr(element, attribute, {}).toLatin1());
 }
 
-QList<int> numbersOf(const pugi::xml_node &element, const char *attribute)
+void setBytes(pugi::xml_node element, const char *attribute, const QByteArray &bytes)
 {
-    QList<int> numbers;
-    for (const QString &text : GetAttr(element, attribute, {}).split(u',', Qt::SkipEmptyParts))
-        numbers.append(text.toInt());
-    return numbers;
+    setAttr(element, attribute, QString::fromLatin1(bytes.toBase64()));
 }
 
-void saveHeader(const QHeaderView &header, pugi::xml_node element)
+/// Calls `visit(name, part)` for the header views and splitters of a window that have a name, not
+/// one of Qt's own.
+template <typename Visit>
+void visitParts(const QWidget *window, Visit visit)
 {
-    QList<int> widths;
-    QList<int> order;
-    for (int i = 0; i < header.count(); ++i) {
-        widths.append(header.isSectionHidden(i) ? 0 : header.sectionSize(i));
-        order.append(header.logicalIndex(i));
-    }
-    setAttr(element, "Widths", joined(widths));
-    setAttr(element, "Order", joined(order));
-    setAttr(element, "SortColumn", header.sortIndicatorSection());
-    setAttr(element, "Descending", header.sortIndicatorOrder() == Qt::DescendingOrder ? 1 : 0);
-}
-
-/// Columns that came or went since are no reason to lose the others' widths.
-void restoreHeader(QHeaderView &header, const pugi::xml_node &element)
-{
-    const QList<int> widths = numbersOf(element, "Widths");
-    for (int i = 0; i < std::min(header.count(), static_cast<int>(widths.size())); ++i) {
-        if (widths[i] >= header.minimumSectionSize())
-            header.resizeSection(i, widths[i]);
-    }
-    const QList<int> order = numbersOf(element, "Order");
-    for (int place = 0; place < std::min(header.count(), static_cast<int>(order.size())); ++place) {
-        if (order[place] >= 0 && order[place] < header.count())
-            header.moveSection(header.visualIndex(order[place]), place);
-    }
-    const int sorted = integerAttr(element, "SortColumn", -1);
-    if (sorted >= 0 && sorted < header.count())
-        header.setSortIndicator(sorted, integerAttr(element, "Descending", 0) != 0
-                                            ? Qt::DescendingOrder
-                                            : Qt::AscendingOrder);
-}
-
-/// What a window can take of its screen; the frame around it is known only once it is shown.
-QRect roomFor(const QWidget *window, const QScreen *screen)
-{
-    const int title = window->style()->pixelMetric(QStyle::PM_TitleBarHeight, nullptr, window);
-    return screen->availableGeometry().adjusted(border, title + border, -border, -border);
-}
-
-/// The rectangle wholly on the screen that shows its middle, else on the first one.
-QRect onScreen(const QWidget *window, QRect place)
-{
-    const QScreen *shown = QGuiApplication::screenAt(place.center());
-    const QRect room = roomFor(window, shown ? shown : QGuiApplication::primaryScreen());
-    place.setSize(place.size().boundedTo(room.size()));
-    place.moveLeft(std::clamp(place.left(), room.left(), room.right() + 1 - place.width()));
-    place.moveTop(std::clamp(place.top(), room.top(), room.bottom() + 1 - place.height()));
-    return place;
-}
-
-void restoreContent(QWidget *window, const pugi::xml_node &element)
-{
+    const auto visitNamed = [&visit](const QString &name, auto &part) {
+        if (!name.isEmpty() && !name.startsWith(QLatin1String("qt_")))
+            visit(name, part);
+    };
     for (auto *header : window->findChildren<QHeaderView *>()) {
-        const QWidget *view = header->parentWidget();
-        if (header->orientation() != Qt::Horizontal || view->objectName().isEmpty())
-            continue;
-        if (const pugi::xml_node kept = named(element, "COLUMNS", view->objectName()))
-            restoreHeader(*header, kept);
+        if (header->orientation() == Qt::Horizontal)
+            visitNamed(header->parentWidget()->objectName(), *header);
     }
-    for (auto *splitter : window->findChildren<QSplitter *>()) {
-        if (const pugi::xml_node kept = named(element, "SPLITTER", splitter->objectName())) {
-            const QList<int> sizes = numbersOf(kept, "Sizes");
-            if (sizes.size() == splitter->count())
-                splitter->setSizes(sizes);
-        }
-    }
+    for (auto *splitter : window->findChildren<QSplitter *>())
+        visitNamed(splitter->objectName(), *splitter);
 }
 
-void saveContent(const QWidget *window, pugi::xml_node element)
+/// Makes a window that is not shown yet no larger than its screen; the frame around it is known
+/// only once it is shown.
+void fitToScreen(QWidget *window)
 {
-    for (const auto *header : window->findChildren<QHeaderView *>()) {
-        const QString name = header->parentWidget()->objectName();
-        if (header->orientation() != Qt::Horizontal || name.isEmpty() || header->isHidden())
-            continue;
-        pugi::xml_node columns = element.append_child("COLUMNS");
-        setAttr(columns, "Name", name);
-        saveHeader(*header, columns);
-    }
-    for (const auto *splitter : window->findChildren<QSplitter *>()) {
-        if (splitter->objectName().isEmpty())
-            continue;
-        pugi::xml_node sizes = element.append_child("SPLITTER");
-        setAttr(sizes, "Name", splitter->objectName());
-        setAttr(sizes, "Sizes", joined(splitter->sizes()));
-    }
+    const QStyle *style = window->style();
+    const int title = style->pixelMetric(QStyle::PM_TitleBarHeight, nullptr, window);
+    const QSize room = window->screen()
+                           ->availableGeometry()
+                           .adjusted(border, title + border, -border, -border)
+                           .size();
+    QSize size = window->testAttribute(Qt::WA_Resized) ? window->size() : window->sizeHint();
+    if (size.height() > room.height()) // it gets a scroll bar
+        size.rwidth() += style->pixelMetric(QStyle::PM_ScrollBarExtent, nullptr, window);
+    window->resize(size.boundedTo(room));
+}
+
+/// Earlier versions wrote the size in numbers.
+void restoreFormerSize(QWidget *window, const pugi::xml_node &element)
+{
+    const QSize size(GetAttr(element, "Width", {}).toInt(), GetAttr(element, "Height", {}).toInt());
+    if (!size.isEmpty())
+        window->resize(size);
+    fitToScreen(window);
 }
 
 } // namespace
-
-void fitToScreen(QWidget *window)
-{
-    const QSize room = roomFor(window, window->screen()).size();
-    QSize size = window->testAttribute(Qt::WA_Resized) ? window->size() : window->sizeHint();
-    if (size.height() > room.height()) // it gets a scroll bar
-        size.rwidth() += window->style()->pixelMetric(QStyle::PM_ScrollBarExtent, nullptr, window);
-    window->resize(size.boundedTo(room));
-}
 
 bool restoreWindowState(QWidget *window)
 {
@@ -169,17 +105,11 @@ bool restoreWindowState(QWidget *window)
         named(document.document_element().child(group), "WINDOW", window->objectName());
     if (!element)
         return false;
-    try {
-        const QSize size(integerAttr(element, "Width", 0), integerAttr(element, "Height", 0));
-        const QPoint corner(integerAttr(element, "Left", 0), integerAttr(element, "Top", 0));
-        if (!size.isEmpty())
-            window->setGeometry(onScreen(window, QRect(corner, size)));
-        restoreContent(window, element);
-        if (integerAttr(element, "Maximized", 0) != 0)
-            window->setWindowState(window->windowState() | Qt::WindowMaximized);
-    } catch (const Error &) {
-        return false; // a number beyond all sense
-    }
+    if (!window->restoreGeometry(bytesOf(element, "Geometry")))
+        restoreFormerSize(window, element);
+    visitParts(window, [&element](const QString &name, auto &part) {
+        part.restoreState(bytesOf(named(element, "PART", name), "State"));
+    });
     return true;
 }
 
@@ -193,14 +123,13 @@ void saveWindowState(QWidget *window)
     pugi::xml_node windows = childOf(root, group);
     windows.remove_child(named(windows, "WINDOW", window->objectName()));
     pugi::xml_node element = windows.append_child("WINDOW");
-    const QRect place = window->isMaximized() ? window->normalGeometry() : window->geometry();
     setAttr(element, "Name", window->objectName());
-    setAttr(element, "Left", place.left());
-    setAttr(element, "Top", place.top());
-    setAttr(element, "Width", place.width());
-    setAttr(element, "Height", place.height());
-    setAttr(element, "Maximized", window->isMaximized() ? 1 : 0);
-    saveContent(window, element);
+    setBytes(element, "Geometry", window->saveGeometry());
+    visitParts(window, [&element](const QString &name, const auto &part) {
+        pugi::xml_node kept = element.append_child("PART");
+        setAttr(kept, "Name", name);
+        setBytes(kept, "State", part.saveState());
+    });
     try {
         saveFile(layoutFile(), documentBytes(document));
     } catch (const Error &) {
