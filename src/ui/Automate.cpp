@@ -4,6 +4,7 @@
 #include "scheduling/Registration.h"
 #include "ui/HelpViewer.h"
 #include "ui/Messages.h"
+#include "ui/Widgets.h"
 
 #include <QCoreApplication>
 #include <QDialogButtonBox>
@@ -17,16 +18,6 @@
 namespace {
 
 const QString helpPage = QStringLiteral("automate.html");
-
-QLabel *wrappedLabel(const char *name, const QString &text)
-{
-    auto *label = new QLabel(text);
-    label->setObjectName(QLatin1String(name));
-    label->setTextFormat(Qt::PlainText);
-    label->setWordWrap(true);
-    label->setTextInteractionFlags(Qt::TextSelectableByMouse);
-    return label;
-}
 
 QLineEdit *newField(const char *name, QLineEdit::EchoMode mode)
 {
@@ -92,7 +83,8 @@ frmAutomate::frmAutomate(platform::TaskScheduler &scheduler, QStringList taskOpt
     StatusBar1->setSizeGripEnabled(false);
 
     auto *layout = new QVBoxLayout(this);
-    layout->addWidget(wrappedLabel("lblExplain", explanation(scheduler.needsAccount())));
+    layout->addWidget(
+        newTextLabel(QStringLiteral("lblExplain"), explanation(scheduler.needsAccount())));
     auto *account = new QWidget;
     auto *fields = new QFormLayout(account);
     fields->setContentsMargins(0, 0, 0, 0);
@@ -102,7 +94,7 @@ frmAutomate::frmAutomate(platform::TaskScheduler &scheduler, QStringList taskOpt
     layout->addWidget(account);
     if (!scheduler.needsAccount()) {
         account->hide();
-        layout->addWidget(wrappedLabel("lblAccount", ownAccountText(scheduler)));
+        layout->addWidget(newTextLabel(QStringLiteral("lblAccount"), ownAccountText(scheduler)));
     }
     layout->addStretch();
 

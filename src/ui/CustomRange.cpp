@@ -2,6 +2,7 @@
 
 #include "core/Clock.h"
 #include "ui/ChartPeriod.h"
+#include "ui/Widgets.h"
 
 #include <QDateTimeEdit>
 #include <QGridLayout>
@@ -102,9 +103,7 @@ RangeEdit::RangeEdit(QWidget *parent)
     from->setBuddy(txtStart);
     auto *to = new QLabel(QStringLiteral("&To"));
     to->setBuddy(txtEnd);
-    auto *presets = new QPushButton(QStringLiteral("&Presets"));
-    presets->setObjectName(QStringLiteral("cmdPresets"));
-    presets->setAutoDefault(false);
+    auto *presets = newButton(QStringLiteral("cmdPresets"), QStringLiteral("&Presets"));
     auto *menu = new QMenu(presets);
     addPreset(menu, QStringLiteral("Last &7 days"), LastSevenDays);
     addPreset(menu, QStringLiteral("Last &month"), WholeLastMonth);
@@ -156,18 +155,11 @@ frmCustomRange::frmCustomRange(const clsGraphDef &chart, QWidget *parent)
     : EditorDialog(QStringLiteral("frmCustomRange"), QStringLiteral("chart-editor.html"), parent)
     , m_chart(chart)
     , m_range(new RangeEdit)
-    , lblPeriod(new QLabel)
+    , lblPeriod(newTextLabel(QStringLiteral("lblPeriod"), 3))
 {
     setWindowTitle(QStringLiteral("Custom Range"));
-    auto *title =
-        new QLabel(QStringLiteral("Period of the charts \u201c%1\u201d").arg(chart.ChartTitle));
-    title->setTextFormat(Qt::PlainText);
-    title->setWordWrap(true);
-    lblPeriod->setObjectName(QStringLiteral("lblPeriod"));
-    lblPeriod->setTextFormat(Qt::PlainText);
-    lblPeriod->setWordWrap(true);
-    lblPeriod->setMinimumHeight(lblPeriod->fontMetrics().lineSpacing() * 3);
-    lblPeriod->setAlignment(Qt::AlignTop);
+    auto *title = newTextLabel(
+        {}, QStringLiteral("Period of the charts \u201c%1\u201d").arg(chart.ChartTitle));
     lblPeriod->setMinimumWidth(lblPeriod->fontMetrics().averageCharWidth() * 60);
     auto *layout = new QVBoxLayout(content());
     layout->setContentsMargins(0, 0, 0, 0);

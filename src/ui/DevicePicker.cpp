@@ -5,6 +5,7 @@
 #include "data/Connection.h"
 #include "ui/DeviceTree.h"
 #include "ui/DeviceView.h"
+#include "ui/Widgets.h"
 
 #include <QApplication>
 #include <QCheckBox>
@@ -131,8 +132,6 @@ QWidget *DevicePicker::makeKindRow()
     label->setBuddy(cboKind);
     cmdKindCheck = named(new QPushButton, "cmdKindCheck");
     cmdKindClear = named(new QPushButton, "cmdKindClear");
-    for (QPushButton *button : {cmdKindCheck, cmdKindClear})
-        button->setAutoDefault(false);
     layout->addWidget(label);
     layout->addWidget(cboKind, 1);
     layout->addWidget(cmdKindCheck);
@@ -148,16 +147,9 @@ QWidget *DevicePicker::makeDatabaseBar()
     bar->setFrameShape(QFrame::StyledPanel);
     auto *layout = new QHBoxLayout(bar);
     m_databaseBar = bar;
-    m_databaseIcon = new QLabel;
-    const int size = style()->pixelMetric(QStyle::PM_SmallIconSize);
-    m_databaseIcon->setPixmap(
-        style()->standardIcon(QStyle::SP_MessageBoxWarning).pixmap(QSize(size, size)));
-    lblDatabase = named(new QLabel, "lblDatabase");
-    lblDatabase->setTextFormat(Qt::PlainText);
-    lblDatabase->setWordWrap(true);
-    lblDatabase->setTextInteractionFlags(Qt::TextSelectableByMouse);
-    cmdTryAgain = named(new QPushButton(QStringLiteral("Tr&y again")), "cmdTryAgain");
-    cmdTryAgain->setAutoDefault(false);
+    m_databaseIcon = newWarningIcon();
+    lblDatabase = newTextLabel(QStringLiteral("lblDatabase"));
+    cmdTryAgain = newButton(QStringLiteral("cmdTryAgain"), QStringLiteral("Tr&y again"));
     layout->addWidget(m_databaseIcon, 0, Qt::AlignTop);
     layout->addWidget(lblDatabase, 1);
     layout->addWidget(cmdTryAgain, 0, Qt::AlignTop);
@@ -172,13 +164,11 @@ QWidget *DevicePicker::makeShownRow()
     layout->setContentsMargins(0, 0, 0, 0);
     lblShown = named(new QLabel, "lblShown");
     lblShown->setWordWrap(true);
-    auto *select = named(new QPushButton(QStringLiteral("S&elect all shown")), "cmdSelectShown");
-    auto *clear = named(new QPushButton(QStringLiteral("Clea&r all shown")), "cmdClearShown");
+    auto *select = newButton(QStringLiteral("cmdSelectShown"), QStringLiteral("S&elect all shown"));
+    auto *clear = newButton(QStringLiteral("cmdClearShown"), QStringLiteral("Clea&r all shown"));
     layout->addWidget(lblShown, 1);
-    for (QPushButton *button : {select, clear}) {
-        button->setAutoDefault(false);
-        layout->addWidget(button);
-    }
+    layout->addWidget(select);
+    layout->addWidget(clear);
     connect(select, &QPushButton::clicked, m_tree, [this] { m_tree->setShown(true); });
     connect(clear, &QPushButton::clicked, m_tree, [this] { m_tree->setShown(false); });
     return row;

@@ -11,7 +11,6 @@
 #include <QLabel>
 #include <QPushButton>
 #include <QRadioButton>
-#include <QStyle>
 #include <QVBoxLayout>
 
 EditorDialog::EditorDialog(const QString &name, const QString &helpPage, QWidget *parent)
@@ -30,14 +29,9 @@ EditorDialog::EditorDialog(const QString &name, const QString &helpPage, QWidget
     layout->addWidget(new ScrollPane(m_content), 1);
     layout->addWidget(m_warningRow);
     layout->addWidget(m_buttons);
-    auto *icon = new QLabel;
-    icon->setPixmap(style()
-                        ->standardIcon(QStyle::SP_MessageBoxWarning)
-                        .pixmap(style()->pixelMetric(QStyle::PM_SmallIconSize)));
-    icon->setAlignment(Qt::AlignTop);
     auto *warnings = new QHBoxLayout(m_warningRow);
     warnings->setContentsMargins(0, 0, 0, 0);
-    warnings->addWidget(icon);
+    warnings->addWidget(newWarningIcon());
     warnings->addWidget(lblWarnings, 1);
     m_warningRow->hide();
     m_buttons->button(QDialogButtonBox::Ok)->setObjectName(QStringLiteral("cmdOK"));
@@ -145,6 +139,8 @@ void EditorDialog::showEvent(QShowEvent *event)
 {
     if (!m_placed) {
         m_placed = true;
+        for (QPushButton *button : m_content->findChildren<QPushButton *>())
+            button->setAutoDefault(false); // Return is OK
         tabToChosenOptions();
         orderTabs();
         restoreWindowState(this);

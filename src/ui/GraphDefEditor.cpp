@@ -253,9 +253,7 @@ QWidget *frmGraphDefEditor::pagesBox()
     form->setFieldGrowthPolicy(QFormLayout::AllNonFixedFieldsGrow);
     const auto addTemplate = [&](const QString &text, QComboBox *field, const QString &button,
                                  const QString &name) {
-        auto *choose = new QPushButton(button);
-        choose->setObjectName(name);
-        choose->setAutoDefault(false);
+        auto *choose = newButton(name, button);
         connect(choose, &QPushButton::clicked, this, [this, field] { browse(field); });
         auto *row = new QHBoxLayout;
         row->addWidget(field, 1);

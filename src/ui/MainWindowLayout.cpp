@@ -39,14 +39,6 @@ QIcon applicationIcon()
     return icon;
 }
 
-QPushButton *newButton(const char *name, const QString &text, const QString &toolTip)
-{
-    auto *button = new QPushButton(text);
-    button->setObjectName(QLatin1String(name));
-    button->setToolTip(toolTip);
-    return button;
-}
-
 QWidget *newPane(const char *name, QLayout *layout)
 {
     auto *pane = new QWidget;
@@ -216,11 +208,11 @@ QWidget *frmGrapherMain::makeListPane()
     QFont bold = Label1->font();
     bold.setBold(true);
     Label1->setFont(bold);
-    cmdReportAdd = newButton("cmdReportAdd", QStringLiteral("Add"),
+    cmdReportAdd = newButton(QStringLiteral("cmdReportAdd"), QStringLiteral("Add"),
                              QStringLiteral("Add a new report configuration"));
-    cmdReportModify = newButton("cmdReportModify", QStringLiteral("Modify"),
+    cmdReportModify = newButton(QStringLiteral("cmdReportModify"), QStringLiteral("Modify"),
                                 QStringLiteral("Modify selected configuration"));
-    cmdReportRemove = newButton("cmdReportRemove", QStringLiteral("Remove"),
+    cmdReportRemove = newButton(QStringLiteral("cmdReportRemove"), QStringLiteral("Remove"),
                                 QStringLiteral("Remove selected configuration"));
     connect(cmdReportAdd, &QPushButton::clicked, mnuReportAdd, &QAction::trigger);
     connect(lvReports->addButton(), &QPushButton::clicked, mnuReportAdd, &QAction::trigger);
@@ -249,9 +241,9 @@ QWidget *frmGrapherMain::makeRunPane()
 {
     txtStatusInfo->setObjectName(QStringLiteral("txtStatusInfo"));
     txtStatusInfo->setAccessibleName(QStringLiteral("Status"));
-    cmdReportView =
-        newButton("cmdReportView", QStringLiteral("&Run"), QStringLiteral("Run selected reports"));
-    cmdReportOpen = newButton("cmdReportOpen", QStringLiteral("Open &Page"),
+    cmdReportView = newButton(QStringLiteral("cmdReportView"), QStringLiteral("&Run"),
+                              QStringLiteral("Run selected reports"));
+    cmdReportOpen = newButton(QStringLiteral("cmdReportOpen"), QStringLiteral("Open &Page"),
                               QStringLiteral("Open the selected report's page in the browser"));
     connect(cmdReportView, &QPushButton::clicked, mnuReportView, &QAction::trigger);
     connect(cmdReportOpen, &QPushButton::clicked, mnuReportOpen, &QAction::trigger);

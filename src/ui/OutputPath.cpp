@@ -7,6 +7,7 @@
 #include "core/State.h"
 #include "core/platform/FileSystem.h"
 #include "ui/Messages.h"
+#include "ui/Widgets.h"
 
 #include <QDir>
 #include <QFile>
@@ -17,14 +18,6 @@
 #include <QPushButton>
 
 namespace {
-
-QLabel *wrappedLabel(const QString &text)
-{
-    auto *label = new QLabel(text);
-    label->setTextFormat(Qt::PlainText);
-    label->setWordWrap(true);
-    return label;
-}
 
 /// Throws Error when no file can be written into the folder.
 void tryWriting(const QString &folder)
@@ -51,25 +44,23 @@ void saveOutput(const QString &stored)
 frmOutputPath::frmOutputPath(QWidget *parent)
     : EditorDialog(QStringLiteral("frmOutputPath"), QStringLiteral("output-location.html"), parent)
     , txtOutputPath(new QLineEdit(gConfig->storedOutput))
-    , lblFolder(wrappedLabel({}))
+    , lblFolder(newTextLabel(QStringLiteral("lblFolder")))
 {
     setWindowTitle(QStringLiteral("Set Output Location"));
     txtOutputPath->setObjectName(QStringLiteral("txtOutputPath"));
-    lblFolder->setObjectName(QStringLiteral("lblFolder"));
-    lblFolder->setTextInteractionFlags(Qt::TextSelectableByMouse);
     auto *caption = new QLabel(QStringLiteral("&Output folder:"));
     caption->setBuddy(txtOutputPath);
-    auto *cmdBrowse = new QPushButton(QStringLiteral("&Browse…"));
-    cmdBrowse->setObjectName(QStringLiteral("cmdBrowse"));
-    cmdBrowse->setAutoDefault(false);
+    auto *cmdBrowse = newButton(QStringLiteral("cmdBrowse"), QStringLiteral("&Browse…"));
 
     auto *layout = new QGridLayout(content());
     layout->setContentsMargins(0, 0, 0, 0);
-    layout->addWidget(wrappedLabel(QStringLiteral(
-                          "Reports are written into this folder, and their pages link to each "
-                          "other from there: share it, or copy it whole. Reports that were written "
-                          "elsewhere before stay where they are.")),
-                      0, 0, 1, 3);
+    layout->addWidget(
+        newTextLabel({},
+                     QStringLiteral(
+                         "Reports are written into this folder, and their pages link to each "
+                         "other from there: share it, or copy it whole. Reports that were written "
+                         "elsewhere before stay where they are.")),
+        0, 0, 1, 3);
     layout->addWidget(caption, 1, 0);
     layout->addWidget(txtOutputPath, 1, 1);
     layout->addWidget(cmdBrowse, 1, 2);

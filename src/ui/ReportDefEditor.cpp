@@ -26,15 +26,6 @@
 
 namespace {
 
-QPushButton *makeButton(const char *text, const char *name, const QString &toolTip)
-{
-    auto *button = new QPushButton(QLatin1String(text));
-    button->setObjectName(QLatin1String(name));
-    button->setToolTip(toolTip);
-    button->setAutoDefault(false); // Return is OK
-    return button;
-}
-
 /// The first one takes the room that is left.
 QHBoxLayout *rowOf(std::initializer_list<QWidget *> widgets)
 {
@@ -91,10 +82,10 @@ QWidget *frmReportDefEditor::makeHead()
         QStringLiteral("The period and the intervals of all charts of this report"));
     cboChart->setSizeAdjustPolicy(QComboBox::AdjustToMinimumContentsLengthWithIcon);
     cboChart->setMinimumContentsLength(20);
-    QPushButton *add =
-        makeButton("&Add...", "cmdChartAdd", QStringLiteral("Defines a new chart and chooses it"));
-    cmdChartModify = makeButton("Chan&ge...", "cmdChartModify",
-                                QStringLiteral("Changes the chart for all reports that use it"));
+    QPushButton *add = newButton(QStringLiteral("cmdChartAdd"), QStringLiteral("&Add..."),
+                                 QStringLiteral("Defines a new chart and chooses it"));
+    cmdChartModify = newButton(QStringLiteral("cmdChartModify"), QStringLiteral("Chan&ge..."),
+                               QStringLiteral("Changes the chart for all reports that use it"));
     auto *label = new QLabel(QStringLiteral("&Chart:"));
     label->setBuddy(cboChart);
     form->addRow(label, rowOf({cboChart, add, cmdChartModify}));
@@ -143,8 +134,8 @@ QWidget *frmReportDefEditor::makeOutput()
         "Kept with the report for installations that use it. The report's own pages are made\n"
         "from the templates of the configuration folder."));
     QPushButton *browse =
-        makeButton("&Browse...", "cmdBrowseTemplate",
-                   QStringLiteral("Chooses a template of the configuration folder"));
+        newButton(QStringLiteral("cmdBrowseTemplate"), QStringLiteral("&Browse..."),
+                  QStringLiteral("Chooses a template of the configuration folder"));
     connect(browse, &QPushButton::clicked, this, &frmReportDefEditor::browseTemplate);
     txtOutputFolder = new QLineEdit;
     txtOutputFolder->setObjectName(QStringLiteral("txtOutputFolder"));

@@ -223,10 +223,8 @@ QWidget *frmScheduleDefEditor::listsBox()
                           sscomboMonthDay);
     lblMonths = addRow(QStringLiteral("lblMonths"), QStringLiteral("M&onths"), sscomboMonths);
 
-    cmdAutoSet = new QPushButton(QStringLiteral("&Auto Set..."));
-    cmdAutoSet->setObjectName(QStringLiteral("cmdAutoSet"));
-    cmdAutoSet->setAutoDefault(false);
-    cmdAutoSet->setToolTip(QStringLiteral("Check the usual hours, days and months"));
+    cmdAutoSet = newButton(QStringLiteral("cmdAutoSet"), QStringLiteral("&Auto Set..."),
+                           QStringLiteral("Check the usual hours, days and months"));
     auto *presets = new QHBoxLayout;
     presets->addWidget(cmdAutoSet);
     presets->addStretch(1);

@@ -3,6 +3,7 @@
 #include "core/Clock.h"
 #include "definitions/DefinitionStores.h"
 #include "ui/ScheduleDefEditor.h"
+#include "ui/Widgets.h"
 
 #include <QHBoxLayout>
 #include <QLabel>
@@ -41,7 +42,9 @@ QString runText(const QDateTime &slot)
 SchedulePicker::SchedulePicker(QWidget *parent)
     : QWidget(parent)
     , lvSchedules(new QListWidget)
-    , cmdScheduleModify(new QPushButton(QStringLiteral("Cha&nge...")))
+    , cmdScheduleModify(
+          newButton(QStringLiteral("cmdScheduleModify"), QStringLiteral("Cha&nge..."),
+                    QStringLiteral("Changes the schedule for all reports that use it")))
     , lvNextRuns(new QListWidget)
 {
     lvSchedules->setObjectName(QStringLiteral("lvSchedules"));
@@ -57,19 +60,13 @@ SchedulePicker::SchedulePicker(QWidget *parent)
     schedulesLabel->setBuddy(lvSchedules);
     auto *runsLabel = new QLabel(QStringLiteral("Ne&xt runs:"));
     runsLabel->setBuddy(lvNextRuns);
-    auto *cmdScheduleAdd = new QPushButton(QStringLiteral("A&dd..."));
-    cmdScheduleAdd->setObjectName(QStringLiteral("cmdScheduleAdd"));
-    cmdScheduleAdd->setToolTip(QStringLiteral("Defines a new schedule and selects it"));
-    cmdScheduleModify->setObjectName(QStringLiteral("cmdScheduleModify"));
-    cmdScheduleModify->setToolTip(
-        QStringLiteral("Changes the schedule for all reports that use it"));
+    auto *cmdScheduleAdd = newButton(QStringLiteral("cmdScheduleAdd"), QStringLiteral("A&dd..."),
+                                     QStringLiteral("Defines a new schedule and selects it"));
 
     auto *buttons = new QHBoxLayout;
     buttons->addStretch(1);
-    for (QPushButton *button : {cmdScheduleAdd, cmdScheduleModify}) {
-        button->setAutoDefault(false);
-        buttons->addWidget(button);
-    }
+    buttons->addWidget(cmdScheduleAdd);
+    buttons->addWidget(cmdScheduleModify);
     auto *layout = new QVBoxLayout(this);
     layout->setContentsMargins(0, 0, 0, 0);
     layout->addWidget(schedulesLabel);

@@ -3,6 +3,8 @@
 #include <QApplication>
 #include <QEvent>
 #include <QLabel>
+#include <QPushButton>
+#include <QStyle>
 #include <QTimer>
 
 namespace {
@@ -37,6 +39,31 @@ QLabel *newTextLabel(const QString &name, int lines)
     label->setAlignment(Qt::AlignTop);
     label->setMinimumHeight(label->fontMetrics().lineSpacing() * lines);
     return label;
+}
+
+QLabel *newTextLabel(const QString &name, const QString &text)
+{
+    QLabel *label = newTextLabel(name);
+    label->setText(text);
+    return label;
+}
+
+QLabel *newWarningIcon()
+{
+    auto *icon = new QLabel;
+    const QStyle *style = icon->style();
+    icon->setPixmap(style->standardIcon(QStyle::SP_MessageBoxWarning)
+                        .pixmap(style->pixelMetric(QStyle::PM_SmallIconSize)));
+    icon->setAlignment(Qt::AlignTop);
+    return icon;
+}
+
+QPushButton *newButton(const QString &name, const QString &text, const QString &toolTip)
+{
+    auto *button = new QPushButton(text);
+    button->setObjectName(name);
+    button->setToolTip(toolTip);
+    return button;
 }
 
 QString wrappingToolTip(const QString &text)

@@ -3,11 +3,18 @@
 #include <QString>
 
 class QLabel;
+class QPushButton;
 class QWidget;
 
 /// A label for texts of any origin and length: plain, wrapped, to be copied with the mouse. It
 /// keeps room for `lines` lines, however many it shows.
 QLabel *newTextLabel(const QString &name, int lines = 0);
+QLabel *newTextLabel(const QString &name, const QString &text);
+
+/// The system's warning sign, as small as beside a text.
+QLabel *newWarningIcon();
+
+QPushButton *newButton(const QString &name, const QString &text, const QString &toolTip = {});
 
 /// A tool tip that wraps, for texts of any length, such as errors, names and paths: plain ones
 /// become as wide as their longest line. Empty for an empty text.

@@ -5,6 +5,7 @@
 #include <QComboBox>
 #include <QLabel>
 #include <QLineEdit>
+#include <QMetaProperty>
 #include <QPushButton>
 #include <QRadioButton>
 #include <QSpinBox>
@@ -41,6 +42,18 @@ struct Controls : Dialog
     {
         this->store(into);
         return into;
+    }
+    /// Enters into every field what another editor shows.
+    void copyFields(const QWidget &from) const
+    {
+        for (const QWidget *shown : from.findChildren<QWidget *>()) {
+            auto *own = this->template findChild<QWidget *>(shown->objectName());
+            const QMetaProperty value = shown->metaObject()->userProperty();
+            const bool isField =
+                !shown->objectName().startsWith(QLatin1String("qt_")); // or its part
+            if (own && isField && !shown->objectName().isEmpty() && value.isWritable())
+                value.write(own, value.read(shown));
+        }
     }
     QString error() const
     {
