@@ -168,6 +168,38 @@ double accessDays(qint64 instant)
     return whole - (days - whole);
 }
 
+QByteArray encodeResultTypes(const std::vector<std::pair<QString, std::uint8_t>> &types)
+{
+    constexpr quint16 namesBlock = 0x80;
+    constexpr quint16 columnBlock = 0x01;
+    const auto name = [](const QString &text) {
+        QByteArray bytes;
+        appendNumber(bytes, quint16(2 * text.size()));
+        return bytes.append(reinterpret_cast<const char *>(text.utf16()), 2 * text.size());
+    };
+    QByteArray properties("MR2", 4);
+    const auto addBlock = [&](quint16 kind, const QByteArray &content) {
+        appendNumber(properties, quint32(6 + content.size()));
+        appendNumber(properties, kind);
+        properties += content;
+    };
+    addBlock(namesBlock, name(QStringLiteral("ResultType")));
+    for (const auto &[column, type] : types) {
+        const QByteArray columnName = name(column);
+        QByteArray content;
+        appendNumber(content, quint32(4 + columnName.size()));
+        content += columnName;
+        appendNumber(content, quint16(9)); // bytes of this property
+        content += '\0';
+        content += char(2);                // its value is a Byte
+        appendNumber(content, quint16(0)); // the first of the names
+        appendNumber(content, quint16(1));
+        content += char(type);
+        addBlock(columnBlock, content);
+    }
+    return properties;
+}
+
 Page headerPage(qint64 createdInstant)
 {
     Page page{};

@@ -6,6 +6,7 @@
 #include <QUuid>
 
 #include <cstring>
+#include <utility>
 #include <vector>
 
 /// How single things are laid out in a Jet 4 file. Pure functions, but for UsageMaps.
@@ -25,6 +26,12 @@ template <typename Number>
 void put(std::uint8_t *to, Number value)
 {
     std::memcpy(to, &value, sizeof value);
+}
+
+template <typename Number>
+void appendNumber(QByteArray &bytes, Number value)
+{
+    bytes.append(reinterpret_cast<const char *>(&value), sizeof value);
 }
 
 template <typename Number>
@@ -61,6 +68,10 @@ double accessDays(qint64 instant);
 /// The database header: signature, version, and the encoded fields (no password, code page 1252,
 /// the "General" sort order).
 Page headerPage(qint64 createdInstant);
+
+/// The properties of a table as the catalog holds them: the types of the results of its calculated
+/// columns, each column by its name.
+QByteArray encodeResultTypes(const std::vector<std::pair<QString, std::uint8_t>> &types);
 
 /// Appends rows to data pages that belong to one owner, one page after the other.
 class RowPages

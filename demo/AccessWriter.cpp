@@ -15,6 +15,8 @@ constexpr int definitionColumn = 25;
 constexpr int definitionPageHeader = 8;
 constexpr quint32 definitionMagic = 1625;
 constexpr int mostInlineLongValue = 64;
+constexpr int envelopeSize = 23;            ///< bytes around a calculated value
+constexpr int calculatedSize = 39;          ///< stated of calculated columns other than texts
 constexpr qint64 mostCompressedMemo = 1024; ///< characters
 
 constexpr quint32 systemObject = 0x80000000;
@@ -56,6 +58,8 @@ bool isText(FieldType type)
 
 int statedSize(const Field &field)
 {
+    if (field.resultType)
+        return isText(field.type) ? 2 * field.size + envelopeSize : calculatedSize;
     switch (field.type) {
     case FieldType::Boolean:
         return 1;
@@ -70,10 +74,10 @@ int statedSize(const Field &field)
     }
 }
 
-template <typename Number>
-void appendNumber(QByteArray &bytes, Number value)
+/// Whether rows hold a pointer to the values, or short ones behind a head.
+bool isLong(const Field &field)
 {
-    bytes.append(reinterpret_cast<const char *>(&value), sizeof value);
+    return isLong(field.resultType.value_or(field.type));
 }
 
 } // namespace
@@ -92,7 +96,7 @@ TableWriter::TableWriter(PageFile &file, QString name, bool isSystem,
     for (const Field &field : fields) {
         Column &column = m_columns.emplace_back();
         column.field = field;
-        column.isFixed = fixedSize(field.type) >= 0;
+        column.isFixed = fixedSize(field.type) >= 0 && !field.resultType;
         column.fixedOffset = column.isFixed ? m_fixedBytes : 0;
         column.variableIndex = m_variables;
         column.size = statedSize(field);
@@ -100,7 +104,7 @@ TableWriter::TableWriter(PageFile &file, QString name, bool isSystem,
             m_fixedBytes += fixedSize(field.type);
         else
             ++m_variables;
-        if (isLong(field.type))
+        if (isLong(field))
             column.longValues = std::make_unique<RowPages>(file, longValueOwner);
     }
     if (m_order.empty()) {
@@ -237,6 +241,17 @@ void TableWriter::setBytes(int field, QByteArrayView value)
     markSet(field);
 }
 
+void TableWriter::setResult(int field, QByteArrayView value)
+{
+    Column &target = m_columns.at(std::size_t(field));
+    target.value.assign(std::size_t(envelopeSize + value.size()), 0);
+    put(&target.value[16], quint32(value.size()));
+    std::copy(value.begin(), value.end(), target.value.begin() + 20);
+    if (target.longValues)
+        storeLongValue(target);
+    markSet(field);
+}
+
 /// Puts a long value where its length belongs: behind its head in the row, in a row of a page of
 /// long values, or in a chain of such rows, each of which begins with a pointer to the next.
 /// Leaves in `value` what the row itself holds.
@@ -312,6 +327,9 @@ RowPlace TableWriter::append()
             put(at += 2, offsets[std::size_t(--count)]);
         put(at += 2, quint16(m_rowVariables));
         at += 2;
+    } else if (m_fixedBytes == 0) {
+        put(at, quint16(0)); // Booleans alone have the count of variable values
+        at += 2;
     }
     const auto maskBytes = std::size_t(m_rowFields + 7) / 8;
     spaceFor(maskBytes);
@@ -372,6 +390,8 @@ QByteArray TableWriter::definition(RowPlace ownedMap, RowPlace roomyMap) const
             entry[12] = std::uint8_t(column.field.scale);
         }
         entry[15] = column.isFixed ? 3 : 2;
+        if (column.field.resultType)
+            entry[16] |= 0xC0;
         put(&entry[21], quint16(column.fixedOffset));
         put(&entry[23], quint16(column.size));
         bytes.append(reinterpret_cast<const char *>(entry.data()), definitionColumn);
@@ -393,6 +413,16 @@ QByteArray TableWriter::definition(RowPlace ownedMap, RowPlace roomyMap) const
     appendNumber(bytes, quint16(0xFFFF));
     put(reinterpret_cast<std::uint8_t *>(bytes.data()) + 8, quint32(bytes.size()));
     return bytes;
+}
+
+QByteArray TableWriter::properties() const
+{
+    std::vector<std::pair<QString, std::uint8_t>> types;
+    for (const Column &column : m_columns) {
+        if (column.field.resultType)
+            types.emplace_back(column.field.name, std::uint8_t(*column.field.resultType));
+    }
+    return types.empty() ? QByteArray() : encodeResultTypes(types);
 }
 
 void TableWriter::finish(UsageMaps &maps)
@@ -494,6 +524,12 @@ TableWriter &AccessWriter::addTable(const QString &name, bool isSystem,
     return *m_tables.back();
 }
 
+void AccessWriter::addLink(const QString &name, const QString &database, const QString &connect,
+                           const QString &foreignName)
+{
+    m_links.push_back({name, database, connect, foreignName});
+}
+
 void AccessWriter::addCatalogRow(qint32 id, qint32 parent, const QString &name, int type,
                                  quint32 flags)
 {
@@ -522,15 +558,29 @@ void AccessWriter::writeCatalog()
 {
     constexpr int container = 3;
     constexpr int table = 1;
+    constexpr int odbcLink = 4;
+    constexpr int fileLink = 6;
     addCatalogRow(tablesContainer, rootContainer, QStringLiteral("Tables"), container,
                   systemObject);
     addCatalogRow(0x0F000002, rootContainer, QStringLiteral("Databases"), container, systemObject);
     addCatalogRow(0x0F000003, rootContainer, QStringLiteral("Relationships"), container,
                   systemObject);
     addCatalogRow(0x10000000, 0x0F000002, QStringLiteral("MSysDb"), 2, systemObject);
-    for (const auto &entry : m_tables)
+    TableWriter &objects = *m_tables[0];
+    qint32 id = std::numeric_limits<qint32>::min();
+    for (const Link &link : m_links) {
+        objects.setText(8, link.database);
+        objects.setText(9, link.connect);
+        objects.setText(10, link.foreignName);
+        addCatalogRow(id++, tablesContainer, link.name,
+                      link.database.isEmpty() ? odbcLink : fileLink, 0);
+    }
+    for (const auto &entry : m_tables) {
+        if (const QByteArray properties = entry->properties(); !properties.isEmpty())
+            objects.setBytes(14, properties);
         addCatalogRow(entry->definitionPage(), tablesContainer, entry->name(), table,
                       entry->m_isSystem ? systemObject : 0);
+    }
 }
 
 void AccessWriter::finish()

@@ -8,6 +8,7 @@
 
 #include <deque>
 #include <memory>
+#include <optional>
 
 /// Writes Access files of the Jet 4 format (.mdb), without indexes: demonstration databases, and
 /// the awkward ones that tests need.
@@ -38,6 +39,8 @@ struct Field
     int precision = 18;   ///< of a Numeric
     int scale = 0;        ///< of a Numeric
     bool dropped = false; ///< rows carry it, but the definition no longer lists it
+    /// Of a calculated column, whose `type` is not that of its values then.
+    std::optional<FieldType> resultType = {};
 };
 
 struct TableOptions
@@ -62,6 +65,8 @@ public:
     void setGuid(int field, const QUuid &value);
     void setText(int field, QStringView value);     ///< Text, Memo
     void setBytes(int field, QByteArrayView value); ///< Binary, Ole
+    /// A calculated column's value as stored; empty for one that is NULL.
+    void setResult(int field, QByteArrayView value);
 
     RowPlace append();
 
@@ -105,6 +110,7 @@ private:
     void setFixed(int field, const void *bytes, std::size_t size);
     void storeLongValue(Column &column);
     QByteArray definition(RowPlace ownedMap, RowPlace roomyMap) const;
+    QByteArray properties() const;
     void finish(UsageMaps &maps);
 
     PageFile &m_file;
@@ -138,6 +144,10 @@ public:
     TableWriter &addTable(const QString &name, const std::vector<Field> &fields,
                           const TableOptions &options = {});
 
+    /// Adds a table whose rows stand in another file, or where `connect` says.
+    void addLink(const QString &name, const QString &database, const QString &connect,
+                 const QString &foreignName);
+
     /// Completes the file and puts it in its place. Nothing else may be called afterwards.
     void finish();
 
@@ -147,7 +157,16 @@ private:
     void addCatalogRow(qint32 id, qint32 parent, const QString &name, int type, quint32 flags);
     void writeCatalog();
 
+    struct Link
+    {
+        QString name;
+        QString database;
+        QString connect;
+        QString foreignName;
+    };
+
     qint64 m_created;
+    std::vector<Link> m_links;
     PageFile m_file;
     std::deque<std::unique_ptr<TableWriter>> m_tables; ///< the system tables first
 };

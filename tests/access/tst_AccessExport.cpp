@@ -6,6 +6,7 @@
 #include <QTest>
 
 #include <cmath>
+#include <sys/stat.h>
 
 using namespace demo;
 using enum FieldType;
@@ -52,6 +53,46 @@ private Q_SLOTS:
                             "\"two\nlines\",0,,\n"));
         QCOMPARE(outcome.complaints, QByteArray());
         QCOMPARE(outcome.exitCode, 0);
+    }
+
+    void linkedTablesAndWarnings()
+    {
+        AccessWriter writer(m_path, 0);
+        TableWriter &table = writer.addTable("Own", {{"A"}});
+        table.append();
+        table.setStatedRows(3);
+        writer.addLink("Orders", "C:\\other.mdb", ";PWD=secret", "Order list");
+        writer.addLink("Remote", "", "ODBC;DRIVER={x;y};uid=me;PWD={se;SERVER=cret};Server=db01",
+                       "dbo.Remote");
+        writer.finish();
+        const QByteArray orders = "'Order list' in 'C:\\other.mdb'";
+        QCOMPARE(accessExport({m_path}).output,
+                 "Orders (linked to " + orders +
+                     ")\n"
+                     "Remote (linked to 'dbo.Remote' in 'ODBC;DRIVER={x;y};Server=db01')\n"
+                     "Own\n");
+        Outcome outcome = accessExport({m_path, "orders"});
+        QCOMPARE(outcome.exitCode, 1);
+        QVERIFY2(outcome.complaints.contains(orders) && outcome.complaints.contains("'Orders'"),
+                 outcome.complaints.constData());
+        outcome = accessExport({m_path, "Own"});
+        QCOMPARE(outcome.exitCode, 0);
+        QCOMPARE(outcome.output, QByteArray("A\n\n"));
+        QVERIFY2(outcome.complaints.contains("warning: '" + m_path.toUtf8() + "', table 'Own'") &&
+                     outcome.complaints.contains("states 3 rows, but 1 were found"),
+                 outcome.complaints.constData());
+    }
+
+    void doesNotWaitForPipes()
+    {
+        const QString pipe = m_folder.filePath("pipe.mdb");
+        QCOMPARE(::mkfifo(QFile::encodeName(pipe).constData(), 0600), 0);
+        for (const QString &path : {pipe, QString("/dev/zero"), m_folder.path()}) {
+            const Outcome outcome = accessExport({path});
+            QCOMPARE(outcome.exitCode, 1);
+            QVERIFY2(outcome.complaints.contains(path.toUtf8() + "': it is not a regular file"),
+                     outcome.complaints.constData());
+        }
     }
 
     /// The packaged reader as a witness, over many rows on many pages, deleted ones among them.

@@ -35,7 +35,11 @@ struct Jet3Column
 
 QByteArray dataPage(int owner, const QList<QByteArray> &rows)
 {
-    QByteArray page = QByteArray("\1\1\0\0", 4) + number(owner, 4) + number(rows.size(), 2);
+    const qsizetype size =
+        std::accumulate(rows.begin(), rows.end(), qsizetype(0),
+                        [](qsizetype sum, const QByteArray &row) { return sum + row.size(); });
+    QByteArray page = QByteArray("\1\1", 2) + number(pageSize - 10 - 2 * rows.size() - size, 2) +
+                      number(owner, 4) + number(rows.size(), 2);
     QByteArray content;
     for (const QByteArray &row : rows) {
         content.prepend(row);
@@ -133,11 +137,20 @@ class tst_AccessJet3 : public QObject
 private Q_SLOTS:
     void textInTheCodePageOfTheFile()
     {
-        const QMap<int, QString> texts{{1252, "\u00E6\u00E7"}, {1251, "\u0436\u0437"}};
+        const QMap<int, QString> texts{
+            {0, "\u00E6\u00E7"}, {1252, "\u00E6\u00E7"}, {1251, "\u0436\u0437"}};
         for (const int codePage : texts.keys()) {
             writeQuickly(m_path, jet3File(codePage, {{"\xE6\xE7"}, {""}}));
             QCOMPARE(readTable(m_path, "T"), Texts({{"0", texts[codePage]}, {"1", ""}}));
         }
+    }
+
+    void unknownCodePageIsAnError()
+    {
+        writeQuickly(m_path, jet3File(4711, {{"a"}}));
+        const Error error = errorOf(m_path, "T");
+        QVERIFY2(error.description.contains("code page 4711") && error.description.contains(m_path),
+                 qPrintable(error.description));
     }
 
     void rowsOfAllLengths()

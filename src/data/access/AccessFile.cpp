@@ -2,6 +2,7 @@
 
 #include "core/Error.h"
 #include "data/access/AccessFilePrivate.h"
+#include "data/access/Properties.h"
 #include "data/access/TableDefinition.h"
 
 #include <algorithm>
@@ -9,11 +10,6 @@
 namespace mdb {
 
 namespace {
-
-constexpr quint32 catalogPage = 2;
-constexpr qint64 tableObject = 1;
-constexpr quint32 systemFlags = 0x80000002;
-constexpr quint32 pageBits = 0x00FFFFFF;
 
 bool sameName(const QString &a, const QString &b)
 {
@@ -34,25 +30,9 @@ int Table::column(const QString &columnName) const
 AccessFile::AccessFile(const QString &path)
     : d(std::make_unique<Private>(path))
 {
-    const Table catalog = readDefinition(d->reader, QStringLiteral("MSysObjects"), catalogPage);
-    const int id = catalog.column(QStringLiteral("Id"));
-    const int name = catalog.column(QStringLiteral("Name"));
-    const int type = catalog.column(QStringLiteral("Type"));
-    const int flags = catalog.column(QStringLiteral("Flags"));
-    if (id < 0 || name < 0 || type < 0 || flags < 0) {
-        const Place place{path, catalog.name, catalogPage};
-        place.fail(QStringLiteral("the catalog lacks a column"));
-    }
-    RowCursor row(*this, catalog);
-    while (row.next()) {
-        if (row.integer(type) != tableObject)
-            continue;
-        Private::Entry entry;
-        entry.name = row.text(name);
-        entry.page = static_cast<quint32>(row.integer(id)) & pageBits;
-        entry.isSystem = static_cast<quint32>(row.integer(flags)) & systemFlags;
-        d->entries.push_back(std::move(entry));
-    }
+    d->catalog = readCatalogDefinition(d->reader);
+    for (CatalogEntry &entry : readCatalog(*this, d->catalog, d->reader))
+        d->entries.push_back({std::move(entry), nullptr});
 }
 
 AccessFile::~AccessFile() = default;
@@ -72,18 +52,49 @@ std::vector<QString> AccessFile::tableNames() const
     return names;
 }
 
+AccessFile::Private::Entry &AccessFile::Private::entry(const QString &name)
+{
+    const auto found = std::find_if(entries.begin(), entries.end(),
+                                    [&](const auto &one) { return sameName(one.name, name); });
+    if (found != entries.end())
+        return *found;
+    throw Error(ItemNotFound,
+                u'\'' + reader.path() + QStringLiteral("': there is no table '") + name + u'\'');
+}
+
+QString AccessFile::linkTarget(const QString &name) const
+{
+    return d->entry(name).linkTarget;
+}
+
 const Table &AccessFile::table(const QString &name)
 {
-    const auto entry = std::find_if(d->entries.begin(), d->entries.end(),
-                                    [&](const auto &one) { return sameName(one.name, name); });
-    if (entry == d->entries.end()) {
+    Private::Entry &entry = d->entry(name);
+    if (entry.table)
+        return *entry.table;
+    if (!entry.linkTarget.isEmpty()) {
         throw Error(ItemNotFound,
-                    u'\'' + path() + QStringLiteral("': there is no table '") + name + u'\'');
+                    Place{path(), entry.name}.message(
+                        QStringLiteral("its rows are not in this file, it is linked to ") +
+                        entry.linkTarget));
     }
-    if (!entry->table) {
-        entry->table = std::make_unique<Table>(readDefinition(d->reader, entry->name, entry->page));
+    auto table = std::make_unique<Table>(readDefinition(d->reader, entry.name, entry.page));
+    if (std::any_of(table->columns.begin(), table->columns.end(),
+                    [](const Column &column) { return column.isCalculated; })) {
+        const Place place{path(), entry.name, entry.page};
+        const QByteArray properties = readProperties(*this, d->catalog, entry);
+        setResultTypes(*table, resultTypes(properties, place), place);
     }
-    return *entry->table;
+    entry.table = std::move(table);
+    return *entry.table;
+}
+
+QStringList AccessFile::warnings() const
+{
+    QStringList texts;
+    for (const auto &[page, text] : d->warnings)
+        texts.append(text);
+    return texts;
 }
 
 void AccessFile::checkSize() const

@@ -1,6 +1,6 @@
 #pragma once
 
-#include <QString>
+#include <QStringList>
 #include <QtEndian>
 
 #include <cstdint>
@@ -12,8 +12,9 @@
 /// blocks, so that a file that shrinks or changes meanwhile gives an error and no crash.
 ///
 /// Every count, offset and page number of the file is checked before it is used. What breaks the
-/// format throws Error(InvalidFileFormat) that names the file, the table and the page; never fewer
-/// rows. Objects of one file belong to one thread.
+/// format throws Error(InvalidFileFormat) that names the file, the table and the page. The one
+/// thing that files state wrongly in practice is how many rows a table has: where fewer are found,
+/// they are given and AccessFile::warnings says so. Objects of one file belong to one thread.
 namespace mdb {
 
 enum class ColumnType : std::uint8_t {
@@ -39,15 +40,15 @@ enum class ColumnType : std::uint8_t {
 struct Column
 {
     QString name;
-    ColumnType type = ColumnType::Long;
-    int scale = 0; ///< decimals of a Numeric
+    ColumnType type = ColumnType::Long; ///< of the values; of a calculated column: of its results
+    int scale = 0;                      ///< decimals of a Numeric
     // Where the value stands in a row.
     bool isFixed = false;
     int number = 0;            ///< bit in the null mask
     int fixedOffset = 0;       ///< from the start of the fixed values
     int variableIndex = 0;     ///< place in the table of variable values
     int size = 0;              ///< bytes, for fixed types; most bytes for the others
-    bool isCalculated = false; ///< the value stands inside an envelope
+    bool isCalculated = false; ///< the value stands inside an envelope; never a fixed column
 };
 
 class RowCursor;
@@ -80,11 +81,20 @@ public:
 
     QString path() const;
 
-    /// Names of the user tables, in catalog order.
+    /// Names of the user tables, linked ones among them, in catalog order.
     std::vector<QString> tableNames() const;
 
-    /// A table by its name, without regard to case. Throws Error(ItemNotFound).
+    /// Where the rows of a linked table stand: "'TABLE' in 'PLACE'", without passwords. Empty for a
+    /// table of this file. Throws Error(ItemNotFound).
+    QString linkTarget(const QString &name) const;
+
+    /// A table by its name, without regard to case. Throws Error(ItemNotFound); also for a linked
+    /// table, whose target it names.
     const Table &table(const QString &name);
+
+    /// One message, which names file, table and page, for each table read so far of which fewer
+    /// rows were found than its definition states.
+    QStringList warnings() const;
 
     /// Looks whether all the file's pages are there; throws Error(InvalidFileFormat) when the file
     /// is shorter than when it was opened or no whole number of pages long.
@@ -99,8 +109,8 @@ private:
 /// Walks the live rows of a table in storage order. Fixed-size values are decoded straight from the
 /// page; no allocation per row. The table and the file have to outlive the cursor.
 ///
-/// Throws Error(InvalidFileFormat), on the way or behind the last row, when a page or a row is
-/// broken and when there are fewer rows than the definition states.
+/// Throws Error(InvalidFileFormat) when a page, a row or a value is broken, and when a value takes
+/// more memory than there is. A walk to the end adds to AccessFile::warnings what it found wanting.
 class RowCursor
 {
 public:
@@ -112,7 +122,7 @@ public:
     bool next();
 
     // Values of the present row by column number. NULL reads as 0 or empty.
-    bool isNull(int column) const;    ///< a Boolean is never NULL
+    bool isNull(int column) const;    ///< a Boolean is never NULL, unless calculated
     qint64 integer(int column) const; ///< Boolean (0, 1) and the integer types; others rounded
     double number(int column) const;  ///< any numeric type; DateTime as days since 1899-12-30
     qint64 instant(int column) const; ///< DateTime as milliseconds since 1970-01-01, rounded
@@ -120,6 +130,9 @@ public:
     QByteArray bytes(int column) const; ///< as stored; Ole and Memo as a whole
     /// Appends `text` as UTF-8, for exports: without a QString where the type needs none.
     void appendText(int column, QByteArray &out) const;
+
+    /// Throws Error(InvalidFileFormat) that names the place of the present row.
+    [[noreturn]] void fail(const QString &what) const;
 
 private:
     class Private;
@@ -131,6 +144,7 @@ private:
         return number < m_rowColumns &&
                (static_cast<unsigned char>(m_nullMask[number >> 3]) >> (number & 7) & 1);
     }
+    bool hasNoResult(const Column &column) const;
     qint64 otherInteger(const Column &column) const;
     double otherNumber(const Column &column) const;
 
@@ -144,7 +158,10 @@ private:
 
 inline bool RowCursor::isNull(int column) const
 {
-    return at(column).type != ColumnType::Boolean && !hasBit(at(column).number);
+    const Column &c = at(column);
+    if (c.isCalculated)
+        return hasNoResult(c);
+    return c.type != ColumnType::Boolean && !hasBit(c.number);
 }
 
 inline qint64 RowCursor::integer(int column) const

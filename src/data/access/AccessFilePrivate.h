@@ -1,7 +1,10 @@
 #pragma once
 
 #include "data/access/AccessFile.h"
+#include "data/access/Catalog.h"
 #include "data/access/PageReader.h"
+
+#include <map>
 
 namespace mdb {
 
@@ -13,16 +16,16 @@ public:
     {}
 
     /// A table as the catalog names it; its definition is read when it is asked for.
-    struct Entry
+    struct Entry : CatalogEntry
     {
-        QString name;
-        quint32 page = 0;
-        bool isSystem = false;
         std::unique_ptr<Table> table;
     };
+    Entry &entry(const QString &name);
 
     PageReader reader;
+    Table catalog;
     std::vector<Entry> entries;
+    std::map<int, QString> warnings; ///< by the table's definition page: one for each
 };
 
 } // namespace mdb

@@ -1,4 +1,3 @@
-#include "core/Error.h"
 #include "data/access/Values.h"
 
 #include <QStringDecoder>
@@ -57,7 +56,7 @@ constexpr CodePage codePages[] = {
 
 } // namespace
 
-QString codePageText(QByteArrayView bytes, int codePage)
+std::optional<QString> codePageText(QByteArrayView bytes, int codePage)
 {
     for (const CodePage &page : codePages) {
         if (page.number != codePage)
@@ -72,11 +71,9 @@ QString codePageText(QByteArrayView bytes, int codePage)
     }
     // The code pages of East Asia are left to the system's converter, where it has one.
     QStringDecoder decoder(QByteArray("windows-" + QByteArray::number(codePage)).constData());
-    if (!decoder.isValid()) {
-        throw Error(InvalidFileFormat,
-                    QStringLiteral("text in code page %1 cannot be read").arg(codePage));
-    }
-    return decoder(bytes);
+    if (!decoder.isValid())
+        return std::nullopt;
+    return QString(decoder(bytes));
 }
 
 } // namespace mdb

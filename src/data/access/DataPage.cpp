@@ -26,6 +26,12 @@ void readRowTable(const Format &format, QByteArrayView page, const Place &place,
         }
         end = slot.start;
     }
+    const int stated = load<quint16>(bytes + freeSpaceOffset);
+    if (stated != end - tableEnd) {
+        place.fail(QStringLiteral("the page states %1 free bytes, but its rows leave %2")
+                       .arg(stated)
+                       .arg(end - tableEnd));
+    }
 }
 
 QByteArrayView rowBytes(PageReader &reader, RowPointer pointer, const Place &place, RowSlot *slot)

@@ -15,8 +15,9 @@ struct RowSlot
     bool isPointer() const { return flags & pointerRow; }
 };
 
-/// The row table of a data page, checked as a whole: offsets fall from row to row, and no row
-/// reaches into the table. `slots` keeps its memory from page to page.
+/// The row table of a data page, checked as a whole: offsets fall from row to row, no row reaches
+/// into the table, and what lies free between them is as much as the page states. `slots` keeps its
+/// memory from page to page.
 void readRowTable(const Format &format, QByteArrayView page, const Place &place,
                   std::vector<RowSlot> &slots);
 

@@ -10,6 +10,9 @@ enum PageType : quint8 {
     UsageMapPage = 5,
 };
 
+/// Where a data page states how many bytes lie free between its row table and its rows.
+inline constexpr int freeSpaceOffset = 2;
+
 /// Flags in the two high bits of a row's offset.
 inline constexpr quint16 deletedRow = 0x8000; ///< not to be shown: deleted, or reached by a pointer
 inline constexpr quint16 pointerRow = 0x4000; ///< holds a pointer to where the row stands

@@ -25,20 +25,29 @@ QByteArrayView longRow(PageReader &reader, RowPointer pointer, const Place &plac
     return row;
 }
 
+/// Follows a chain from part to part: a pointer to the next one, 0 in the last, then bytes.
 QByteArray readChain(PageReader &reader, RowPointer pointer, qsizetype length, const Place &place)
 {
-    // Each part takes bytes from what is left, so that a ring ends.
+    // A ring ends, as each part takes bytes from a length that the file itself bounds.
     QByteArray value;
-    while (value.size() < length) {
+    for (;;) {
         const Place here{place.file, place.table, pointer.page};
         const QByteArrayView row = longRow(reader, pointer, place);
-        const qsizetype take = std::min(length - value.size(), row.size() - 4);
-        if (take <= 0)
+        const qsizetype size = row.size() - 4;
+        if (size <= 0)
             here.fail(QStringLiteral("a part of a long value is empty"));
-        pointer = RowPointer::from(load<quint32>(row.data()));
-        value += row.sliced(4, take);
+        const auto next = load<quint32>(row.data());
+        value += row.sliced(4, std::min(length - value.size(), size));
+        if (next == 0 && value.size() == length)
+            return value;
+        if (next == 0 || value.size() == length) {
+            here.fail(QStringLiteral("a long value of %1 bytes %2")
+                          .arg(length)
+                          .arg(next == 0 ? QStringLiteral("ends after %1").arg(value.size())
+                                         : QStringLiteral("goes on after its last one")));
+        }
+        pointer = RowPointer::from(next);
     }
-    return value;
 }
 
 } // namespace
@@ -52,6 +61,8 @@ QByteArray readLongValue(PageReader &reader, QByteArrayView stored, const Place 
         return bytes.part(headerSize, length).toByteArray();
     if (length == 0)
         return {};
+    if (length > reader.fileSize())
+        place.fail(QStringLiteral("a long value of %1 bytes is longer than the file").arg(length));
 
     const RowPointer pointer = RowPointer::from(bytes.number(4));
     if (!(header & valueInOneRow))

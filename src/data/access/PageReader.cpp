@@ -14,6 +14,7 @@ namespace {
 constexpr int headerStart = 0x18; ///< from here on page 0 is encoded with a fixed key
 constexpr int headerLength = 126;
 constexpr int codePageOffset = 0x3C;
+constexpr int defaultCodePage = 1252; ///< what Access reads a file by that names none
 constexpr int keyOffset = 0x3E;
 constexpr std::array<quint8, 4> headerKey = {0xC7, 0xDA, 0x39, 0x6B};
 
@@ -73,6 +74,8 @@ void PageReader::readHeader()
     m_format = version == 0 ? &jet3Format : &jet4Format;
     applyKey(headerKey, header.data() + headerStart, headerLength);
     m_codePage = load<quint16>(header.constData() + codePageOffset);
+    if (m_codePage == 0)
+        m_codePage = defaultCodePage;
     m_key = load<quint32>(header.constData() + keyOffset);
     if (version > 1 && m_key != 0)
         throw Error(PermissionDenied, quoted + QStringLiteral(" is encrypted with a password"));
@@ -82,7 +85,7 @@ void PageReader::requirePage(quint32 page, const Place &place)
 {
     if (page < m_pages)
         return;
-    m_pages = std::max(m_pages, wholePages());
+    m_pages = std::max(m_pages, pageCount());
     if (page < m_pages)
         return;
     place.fail(QStringLiteral("the page does not exist, the file has %1 pages").arg(m_pages));
@@ -95,11 +98,11 @@ void PageReader::readBlock(quint32 first, quint32 count, char *out, const Place 
     const qint64 wanted = count * pageSize;
     qint64 got = 0;
     if (!m_file.seek(first * pageSize))
-        throw Error(DeviceIO, u'\'' + m_path + QStringLiteral("': ") + m_file.errorString());
+        throw Error(DeviceIO, place.message(m_file.errorString()));
     while (got < wanted) {
         const qint64 read = m_file.read(out + got, wanted - got);
         if (read < 0)
-            throw Error(DeviceIO, u'\'' + m_path + QStringLiteral("': ") + m_file.errorString());
+            throw Error(DeviceIO, place.message(m_file.errorString()));
         if (read == 0)
             place.fail(QStringLiteral("the file has become shorter while it was read"));
         got += read;
@@ -155,7 +158,7 @@ void PageReader::forget()
 
 void PageReader::checkSize()
 {
-    const qint64 pages = wholePages();
+    const qint64 pages = pageCount();
     const Place end{m_path, {}, pages};
     if (pages < m_pages)
         end.fail(QStringLiteral("the file has become shorter, it had %1 pages").arg(m_pages));

@@ -23,8 +23,12 @@ public:
     const Format &format() const { return *m_format; }
     int codePage() const { return m_codePage; } ///< of the texts of a Jet 3 file
 
-    /// Pages in the file; looks at the file again before it fails, because a file may grow.
-    /// Fails at `place` when the file does not hold the page.
+    /// Bytes and whole pages that the file has now.
+    qint64 fileSize() const { return m_file.size(); }
+    qint64 pageCount() const { return fileSize() / m_format->pageSize; }
+
+    /// Fails at `place` when the file does not hold the page; looks at the file again before, as it
+    /// may have grown.
     void requirePage(quint32 page, const Place &place);
 
     /// Reads pages `first` to `first + count - 1` in one go. `out` has room for them.
@@ -50,7 +54,6 @@ private:
     };
 
     void readHeader();
-    qint64 wholePages() const { return m_file.size() / m_format->pageSize; }
     void decode(quint32 page, char *bytes) const;
 
     QString m_path;

@@ -11,7 +11,10 @@ struct Place
     QString table;    ///< empty outside of a table
     qint64 page = -1; ///< -1 where no page is at fault
 
-    /// Throws Error(InvalidFileFormat): "'FILE', table 'TABLE', page PAGE: what".
+    /// "'FILE', table 'TABLE', page PAGE: what".
+    QString message(const QString &what) const;
+
+    /// Throws Error(InvalidFileFormat) with that message.
     [[noreturn]] void fail(const QString &what) const;
 };
 

@@ -9,7 +9,9 @@
 #include "data/access/Values.h"
 
 #include <algorithm>
+#include <new>
 #include <optional>
+#include <stdexcept>
 
 namespace mdb {
 
@@ -22,15 +24,21 @@ constexpr int mostPointers = 16; ///< a row is moved on by one pointer; more tha
 constexpr int envelopeSize = 20; ///< in front of a calculated value
 constexpr int envelopeLength = 16;
 
+bool isLong(const Column &column)
+{
+    return column.type == ColumnType::Ole || column.type == ColumnType::Memo;
+}
+
 } // namespace
 
 class RowCursor::Private
 {
 public:
-    Private(PageReader &pageReader, const Table &ofTable)
-        : reader(pageReader)
+    Private(AccessFile::Private &ofFile, const Table &ofTable)
+        : file(ofFile)
+        , reader(ofFile.reader)
         , table(ofTable)
-        , layout(pageReader.format(), ofTable)
+        , layout(ofFile.reader.format(), ofTable)
     {
         place = {reader.path(), table.name, table.definitionPage};
         reader.forget();
@@ -42,11 +50,10 @@ public:
 
     bool nextPage();
     void readBlock(quint32 first);
-    void checkOwner(QByteArrayView page, const Place &here) const;
+    bool belongsToTable(QByteArrayView bytes) const;
+    bool isGivenUp(quint32 number);
+    void checkOwner(QByteArrayView bytes, const Place &here) const;
     void followPointer(const RowSlot &slot);
-    bool takesPage(QByteArrayView page);
-    void countDeleted(const RowSlot &slot);
-    bool countsDeletedRows(qint64 stated) const;
     void checkRowCount();
 
     const char *fixedValue(const Column &column) const
@@ -55,24 +62,35 @@ public:
     }
     QByteArrayView stored(const Column &column) const;
     QByteArrayView sized(const Column &column, qsizetype size) const;
-    QByteArray longValue(const Column &column) const
-    {
-        return readLongValue(reader, stored(column), place);
-    }
+    QByteArrayView result(const Column &column, QByteArrayView envelope) const;
+    bool hasValue(const Column &column) const;
+    QByteArray longValue(const Column &column) const;
+    QByteArray numericOf(const Column &column) const;
     QString textOf(const Column &column, QByteArrayView bytes) const;
     qint64 instantOf(const Column &column) const;
-    [[noreturn]] void failDate(const Column &column) const;
+    [[noreturn]] void failValue(const Column &column, const QString &what) const;
 
+    /// Gives what `make` does of a column's value, for which memory may be wanting.
+    template <typename Make>
+    auto made(const Column &column, Make make) const
+    {
+        try {
+            return make();
+        } catch (const std::bad_alloc &) {
+            failValue(column, notEnoughMemory());
+        } catch (const std::length_error &) {
+            failValue(column, notEnoughMemory());
+        }
+    }
+    static QString notEnoughMemory() { return QStringLiteral("needs more memory than there is"); }
+
+    AccessFile::Private &file;
     PageReader &reader;
     const Table &table;
     RowLayout layout;
     Place place; ///< the page that the walk is on
     qint64 statedRows = 0;
     qint64 foundRows = 0;
-    qint64 deletedRows = 0;       ///< rows flagged as deleted, moved rows that a pointer names not
-                                  ///< among them once the walk is done
-    qint64 halfDeletedRows = 0;   ///< those of them that carry the one flag alone
-    std::optional<Error> foreign; ///< about the first page that is none of the table's
 
     std::vector<quint32> pages;
     size_t pageAt = 0; ///< next one to visit
@@ -89,7 +107,7 @@ public:
 
 RowCursor::RowCursor(AccessFile &file, const Table &table)
     : m_columns(table.columns.data())
-    , d(std::make_unique<Private>(file.d->reader, table))
+    , d(std::make_unique<Private>(*file.d, table))
 {}
 
 RowCursor::~RowCursor() = default;
@@ -100,10 +118,8 @@ bool RowCursor::next()
     for (;;) {
         while (d->slotAt < d->slots.size()) {
             const RowSlot &slot = d->slots[d->slotAt++];
-            if (slot.isDeleted()) {
-                d->countDeleted(slot);
+            if (slot.isDeleted())
                 continue;
-            }
             ++d->foundRows;
             if (slot.isPointer())
                 d->followPointer(slot);
@@ -135,31 +151,26 @@ bool RowCursor::Private::nextPage()
     page =
         block.constData() + static_cast<qsizetype>(number - blockFirst) * reader.format().pageSize;
     const QByteArrayView bytes(page, reader.format().pageSize);
-    if (takesPage(bytes))
-        readRowTable(reader.format(), bytes, place, slots);
+    if (!belongsToTable(bytes) && isGivenUp(number))
+        return true;
+    checkOwner(bytes, place);
+    readRowTable(reader.format(), bytes, place, slots);
     return true;
 }
 
-/// Whether a page of the table's map holds rows of the table. Maps keep pages that were given back
-/// now and then: whether one that belongs to another table is such a page, or damaged, is known
-/// once the rows are counted.
-bool RowCursor::Private::takesPage(QByteArrayView bytes)
+bool RowCursor::Private::belongsToTable(QByteArrayView bytes) const
 {
-    try {
-        checkOwner(bytes, place);
-        return true;
-    } catch (const Error &error) {
-        if (!foreign)
-            foreign = error;
-        return false;
-    }
+    return bytes[0] == DataPage &&
+           load<quint32>(bytes.data() + ownerOffset) == static_cast<quint32>(table.definitionPage);
 }
 
-void RowCursor::Private::countDeleted(const RowSlot &slot)
+/// Whether the table's map no longer names a page: the file's owner may delete rows meanwhile.
+bool RowCursor::Private::isGivenUp(quint32 number)
 {
-    ++deletedRows;
-    if (!slot.isPointer())
-        ++halfDeletedRows;
+    reader.forget();
+    const std::vector<quint32> present =
+        ownedPages(reader, readState(reader, table).ownedPages, place);
+    return !std::binary_search(present.begin(), present.end(), number);
 }
 
 /// Reads the run of pages that begins with `first`, as far as the table's pages lie close together.
@@ -179,14 +190,14 @@ void RowCursor::Private::readBlock(quint32 first)
 
 void RowCursor::Private::checkOwner(QByteArrayView bytes, const Place &here) const
 {
+    if (belongsToTable(bytes))
+        return;
     if (bytes[0] != DataPage) {
         here.fail(QStringLiteral("the page is of type %1, not a data page")
                       .arg(static_cast<quint8>(bytes[0])));
     }
-    const auto owner = load<quint32>(bytes.data() + ownerOffset);
-    if (owner != static_cast<quint32>(table.definitionPage)) {
-        here.fail(QStringLiteral("the page belongs to the table defined on page %1").arg(owner));
-    }
+    here.fail(QStringLiteral("the page belongs to the table defined on page %1")
+                  .arg(load<quint32>(bytes.data() + ownerOffset)));
 }
 
 void RowCursor::Private::followPointer(const RowSlot &slot)
@@ -205,12 +216,8 @@ void RowCursor::Private::followPointer(const RowSlot &slot)
             here.fail(QStringLiteral("row %1 is pointed to, yet also stands for itself")
                           .arg(pointer.row));
         }
-        if (target.isPointer()) {
-            --deletedRows;
+        if (target.isPointer())
             continue;
-        }
-        --deletedRows; // the walk meets it as a deleted row
-        --halfDeletedRows;
         moved = bytes.toByteArray();
         row = layout.view(moved.constData(), moved.constData() + moved.size(), here);
         return;
@@ -218,64 +225,90 @@ void RowCursor::Private::followPointer(const RowSlot &slot)
     here.fail(QStringLiteral("a row's pointers form a ring"));
 }
 
-/// Some programs flag rows as deleted without counting them off. The count then is that of all
-/// rows; a single row that carries one flag alone may as well be a live one with a bit flipped.
-bool RowCursor::Private::countsDeletedRows(qint64 stated) const
-{
-    return stated == foundRows + deletedRows && (deletedRows > 1 || halfDeletedRows == 0);
-}
-
 /// The count in the definition is no measure of what there should be: it is 0 after an unclean
-/// close, and other programs add and delete rows meanwhile. Yet fewer rows than it states both
-/// before and after the walk are rows lost.
+/// close, other programs add and delete rows meanwhile, and some do not count. Yet where it states
+/// more rows both before and after the walk than were found, rows may be lost.
 void RowCursor::Private::checkRowCount()
 {
     place.page = table.definitionPage;
-    if (foreign && (statedRows == 0 || foundRows < statedRows))
-        throw Error(*foreign);
     if (foundRows >= statedRows)
         return;
     reader.forget();
     const qint64 stated = std::min(statedRows, readState(reader, table).statedRows);
-    if (foundRows < stated && !countsDeletedRows(stated)) {
-        place.fail(QStringLiteral("the table states %1 rows, but only %2 can be found")
-                       .arg(stated)
-                       .arg(foundRows));
-    }
+    if (foundRows >= stated)
+        return;
+    file.warnings[table.definitionPage] = place.message(
+        QStringLiteral("the table states %1 rows, but %2 were found").arg(stated).arg(foundRows));
 }
 
-/// The bytes of a value that is not NULL, out of its envelope if it has one.
+/// The bytes of a value that is not NULL, out of its envelope if it has one; of a long value where
+/// it stands.
 QByteArrayView RowCursor::Private::stored(const Column &column) const
 {
-    QByteArrayView bytes;
     if (column.isFixed)
-        bytes = {fixedValue(column), column.size};
-    else
-        bytes = layout.variableValue(row, column.variableIndex, place);
-    if (!column.isCalculated || column.type == ColumnType::Memo)
-        return bytes;
-    const Bytes envelope(bytes, place);
-    return envelope.part(envelopeSize, envelope.number(envelopeLength));
+        return {fixedValue(column), column.size};
+    const QByteArrayView bytes = layout.variableValue(row, column.variableIndex, place);
+    return column.isCalculated && !isLong(column) ? result(column, bytes) : bytes;
+}
+
+/// What is inside the envelope of a calculated value; empty when it is NULL.
+QByteArrayView RowCursor::Private::result(const Column &column, QByteArrayView envelope) const
+{
+    if (envelope.isEmpty())
+        return {};
+    if (envelope.size() < envelopeSize)
+        failValue(column, QStringLiteral("is too short"));
+    const auto size = load<quint32>(envelope.data() + envelopeLength);
+    if (size > envelope.size() - envelopeSize)
+        failValue(column, QStringLiteral("is longer than its envelope"));
+    return envelope.sliced(envelopeSize, size);
+}
+
+bool RowCursor::Private::hasValue(const Column &column) const
+{
+    if (!row.hasBit(column.number))
+        return false;
+    if (!column.isCalculated)
+        return true;
+    return isLong(column) ? !longValue(column).isEmpty() : !stored(column).isEmpty();
+}
+
+QByteArray RowCursor::Private::longValue(const Column &column) const
+{
+    return made(column, [&] {
+        const QByteArray value = readLongValue(reader, stored(column), place);
+        return column.isCalculated ? result(column, value).toByteArray() : value;
+    });
+}
+
+QByteArray RowCursor::Private::numericOf(const Column &column) const
+{
+    if (!column.isCalculated)
+        return numericText(sized(column, 17), column.scale);
+    if (const std::optional<QByteArray> text = calculatedNumericText(stored(column)))
+        return *text;
+    failValue(column, QStringLiteral("is not a number"));
 }
 
 QByteArrayView RowCursor::Private::sized(const Column &column, qsizetype size) const
 {
     const QByteArrayView bytes = stored(column);
-    if (bytes.size() < size) {
-        place.fail(QStringLiteral("a value of column '") + column.name +
-                   QStringLiteral("' is too short"));
-    }
+    if (bytes.size() < size)
+        failValue(column, QStringLiteral("is too short"));
     return bytes;
 }
 
 QString RowCursor::Private::textOf(const Column &column, QByteArrayView bytes) const
 {
-    if (reader.format().isJet3())
-        return codePageText(bytes, reader.codePage());
-    if (const std::optional<QString> text = jet4Text(bytes))
+    const bool isJet3 = reader.format().isJet3();
+    const std::optional<QString> text = made(
+        column, [&] { return isJet3 ? codePageText(bytes, reader.codePage()) : jet4Text(bytes); });
+    if (text)
         return *text;
-    place.fail(QStringLiteral("a text of column '") + column.name +
-               QStringLiteral("' ends within a character"));
+    failValue(
+        column,
+        isJet3 ? QStringLiteral("is in code page %1, which cannot be read").arg(reader.codePage())
+               : QStringLiteral("ends within a character"));
 }
 
 qint64 RowCursor::Private::instantOf(const Column &column) const
@@ -287,13 +320,22 @@ qint64 RowCursor::Private::instantOf(const Column &column) const
         instant = instantOfDays(load<double>(sized(column, 8).data()));
     if (instant)
         return *instant;
-    failDate(column);
+    failValue(column, QStringLiteral("is not a valid date"));
 }
 
-void RowCursor::Private::failDate(const Column &column) const
+void RowCursor::Private::failValue(const Column &column, const QString &what) const
 {
-    place.fail(QStringLiteral("a value of column '") + column.name +
-               QStringLiteral("' is no date"));
+    place.fail(QStringLiteral("a value of column '%1' ").arg(column.name) + what);
+}
+
+void RowCursor::fail(const QString &what) const
+{
+    d->place.fail(what);
+}
+
+bool RowCursor::hasNoResult(const Column &c) const
+{
+    return !d->hasValue(c);
 }
 
 qint64 RowCursor::instant(int column) const
@@ -302,17 +344,17 @@ qint64 RowCursor::instant(int column) const
     if (!hasBit(c.number))
         return 0;
     if (c.type != ColumnType::DateTime || !c.isFixed)
-        return d->instantOf(c);
+        return d->hasValue(c) ? d->instantOf(c) : 0;
     if (const auto instant = instantOfDays(load<double>(m_fixed + c.fixedOffset)))
         return *instant;
-    d->failDate(c);
+    d->failValue(c, QStringLiteral("is not a valid date"));
 }
 
 qint64 RowCursor::otherInteger(const Column &c) const
 {
     if (c.type == ColumnType::Boolean && !c.isCalculated)
         return hasBit(c.number);
-    if (!hasBit(c.number))
+    if (!d->hasValue(c))
         return 0;
     switch (c.type) {
     case ColumnType::Boolean:
@@ -333,7 +375,7 @@ qint64 RowCursor::otherInteger(const Column &c) const
 
 double RowCursor::otherNumber(const Column &c) const
 {
-    if (c.type != ColumnType::Boolean && !hasBit(c.number))
+    if (c.type != ColumnType::Boolean && !d->hasValue(c))
         return 0;
     switch (c.type) {
     case ColumnType::Single:
@@ -344,7 +386,7 @@ double RowCursor::otherNumber(const Column &c) const
     case ColumnType::Currency:
         return static_cast<double>(load<qint64>(d->sized(c, 8).data())) / 10'000;
     case ColumnType::Numeric:
-        return numericText(d->sized(c, 17), c.scale).toDouble();
+        return d->numericOf(c).toDouble();
     case ColumnType::Text:
         return d->textOf(c, d->stored(c)).toDouble();
     case ColumnType::Boolean:
@@ -364,7 +406,7 @@ QByteArray RowCursor::bytes(int column) const
     if (isNull(column))
         return {};
     const Column &c = at(column);
-    if (c.type == ColumnType::Ole || c.type == ColumnType::Memo)
+    if (isLong(c))
         return d->longValue(c);
     return d->stored(c).toByteArray();
 }
@@ -401,7 +443,7 @@ void RowCursor::appendText(int column, QByteArray &out) const
         out += decimalText(load<qint64>(d->sized(c, 8).data()), 4);
         return;
     case ColumnType::Numeric:
-        out += numericText(d->sized(c, 17), c.scale);
+        out += d->numericOf(c);
         return;
     case ColumnType::Guid:
         out += guidText(d->sized(c, 16));

@@ -24,8 +24,10 @@ RowLayout::RowLayout(const Format &format, const Table &table)
         for (auto i = static_cast<size_t>(column.number) + 1; i < m_fixedEnd.size(); ++i)
             m_fixedEnd[i] = std::max(m_fixedEnd[i], end);
     }
-    if (table.variableColumns == 0 && table.columns.size() + 1 == m_fixedEnd.size())
+    if (table.variableColumns == 0 && table.columns.size() + 1 == m_fixedEnd.size()) {
         m_wholeRow = m_fixedEnd.back() + (table.mostColumns + 7) / 8;
+        m_hasOnlyBooleans = m_fixedEnd.back() == format.rowHeaderSize;
+    }
 }
 
 RowView RowLayout::view(const char *begin, const char *end, const Place &place) const
@@ -39,9 +41,31 @@ RowView RowLayout::view(const char *begin, const char *end, const Place &place) 
     const int maskSize = (columns + 7) / 8;
     if (size < m_fixedEnd[static_cast<size_t>(columns)] + maskSize)
         place.fail(QStringLiteral("a row is shorter than its columns need"));
+    if (m_hasOnlyBooleans)
+        return {begin, end, maskOfBooleans(begin, end, columns, place), columns};
     if (m_wholeRow > 0 && size > m_wholeRow)
         place.fail(QStringLiteral("a row is longer than its columns can be"));
     return {begin, end, end - maskSize, columns};
+}
+
+/// Where the null mask begins in a row that has nothing else, or the count of variable values in
+/// front of the mask or behind it: 0, as many bytes as the row's header.
+const char *RowLayout::maskOfBooleans(const char *begin, const char *end, int columns,
+                                      const Place &place) const
+{
+    const int header = m_format->rowHeaderSize;
+    const int maskSize = (columns + 7) / 8;
+    const qsizetype further = end - begin - header - maskSize;
+    if (further == 0)
+        return begin + header;
+    const auto isZero = [header](const char *at) {
+        return std::all_of(at, at + header, [](char byte) { return byte == 0; });
+    };
+    if (further == header && isZero(begin + header))
+        return end - maskSize;
+    if (further == header && isZero(end - header))
+        return begin + header;
+    place.fail(QStringLiteral("a row is longer than its columns can be"));
 }
 
 QByteArrayView RowLayout::variableValue(const RowView &row, int variableIndex,

@@ -10,7 +10,8 @@ namespace mdb {
 
 /// One row's bytes. A row is: the count of its columns; the fixed values; the variable values; the
 /// table of where those begin, in reverse; their count; the null mask. A table without variable
-/// columns has the fixed values and the null mask only.
+/// columns has the fixed values and the null mask only; one of Booleans alone may have the count,
+/// which is 0, as well.
 struct RowView
 {
     const char *begin = nullptr;
@@ -44,12 +45,15 @@ public:
     QByteArrayView variableValue(const RowView &row, int variableIndex, const Place &place) const;
 
 private:
+    const char *maskOfBooleans(const char *begin, const char *end, int columns,
+                               const Place &place) const;
     QByteArrayView jet3Value(const RowView &row, int index, const Place &place) const;
     QByteArrayView jet4Value(const RowView &row, int index, const Place &place) const;
 
     const Format *m_format;
     std::vector<int> m_fixedEnd; ///< by count of columns: where the last fixed value ends
     int m_wholeRow = 0;          ///< most bytes of a row; 0 when that depends on its values
+    bool m_hasOnlyBooleans = false;
 };
 
 } // namespace mdb

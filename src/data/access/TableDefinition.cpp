@@ -62,12 +62,15 @@ int typeSize(ColumnType type)
     }
 }
 
+bool isKnownType(quint8 code)
+{
+    return (code >= 1 && code <= 12) || code == 15 || code == 16 || (code >= 18 && code <= 20);
+}
+
 /// The type of a stored code; types that Access does not show are read as bytes.
 ColumnType columnType(quint8 code)
 {
-    const bool known =
-        (code >= 1 && code <= 12) || code == 15 || code == 16 || (code >= 18 && code <= 20);
-    return known ? static_cast<ColumnType>(code) : ColumnType::Binary;
+    return isKnownType(code) ? static_cast<ColumnType>(code) : ColumnType::Binary;
 }
 
 Column readColumn(const Format &format, const Bytes &bytes, int at, const Place &place)
@@ -95,13 +98,16 @@ Column readColumn(const Format &format, const Bytes &bytes, int at, const Place 
     return column;
 }
 
-QString readName(PageReader &reader, const Bytes &bytes, int &at)
+QString readName(PageReader &reader, const Bytes &bytes, int &at, const Place &place)
 {
     if (reader.format().isJet3()) {
         const int length = bytes.byte(at);
-        const QString name = codePageText(bytes.part(at + 1, length), reader.codePage());
+        const auto name = codePageText(bytes.part(at + 1, length), reader.codePage());
+        if (!name)
+            place.fail(
+                QStringLiteral("text in code page %1 cannot be read").arg(reader.codePage()));
         at += 1 + length;
-        return name;
+        return *name;
     }
     const int length = bytes.word(at);
     const QByteArrayView units = bytes.part(at + 2, length);
@@ -125,6 +131,10 @@ void checkPlaces(const Table &table, const Place &place)
         }
     };
     for (const Column &column : table.columns) {
+        if (column.isCalculated && column.isFixed) {
+            place.fail(QStringLiteral("calculated column '") + column.name +
+                       QStringLiteral("' is among those of fixed size"));
+        }
         claim(numbers, column.number, 1, column);
         if (!column.isFixed) {
             claim(variable, column.variableIndex, 1, column);
@@ -165,9 +175,31 @@ Table readDefinition(PageReader &reader, const QString &name, quint32 page)
     for (int i = 0; i < columns; ++i, at += format.columnSize)
         table.columns.push_back(readColumn(format, bytes, at, place));
     for (Column &column : table.columns)
-        column.name = readName(reader, bytes, at);
+        column.name = readName(reader, bytes, at, place);
     checkPlaces(table, place);
     return table;
+}
+
+bool isDefinitionPage(PageReader &reader, quint32 page)
+{
+    if (page >= reader.pageCount())
+        return false;
+    return reader.page(page, Place{reader.path(), {}, page})[0] == DefinitionPage;
+}
+
+void setResultTypes(Table &table, const QHash<QString, quint8> &types, const Place &place)
+{
+    for (Column &column : table.columns) {
+        const auto type = types.constFind(column.name.toCaseFolded());
+        if (!column.isCalculated || type == types.cend())
+            continue;
+        if (!isKnownType(*type)) {
+            place.fail(QStringLiteral("column '%1' has results of the unknown type %2")
+                           .arg(column.name)
+                           .arg(*type));
+        }
+        column.type = columnType(*type);
+    }
 }
 
 TableState readState(PageReader &reader, const Table &table)

@@ -55,6 +55,29 @@ QByteArray withPoint(QByteArray digits, int scale, bool negative)
     return digits;
 }
 
+/// A whole number of 128 bits, the highest word first, with `scale` decimals.
+QByteArray scaledText(std::array<quint32, 4> words, int scale, bool negative)
+{
+    constexpr quint64 groupSize = 1'000'000'000; // nine digits at a time
+    QByteArray digits;
+    while (words != std::array<quint32, 4>{}) {
+        quint64 rest = 0;
+        for (quint32 &word : words) {
+            const quint64 value = rest << 32 | word;
+            word = static_cast<quint32>(value / groupSize);
+            rest = value % groupSize;
+        }
+        digits.prepend(QByteArray::number(rest).rightJustified(9, '0'));
+    }
+    qsizetype zeros = 0;
+    while (zeros < digits.size() && digits[zeros] == '0')
+        ++zeros;
+    digits.remove(0, zeros);
+    if (digits.isEmpty())
+        digits = "0";
+    return withPoint(digits, scale, negative);
+}
+
 } // namespace
 
 std::optional<qint64> instantOfExtendedDate(QByteArrayView bytes)
@@ -116,25 +139,34 @@ QByteArray numericText(QByteArrayView bytes, int scale)
     std::array<quint32, 4> words;
     for (qsizetype i = 0; i < 4; ++i)
         words[static_cast<size_t>(i)] = load<quint32>(bytes.data() + 1 + 4 * i);
+    return scaledText(words, scale, bytes[0] != 0);
+}
 
-    constexpr quint64 groupSize = 1'000'000'000; // nine digits at a time
-    QByteArray digits;
-    while (words != std::array<quint32, 4>{}) {
-        quint64 rest = 0;
-        for (quint32 &word : words) {
-            const quint64 value = rest << 32 | word;
-            word = static_cast<quint32>(value / groupSize);
-            rest = value % groupSize;
-        }
-        digits.prepend(QByteArray::number(rest).rightJustified(9, '0'));
+std::optional<QByteArray> calculatedNumericText(QByteArrayView bytes)
+{
+    constexpr int header = 4;
+    constexpr int maxScale = 28;
+    if (bytes.size() < header + 4)
+        return std::nullopt;
+    const int following = load<quint16>(bytes.data());
+    const qsizetype whole = following == 0 ? bytes.size() : following + 2;
+    const qsizetype size = (whole - header) / 4 * 4; // further bytes have no meaning
+    const int scale = static_cast<quint8>(bytes[2]);
+    if (whole > bytes.size() || size < 4 || size > 16 || scale > maxScale)
+        return std::nullopt;
+    // Numbers of 64 bits, the highest first; where that leaves 32 bits over, they come before.
+    std::array<quint32, 4> words{};
+    const char *at = bytes.data() + header;
+    auto word = words.size() - static_cast<size_t>(size) / 4;
+    if (word % 2 != 0) {
+        words[word++] = load<quint32>(at);
+        at += 4;
     }
-    qsizetype zeros = 0;
-    while (zeros < digits.size() && digits[zeros] == '0')
-        ++zeros;
-    digits.remove(0, zeros);
-    if (digits.isEmpty())
-        digits = "0";
-    return withPoint(digits, scale, bytes[0] != 0);
+    for (; word < words.size(); word += 2, at += 8) {
+        words[word] = load<quint32>(at + 4);
+        words[word + 1] = load<quint32>(at);
+    }
+    return scaledText(words, scale, bytes[3] != 0);
 }
 
 QByteArray guidText(QByteArrayView bytes)

@@ -41,14 +41,18 @@ std::optional<QString> jet4Text(QByteArrayView bytes);
 /// Two bytes a character, without a mark. An odd last byte is dropped.
 QString unicodeText(QByteArrayView bytes);
 
-/// Text in a Windows code page. Throws Error(InvalidFileFormat) for one that is not known.
-QString codePageText(QByteArrayView bytes, int codePage);
+/// Text in a Windows code page. Nothing for one that is not known.
+std::optional<QString> codePageText(QByteArrayView bytes, int codePage);
 
 /// Whole number `mantissa` with `scale` decimals, trailing zeros of the fraction removed.
 QByteArray decimalText(qint64 mantissa, int scale);
 
 /// A Numeric value (17 bytes: sign, then four words of 32 bits, the highest first).
 QByteArray numericText(QByteArrayView bytes, int scale);
+
+/// The Numeric of a calculated column: how many bytes follow (16 bits; 0: all), scale, sign, then a
+/// whole number of 4 to 16 bytes. Nothing when it is not of that form.
+std::optional<QByteArray> calculatedNumericText(QByteArrayView bytes);
 
 /// "{00112233-4455-6677-8899-AABBCCDDEEFF}" (16 bytes).
 QByteArray guidText(QByteArrayView bytes);

@@ -1,5 +1,7 @@
 /// access-export FILE [TABLE]: lists the user tables of an Access file, or prints one as CSV, its
-/// columns in the order of their numbers.
+/// columns in the order of their numbers. A linked table is listed with where its rows stand:
+/// "NAME (linked to 'TABLE' in 'PLACE')". Fewer rows than a table states are a warning on standard
+/// error; the status stays 0.
 ///
 /// UTF-8, one record a line ("\n"), the first one with the column names. A field that holds a
 /// comma, a quote or a line break is quoted. NULL is an empty field, an empty text is "". Booleans
@@ -16,6 +18,7 @@
 
 #include <algorithm>
 #include <cstdio>
+#include <exception>
 #include <numeric>
 #include <vector>
 
@@ -59,8 +62,12 @@ void quoteFrom(QByteArray &out, qsizetype start)
 
 void listTables(const mdb::AccessFile &file, Output &output)
 {
-    for (const QString &name : file.tableNames())
-        output.buffer += name.toUtf8() + '\n';
+    for (const QString &name : file.tableNames()) {
+        output.buffer += name.toUtf8();
+        if (const QString target = file.linkTarget(name); !target.isEmpty())
+            output.buffer += " (linked to " + target.toUtf8() + ')';
+        output.buffer += '\n';
+    }
 }
 
 /// The columns in the order of their numbers, as other readers list them.
@@ -105,6 +112,33 @@ void printTable(mdb::AccessFile &file, const QString &name, Output &output)
     }
 }
 
+void complain(const QString &text)
+{
+    std::fprintf(stderr, "access-export: %s\n", text.toUtf8().constData());
+}
+
+int run(const QString &path, const QString &table)
+{
+    try {
+        Output output;
+        mdb::AccessFile file(path);
+        if (table.isNull())
+            listTables(file, output);
+        else
+            printTable(file, table, output);
+        output.flush();
+        const QStringList warnings = file.warnings();
+        for (const QString &warning : warnings)
+            complain(QLatin1String("warning: ") + warning);
+        return 0;
+    } catch (const Error &error) {
+        complain(errorTail(error));
+    } catch (const std::exception &error) { // of allocations
+        complain(u'\'' + path + QLatin1String("': ") + QString::fromLocal8Bit(error.what()));
+    }
+    return 1;
+}
+
 } // namespace
 
 int main(int argc, char *argv[])
@@ -116,18 +150,5 @@ int main(int argc, char *argv[])
         return 2;
     }
     setProgramFolder(QDir::currentPath()); // which FILE is seen from
-    try {
-        Output output;
-        mdb::AccessFile file(arguments.at(1));
-        if (arguments.size() == 2)
-            listTables(file, output);
-        else
-            printTable(file, arguments.at(2), output);
-        output.flush();
-    } catch (const Error &error) {
-        std::fprintf(stderr, "access-export: [%d] %s\n", error.number,
-                     error.description.toUtf8().constData());
-        return 1;
-    }
-    return 0;
+    return run(arguments.at(1), arguments.value(2));
 }
