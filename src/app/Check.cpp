@@ -413,6 +413,9 @@ private:
             while (items->next())
                 m_database.items.insert(items->text(0), items->text(1));
             m_database.known = true;
+            const QStringList faults = gConnection->verify();
+            for (const QString &fault : faults)
+                m_findings.add(nativePath(gDataPath + QLatin1String("VTRGData.MDB")), fault);
         } catch (const Error &error) {
             m_note = QLatin1String("Devices and data items were not checked: ") + errorTail(error);
         }

@@ -7,6 +7,7 @@
 /// and configuration to template, configuration to companion file, template to placeholder and
 /// marker. Needs the paths of core/State and `gConfig` as read. Changes nothing. Main thread only.
 ///
-/// Devices and items are looked up in the database; where that cannot be opened `note` tells why,
-/// and that alone is no finding.
+/// Devices and items are looked up in the database, and a database file is read whole: what is
+/// wrong with it is a finding. Where it cannot be opened `note` tells why, and that alone is no
+/// finding.
 Findings checkEverything(QString &note);

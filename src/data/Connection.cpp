@@ -48,6 +48,16 @@ bool Connection::isOpen()
     return true;
 }
 
+QStringList Connection::warnings() const
+{
+    return {};
+}
+
+QStringList Connection::verify()
+{
+    return {};
+}
+
 void Connection::releaseSamples() {}
 
 DatabaseRun::DatabaseRun()

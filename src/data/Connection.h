@@ -40,6 +40,14 @@ public:
     /// False when a failure has ended it; OpenDatabase then opens another one.
     virtual bool isOpen();
 
+    /// What is wrong with a database file as far as it was read, but no error: a line for each
+    /// table that states more rows than it has. None from a server.
+    virtual QStringList warnings() const;
+
+    /// Reads all tables of a database file; a line for each error and each warning. None from a
+    /// server.
+    virtual QStringList verify();
+
     /// Gives back the memory of the samples and forgets which ones were announced.
     virtual void releaseSamples();
 };

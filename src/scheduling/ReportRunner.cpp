@@ -190,6 +190,13 @@ void produceReports(const std::vector<Chosen> &chosen, RunRecord &run)
     }
 }
 
+void showDatabaseWarnings()
+{
+    const QStringList warnings = gConnection ? gConnection->warnings() : QStringList();
+    for (const QString &warning : warnings)
+        ShowStatus(QLatin1String("Warning: ") + warning);
+}
+
 bool hasCustomRange(const std::vector<Chosen> &chosen)
 {
     return std::any_of(chosen.begin(), chosen.end(), [](const Chosen &entry) {
@@ -221,6 +228,7 @@ void produce(std::vector<Chosen> chosen, RunRecord &run)
         reports.push_back(entry.report);
     announceSamples(reports);
     produceReports(chosen, run);
+    showDatabaseWarnings();
 }
 
 /// Puts the run on record, and what became of its reports into the master table of contents.

@@ -1,7 +1,9 @@
 #include "app/Check.h"
 #include "core/HostSettings.h"
+#include "core/Status.h"
 #include "core/Xml.h"
 #include "data/Connection.h"
+#include "data/access/AccessFile.h"
 #include "definitions/DefinitionStores.h"
 #include "report/TemplateNames.h"
 #include "scheduling/ReportRunner.h"
@@ -141,6 +143,35 @@ private Q_SLOTS:
         QVERIFY2(!found.isEmpty(), qPrintable(lines.join(u'\n')));
         QVERIFY2(found[0].startsWith(path(file) + u':' + QString::number(line) + u':'),
                  qPrintable(found[0]));
+    }
+
+    /// A count of samples that is too high is a finding, and a line of a run that goes well.
+    void saysWhatTheDatabaseLacks()
+    {
+        QByteArray bytes = readFile(m_site.filePath("VTRGData.MDB"));
+        mdb::AccessFile file(m_site.filePath("VTRGData.MDB"));
+        bytes[file.table("DataValues").definitionPage * 4096 + 19] = 1; // the highest byte
+        m_box->write("VTRGData.MDB", bytes);
+        gDataPath = m_box->path() + u'/';
+        const QStringList findings = check();
+        QCOMPARE(findings.size(), 1);
+        for (const QString &part : {path("VTRGData.MDB:1:1: "), QString("'DataValues'")})
+            QVERIFY2(findings[0].contains(part), qPrintable(findings[0]));
+
+        CloseDatabase();
+        gGraphDataPath = m_box->path() + u'/';
+        LoadReportDefs();
+        QStringList ids;
+        for (const auto &report : gReportDefs)
+            ids.append(report->ReportID);
+        QStringList lines;
+        gStartupDone = true;
+        setStatusSink([&](const QString &line) { lines.append(line); });
+        const RunResult result = runReports(ids, RunChoice::All);
+        setStatusSink({});
+        QVERIFY(ids.size() > 1 && !result.failed());
+        QCOMPARE(lines.filter("Warning: ").size(), 1);
+        QVERIFY(findings[0].contains(lines.filter("Warning: ")[0].mid(9)));
     }
 
     void goesWithoutADatabase()

@@ -252,6 +252,30 @@ private Q_SLOTS:
         QVERIFY(lines(*samples).size() > 400);
     }
 
+    void warningsAndVerification()
+    {
+        const QString path = m_folder.filePath("wanting.mdb");
+        demo::AccessWriter writer(path, 0);
+        for (const QString name : {"Devices", "Scales"}) {
+            demo::TableWriter &table = writer.addTable(name, {{"IDent"}});
+            table.append();
+            table.setStatedRows(3);
+        }
+        writer.addLink("Elsewhere", "x.mdb", "", "T");
+        writer.finish();
+        AccessConnection connection(path);
+        const auto read = [&](const QString &sql) { StaticRecordset(*connection.open(sql)); };
+        QCOMPARE(connection.warnings(), QStringList());
+        read("Select IDent from Devices");
+        read("Select Count(1) from Devices where IDent is null");
+        QCOMPARE(connection.warnings().filter("'Devices'").size(), 1);
+        QVERIFY(connection.warnings()[0].contains("states 3 rows, but 1 were found"));
+        QCOMPARE(connection.verify().size(), 2);
+        const Error error = errorOf([&] { read("Select A from Elsewhere"); });
+        QVERIFY2(error.description.contains("linked to 'T' in 'x.mdb'"),
+                 qPrintable(error.description));
+    }
+
     void sqlText_data()
     {
         const Rows<QString, bool> row("sql", "recognised");

@@ -111,6 +111,25 @@ public:
     }
     const SampleTable *samplesInUse() const { return m_samples; }
 
+    QStringList warnings() const { return m_file.warnings(); }
+
+    QStringList verify()
+    {
+        QStringList errors;
+        for (const QString &name : m_file.tableNames()) {
+            if (!m_file.linkTarget(name).isEmpty())
+                continue;
+            try {
+                mdb::RowCursor row(m_file, m_file.table(name));
+                while (row.next()) {
+                }
+            } catch (const Error &error) {
+                errors.append(error.description);
+            }
+        }
+        return errors + m_file.warnings();
+    }
+
     const FileStamp stamp;
 
 private:
@@ -189,6 +208,16 @@ void AccessConnection::refresh()
 {
     if (FileStamp(m_path) != m_session->stamp)
         m_session = std::make_shared<Session>(m_path);
+}
+
+QStringList AccessConnection::warnings() const
+{
+    return m_session->warnings();
+}
+
+QStringList AccessConnection::verify()
+{
+    return m_session->verify();
 }
 
 void AccessConnection::releaseSamples()

@@ -23,6 +23,8 @@ public:
     std::unique_ptr<Recordset> open(const QString &sql, const QStringList &wanted = {}) override;
     void expectSamples(const SampleScope &scope) override;
     void refresh() override;
+    QStringList warnings() const override;
+    QStringList verify() override;
     void releaseSamples() override;
 
     /// The samples kept at present; null before the first query for some.
