@@ -345,6 +345,13 @@ QString bucketText(const DataSeries &series)
     }
 }
 
+QRectF insideOf(const QSizeF &size, const ChartStyle &style)
+{
+    const double side = style.px(style.compact ? 10 : 16);
+    return QRectF(QPointF(0, 0), size)
+        .adjusted(side, style.px(style.compact ? 6 : 12), -side, -style.px(style.compact ? 5 : 10));
+}
+
 QRectF drawSurroundings(QPainter &painter, const ChartFrame &frame, const QSizeF &size,
                         const ChartStyle &style, const ChartSurroundings &surroundings)
 {
@@ -354,9 +361,7 @@ QRectF drawSurroundings(QPainter &painter, const ChartFrame &frame, const QSizeF
     fillBox(painter, all, ink::border);
     fillBox(painter, all.adjusted(1, 1, -1, -1), ink::ground);
 
-    const double side = style.px(style.compact ? 10 : 16);
-    const QRectF inside = all.adjusted(side, style.px(style.compact ? 6 : 12), -side,
-                                       -style.px(style.compact ? 5 : 10));
+    const QRectF inside = insideOf(size, style);
     const double foot = drawFoot(painter, frame, inside, style, surroundings.footers);
     double top = drawHead(painter, frame, inside, style);
     top += style.px(style.compact ? 3 : 10);

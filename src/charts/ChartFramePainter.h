@@ -30,8 +30,12 @@ struct ChartSurroundings
     QStringList footers;
 };
 
+/// A chart without its margins.
+QRectF insideOf(const QSizeF &size, const ChartStyle &style);
+
 /// Draws ground, header, legend, footers and credit line, and returns the rectangle that is left
-/// between them. All texts stay inside the chart: titles are shortened, footers wrapped.
+/// between them, as wide as `insideOf`. All texts stay inside the chart: titles are shortened,
+/// footers wrapped.
 QRectF drawSurroundings(QPainter &painter, const ChartFrame &frame, const QSizeF &size,
                         const ChartStyle &style, const ChartSurroundings &surroundings);
 

@@ -7,7 +7,7 @@
 
 namespace {
 
-/// What one column of the plot shows: a bucket, or all buckets that share a pixel.
+/// What one column of the plot shows: a bucket, or the worst of those that share a pixel.
 struct Column
 {
     double left = 0;
@@ -16,6 +16,17 @@ struct Column
     qint64 failures = 0;
 
     bool hasData() const { return successes + failures > 0; }
+    /// Takes the tests of a bucket that has a lower rate; any rate is told before a gap.
+    void add(const SeriesBucket &bucket)
+    {
+        const bool isWorse =
+            static_cast<double>(bucket.successes) * static_cast<double>(successes + failures) <
+            static_cast<double>(successes) * static_cast<double>(bucket.count);
+        if (bucket.isEmpty() || (hasData() && !isWorse))
+            return;
+        successes = bucket.successes;
+        failures = bucket.failures();
+    }
     bool sameLook(const Column &other) const
     {
         return hasData() == other.hasData() && failures == 0 && other.failures == 0;
@@ -23,7 +34,7 @@ struct Column
 };
 
 /// Columns on whole pixels, one per bucket where they are wide enough to be told apart, else one
-/// per pixel. A pixel that a bucket touches with a failure shows it.
+/// per pixel.
 std::vector<Column> columnsOf(const DataSeries &series, const TimePlot &plot)
 {
     std::vector<Column> columns;
@@ -34,10 +45,19 @@ std::vector<Column> columnsOf(const DataSeries &series, const TimePlot &plot)
             columns.push_back({left, right, 0, 0});
         Column &column = columns.back();
         column.right = std::max(column.right, right);
-        column.successes += bucket.successes;
-        column.failures += bucket.failures();
+        column.add(bucket);
     }
     return columns;
+}
+
+/// Whether buckets share columns. The columns depend on the chart's width alone.
+bool sharesColumns(const StateChart &chart, const QSizeF &size, const ChartStyle &style)
+{
+    if (chart.series.buckets.empty())
+        return false;
+    const TimePlot plot(insideOf(size, style), chart.series, chart.frame.labelStep, style,
+                        percentAxis);
+    return columnsOf(chart.series, plot).size() < chart.series.buckets.size();
 }
 
 /// Neighbours of the same look become one, so that a quiet period is one rectangle.
@@ -128,11 +148,13 @@ void paintStateChart(QPainter &painter, const StateChart &chart, const QSizeF &s
     const ChartStyle style(size, chart.frame.quality);
     const StateStatistics statistics = stateStatistics(chart.series);
     const QPen overallPen = linePen(ink::text, style.px(1.4), {5, 3});
-    const QRectF room =
-        drawSurroundings(painter, chart.frame, size, style,
-                         {QStringLiteral("Success rate %1").arg(bucketText(chart.series)),
-                          legendOf(chart.series, statistics, overallPen),
-                          {statistics.averageLine(), statistics.totalsLine()}});
+    QString axisTitle = QStringLiteral("Success rate %1").arg(bucketText(chart.series));
+    if (sharesColumns(chart, size, style))
+        axisTitle += QLatin1String(", the worst of each pixel column");
+    const QRectF room = drawSurroundings(painter, chart.frame, size, style,
+                                         {axisTitle,
+                                          legendOf(chart.series, statistics, overallPen),
+                                          {statistics.averageLine(), statistics.totalsLine()}});
     if (chart.series.buckets.empty()) {
         drawNoDataMessage(painter, room, style);
         return;

@@ -212,6 +212,30 @@ private Q_SLOTS:
         }
     }
 
+    void theWorstOfAColumnIsSeen_data()
+    {
+        const Rows<int, bool> row("intervals", "shares");
+        row("room for each", 500, false);
+        row("four to a pixel", 2400, true);
+        row("a year of five minutes", 105'120, true);
+    }
+    void theWorstOfAColumnIsSeen()
+    {
+        QFETCH(int, intervals);
+        QFETCH(bool, shares);
+        Counts counts(intervals, {4, 0});
+        counts[intervals / 2] = {0, 1};     // all failed, among many that did not
+        counts[intervals / 2 + 1] = {0, 0}; // a gap
+        const Chart chart = stateOf(counts, 5);
+        const QImage image = drawChart(chart);
+        int tallest = 0;
+        for (int x = 0; x < image.width(); ++x)
+            tallest = std::max(tallest, pixelsOf(image.copy(x, 95, 1, 230), ink::failure));
+        QVERIFY2(tallest > 150, qPrintable(QString::number(tallest)));
+        QCOMPARE(!textsOf(chart).filter("the worst of each pixel column").isEmpty(), shares);
+        QCOMPARE(textFault(chart), QString());
+    }
+
     void emptyChartsSaySo()
     {
         const QString message = "No data in this period";
