@@ -80,12 +80,12 @@ const series = state ? [
   { key: 'overall', name: `Overall ${rateText(overall)}`, ...everywhere(overall) },
 ] : [
   { key: 'mean', name: 'Mean', data: first, at: (i) => valueText(first[i]) },
-  { key: 'band', name: 'Least to greatest', low: second, high: third,
+  { key: 'band', name: 'Least to greatest single sample', low: second, high: third,
     at: (i) => `${valueText(second[i])} to ${valueText(third[i])}` },
-  { key: 'percentile', name: '95th percentile', ...everywhere(means.length ? percentile95(means) : NaN) },
-  { key: 'moving', name: `Moving \u00d7${movingLength}`, data: movingAverage(first, movingLength),
+  { key: 'percentile', name: '95th percentile of interval means', ...everywhere(means.length ? percentile95(means) : NaN) },
+  { key: 'moving', name: `Moving \u00d7${movingLength} of interval means`, data: movingAverage(first, movingLength),
     at: (i) => valueText(series[3].data[i]) },
-  { key: 'average', name: 'Average', ...everywhere(average) },
+  { key: 'average', name: 'Average of interval means', ...everywhere(average) },
 ];
 if (!state) {
   for (const one of series) if ('level' in one) one.at = () => valueText(one.level);
@@ -386,8 +386,8 @@ function stretchFacts(begin, end) {
     const [good, bad] = [sum(a), sum(b)];
     return facts(['Success rate', rateText(good / (good + bad) * 100)], ['Failed', `${bad} of ${good + bad} tests`], gaps);
   }
-  return facts(['Mean', valueText(sum(a) / a.length)], ['Least sample', valueText(least(b, 0, b.length))],
-    ['Greatest sample', valueText(greatest(c, 0, c.length))], gaps);
+  return facts(['Mean of interval means', valueText(sum(a) / a.length)], ['Least single sample', valueText(least(b, 0, b.length))],
+    ['Greatest single sample', valueText(greatest(c, 0, c.length))], gaps);
 }
 
 function tell() {
