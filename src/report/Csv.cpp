@@ -31,6 +31,12 @@ CsvText &CsvText::number(double value)
     return *this;
 }
 
+CsvText &CsvText::empty()
+{
+    separate();
+    return *this;
+}
+
 CsvText &CsvText::fixed(double value)
 {
     return number(std::nearbyint(value * 10'000) / 10'000);

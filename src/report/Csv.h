@@ -14,6 +14,7 @@ public:
     /// A number that is quoted like a text, as it stands; empty when there is none.
     CsvText &quotedNumber(const QString &number);
     CsvText &number(double value);
+    CsvText &empty(); ///< a field without a value
     /// A fixed-point number with at most four decimals, halves rounded to even.
     CsvText &fixed(double value);
     /// All fields of an unfinished record, written once for many records.

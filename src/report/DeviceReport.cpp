@@ -8,6 +8,7 @@
 #include "core/GrapherConfig.h"
 #include "core/Numbers.h"
 #include "core/State.h"
+#include "data/BucketLabels.h"
 #include "data/CalculatedSummary.h"
 #include "data/Connection.h"
 #include "data/Queries.h"
@@ -403,6 +404,8 @@ void DevicePage::writeDetails(PageText &page, const Item &item) const
 
     CsvText names; // what each record begins with
     names.text(item.name).text(chart.SampleLabel);
+    const QString start = QStringLiteral("Start");
+    const BucketLabels labels(item.series.frequency, QLocale::c());
     CsvText csv;
     csv.text(QStringLiteral("Entry Name"))
         .text(QStringLiteral("Sample Name"))
@@ -412,21 +415,22 @@ void DevicePage::writeDetails(PageText &page, const Item &item) const
             .text(QStringLiteral("Critial"))
             .text(QStringLiteral("Total"))
             .text(QStringLiteral("SuccessRate"))
+            .text(start)
             .endRecord();
         StateRow total;
         for (const SeriesBucket &bucket : item.series.buckets) {
             const StateRow row{bucket.longLabel, static_cast<double>(bucket.successes),
                                static_cast<double>(bucket.failures())};
             page.write(row.filled(builder.STATE_DetailItem));
-            csv.fields(names).text(bucket.longLabel);
+            csv.fields(names).text(labels.longForm(bucket.wallStart));
             row.addCounts(csv);
-            csv.endRecord();
+            csv.fixed(row.rate()).text(isoTimeText(bucket.start)).endRecord();
             total.successes += row.successes;
             total.failures += row.failures;
         }
         page.write(total.filledAsTotal(builder.STATE_DetailItem));
     } else {
-        csv.text(QStringLiteral("Scale")).text(QStringLiteral("Value")).endRecord();
+        csv.text(QStringLiteral("Scale")).text(QStringLiteral("Value")).text(start).endRecord();
         CsvText scale;
         scale.text(item.scaleName);
         const int decimals = valueDecimals(item.series);
@@ -437,9 +441,10 @@ void DevicePage::writeDetails(PageText &page, const Item &item) const
                                      {QLatin1String("sample.value"),
                                       empty ? QString() : fixedNumber(bucket.mean, decimals)}}));
             csv.fields(names)
-                .text(bucket.longLabel)
+                .text(labels.longForm(bucket.wallStart))
                 .fields(scale)
                 .quotedNumber(empty ? QString() : trimmedNumber(bucket.mean, 6))
+                .text(isoTimeText(bucket.start))
                 .endRecord();
         }
     }

@@ -5,6 +5,7 @@
 #include "core/Paths.h"
 #include "core/State.h"
 #include "core/Status.h"
+#include "core/TimeZone.h"
 #include "core/platform/FileSystem.h"
 #include "definitions/Dates.h"
 
@@ -86,6 +87,18 @@ bool createDeviceFolder(const clsReportDef &report, const QString &muid, QString
 QString localTimeText(const QDateTime &wall, const QString &form)
 {
     return QLocale().toString(wall, form).remove(u'.');
+}
+
+QString isoTimeText(qint64 instant)
+{
+    constexpr qint64 minute = 60'000;
+    const qint64 offset = offsetSpanAt(instant).offset / minute; // some old ones have seconds, too
+    const QDateTime wall = QDateTime::fromMSecsSinceEpoch(instant + offset * minute, Qt::UTC);
+    const qint64 size = qAbs(offset);
+    return wall.toString(u"yyyy-MM-ddTHH:mm:ss") + QLatin1Char(offset < 0 ? '-' : '+') +
+           QStringLiteral("%1:%2")
+               .arg(size / 60, 2, 10, QLatin1Char('0'))
+               .arg(size % 60, 2, 10, QLatin1Char('0'));
 }
 
 QString reportDateText(const QDateTime &runDate)

@@ -27,6 +27,10 @@ bool createDeviceFolder(const clsReportDef &report, const QString &muid, QString
 /// point behind them, even where the language writes one.
 QString localTimeText(const QDateTime &wall, const QString &form);
 
+/// An instant as files that programs read have it, with the local zone's offset at that time:
+/// "2024-03-31T03:00:00+02:00".
+QString isoTimeText(qint64 instant);
+
 /// The placeholders of the time at which the run began: "report.date", "report.time".
 QString reportDateText(const QDateTime &runDate);
 QString reportTimeText(const QDateTime &runDate);

@@ -112,8 +112,7 @@ PageValue overallAlternative(const ReportContext &context, const Outcome &proble
 StateRow rowOf(const DeviceCounts &counts)
 {
     return {counts.name, static_cast<double>(counts.successes),
-            static_cast<double>(counts.failures),
-            linkText(counts.folder) + u'/' + devicePageName};
+            static_cast<double>(counts.failures), linkText(counts.folder) + u'/' + devicePageName};
 }
 
 /// The rows of the devices with failed tests, the lowest success rate first.
@@ -256,6 +255,10 @@ void GenerateReportSummary(const ReportContext &context, const std::vector<Devic
         page.write(row.filled(context.builder.STATE_DetailItem));
         csv.text(device.name);
         row.addCounts(csv);
+        if (row.tests() == 0)
+            csv.empty();
+        else
+            csv.fixed(row.rate());
         csv.endRecord();
     }
     page.write(total.filledAsTotal(context.builder.STATE_DetailItem));

@@ -25,15 +25,20 @@ Placeholders rowValues(const PageValue &label, const PageValue &successes,
 
 } // namespace
 
+double StateRow::rate() const
+{
+    return tests() == 0 ? 0 : successes / tests() * 100;
+}
+
 QString StateRow::rateText() const
 {
-    return tests() == 0 ? QStringLiteral("n/a") : fixedNumber(successes / tests() * 100, 2);
+    return tests() == 0 ? QStringLiteral("n/a") : fixedNumber(rate(), 2);
 }
 
 QString StateRow::filled(const QString &rowTemplate) const
 {
-    const PageValue href = PageValue::html(
-        link.isEmpty() ? QString() : QStringLiteral(" href=\"%1\"").arg(link));
+    const PageValue href =
+        PageValue::html(link.isEmpty() ? QString() : QStringLiteral(" href=\"%1\"").arg(link));
     return fillTemplate(rowTemplate, rowValues(label, countText(successes), countText(failures),
                                                countText(tests()), rateText(), href));
 }
@@ -49,5 +54,4 @@ QString StateRow::filledAsTotal(const QString &rowTemplate) const
 void StateRow::addCounts(CsvText &csv) const
 {
     csv.number(successes).number(failures).number(tests());
-    csv.fixed(tests() == 0 ? 0 : successes / tests() * 100);
 }

@@ -19,6 +19,7 @@ struct StateRow
     /// The same as the table's total: "<b>Total</b>", and each number in bold.
     QString filledAsTotal(const QString &rowTemplate) const;
 
-    /// Adds success, critical and total counts and the rate (0 without tests) to a record.
+    double rate() const; ///< success rate in percent; 0 without tests
+    /// Adds success, critical and total counts to a record.
     void addCounts(CsvText &csv) const;
 };

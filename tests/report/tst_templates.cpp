@@ -161,15 +161,15 @@ private Q_SLOTS:
         };
         QCOMPARE(texts(2, 1), QStringList({"x 2 1 3 66.67",
                                            "<b>Total</b> <b>2</b> <b>1</b> <b>3</b> <b>66.67</b>",
-                                           "2,1,3,66.6667\r\n"}));
+                                           "2,1,3\r\n"}));
         QCOMPARE(texts(0, 0),
                  QStringList({"x 0 0 0 n/a", "<b>Total</b> <b>0</b> <b>0</b> <b>0</b> <b>n/a</b>",
-                              "0,0,0,0\r\n"}));
+                              "0,0,0\r\n"}));
         QCOMPARE(texts(123456789, 0),
                  QStringList({"x 123456789 0 123456789 100.00",
                               "<b>Total</b> <b>123456789</b> <b>0</b> <b>123456789</b> "
                               "<b>100.00</b>",
-                              "123456789,0,123456789,100\r\n"}));
+                              "123456789,0,123456789\r\n"}));
     }
 
     void linksRowsOfDevices()
@@ -207,7 +207,11 @@ private Q_SLOTS:
                                        read->placeholders())
                         : "none";
         };
-        QCOMPARE(figures("\"a\",3,1,4,75\r\n\"b\",2,0,2,100\r\n\"c\",0,0,0,0\r\n"),
+        QCOMPARE(
+            figures(
+                "\"a\",3,1,4,75\r\n\"b\",2,0,2,100\r\n\"c\",0,0,0,0\r\n"), // as it was written once
+            "83.33 of 6, 1 failed at 1, 1 silent of 3");
+        QCOMPARE(figures("\"a\",3,1,4,75\r\n\"b\",2,0,2,100\r\n\"c\",0,0,0,\r\n"),
                  "83.33 of 6, 1 failed at 1, 1 silent of 3");
         // Names with commas, quotes and line ends.
         QCOMPARE(figures("\"a,\"\"b\"\"\r\n,1\",0,2,2,0\r\n\"\",1,0,1,100\r\n"),

@@ -192,22 +192,24 @@ private Q_SLOTS:
                  "<b>Total</b> <b>3</b> <b>1</b> <b>75.00</b>|) |>");
         QCOMPARE(site.output("R1/repsum.csv"),
                  R"("Sample","Success","Critial","Total","SuccessRate"|)"
-                 R"("Älpha",2,1,3,66.6667|"Gamma",0,0,0,0|"beta",1,0,1,100)");
+                 R"("Älpha",2,1,3,66.6667|"Gamma",0,0,0,|"beta",1,0,1,100)");
         // The hour that the clocks skip is no bucket.
-        QCOMPARE(site.output("R1/M1/2_detail.csv"),
-                 R"("Entry Name","Sample Name","Sample","Success","Critial","Total","SuccessRate"|)"
-                 R"("Ping","Probe","Mar 31 - 00:00",1,1,2,50|)"
-                 R"("Ping","Probe","Mar 31 - 01:00",0,0,0,0|)"
-                 R"("Ping","Probe","Mar 31 - 03:00",1,0,1,100|)"
-                 R"("Ping","Probe","Mar 31 - 04:00",0,0,0,0|)"
-                 R"("Ping","Probe","Mar 31 - 05:00",1,0,1,100)");
-        QCOMPARE(site.output("R1/M1/3_detail.csv"),
-                 R"("Entry Name","Sample Name","Sample","Scale","Value"|)"
-                 R"("Latency","Probe","Mar 31 - 00:00","Milliseconds",""|)"
-                 R"("Latency","Probe","Mar 31 - 01:00","Milliseconds","2.5"|)"
-                 R"("Latency","Probe","Mar 31 - 03:00","Milliseconds","-2.5"|)"
-                 R"("Latency","Probe","Mar 31 - 04:00","Milliseconds",""|)"
-                 R"("Latency","Probe","Mar 31 - 05:00","Milliseconds","")");
+        QCOMPARE(
+            site.output("R1/M1/2_detail.csv"),
+            R"("Entry Name","Sample Name","Sample","Success","Critial","Total","SuccessRate","Start"|)"
+            R"("Ping","Probe","Mar 31 - 00:00",1,1,2,50,"2024-03-31T00:00:00+01:00"|)"
+            R"("Ping","Probe","Mar 31 - 01:00",0,0,0,0,"2024-03-31T01:00:00+01:00"|)"
+            R"("Ping","Probe","Mar 31 - 03:00",1,0,1,100,"2024-03-31T03:00:00+02:00"|)"
+            R"("Ping","Probe","Mar 31 - 04:00",0,0,0,0,"2024-03-31T04:00:00+02:00"|)"
+            R"("Ping","Probe","Mar 31 - 05:00",1,0,1,100,"2024-03-31T05:00:00+02:00")");
+        QCOMPARE(
+            site.output("R1/M1/3_detail.csv"),
+            R"("Entry Name","Sample Name","Sample","Scale","Value","Start"|)"
+            R"("Latency","Probe","Mar 31 - 00:00","Milliseconds","","2024-03-31T00:00:00+01:00"|)"
+            R"("Latency","Probe","Mar 31 - 01:00","Milliseconds","2.5","2024-03-31T01:00:00+01:00"|)"
+            R"("Latency","Probe","Mar 31 - 03:00","Milliseconds","-2.5","2024-03-31T03:00:00+02:00"|)"
+            R"("Latency","Probe","Mar 31 - 04:00","Milliseconds","","2024-03-31T04:00:00+02:00"|)"
+            R"("Latency","Probe","Mar 31 - 05:00","Milliseconds","","2024-03-31T05:00:00+02:00")");
 
         QString page = site.output("R1/M1/DEVREP.HTM");
         static const QRegularExpression imageName("G[0-9A-Z]+\\.PNG");
@@ -356,6 +358,17 @@ private Q_SLOTS:
         QVERIFY(site.run(RunChoice::Due).failed());
         QVERIFY(site.box.names("elsewhere").isEmpty() && !site.isThere("R1/DEVLIST.HTM"));
         QVERIFY(!site.box.status.filter("/R1/M1/': it is a symbolic link").isEmpty());
+    }
+
+    void speaksEnglishInFilesForPrograms()
+    {
+        QLocale::setDefault(QLocale(QLocale::German));
+        Site site;
+        QVERIFY(!site.run(RunChoice::Due).failed());
+        QLocale::setDefault(QLocale::c());
+        QVERIFY(site.output("R1/M1/DEVREP.HTM").contains("|März 31 - 03:00 1 0 100.00|"));
+        const QString csv = site.output("R1/M1/2_detail.csv");
+        QVERIFY2(csv.contains("\"Mar 31 - 03:00\"") && !csv.contains("März"), qPrintable(csv));
     }
 
     void runsOnlyWhatIsDue()
