@@ -159,9 +159,9 @@ private:
 inline bool RowCursor::isNull(int column) const
 {
     const Column &c = at(column);
-    if (c.isCalculated)
-        return hasNoResult(c);
-    return c.type != ColumnType::Boolean && !hasBit(c.number);
+    if (!hasBit(c.number))
+        return c.type != ColumnType::Boolean || c.isCalculated;
+    return c.isCalculated && hasNoResult(c);
 }
 
 inline qint64 RowCursor::integer(int column) const
