@@ -110,7 +110,7 @@ void takeEditors(Album &album)
     clsGraphDef range;
     range.EndTime = now();
     range.StartTime = range.EndTime.addDays(-7);
-    frmCustomRange customRange(range);
+    frmCustomRange customRange(range, {QStringLiteral("Servers"), QStringLiteral("Links")});
     album.take(customRange, QStringLiteral("custom-range"));
 
     frmScheduleDefEditor schedule;

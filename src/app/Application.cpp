@@ -11,6 +11,7 @@
 #include "core/Paths.h"
 #include "core/StartUp.h"
 #include "core/State.h"
+#include "core/Trouble.h"
 #include "core/platform/Drawing.h"
 #include "core/platform/EventLog.h"
 #include "core/platform/Terminal.h"
@@ -59,7 +60,7 @@ QStringList reportIdsOf(const QStringList &names)
 
 int runUnattended(const QStringList &ids, RunChoice choice)
 {
-    const RunDisplay display(stdout);
+    const RunDisplay display(stdout, stderr);
     platform::onCancelRequest([] { CancelRequested = true; }); // at the run's next check
     const RunResult result = runReports(ids, choice);
     if (result.cancelled)
@@ -167,10 +168,13 @@ int startUp(const Options &options)
 /// An unattended run that cannot begin says so where the others are on record.
 void recordFailedStart(const QString &why)
 {
-    LogEvent(runEvent, EventError, why);
+    {
+        const LoggedToday logged(troublesOfToday(readRuns()));
+        logTrouble(why);
+    }
     RunRecord run;
     run.start = run.end = currentInstant();
-    run.mode = QStringLiteral("scheduled");
+    run.mode = scheduledMode;
     run.error = why;
     saveRun(run);
 }
@@ -224,8 +228,8 @@ int runApplication(const Options &options)
     int status = WrongUse;
     try {
         status = startUp(options);
-    } catch (const Error &error) {
-        const QString text = QLatin1String("Error starting ") + errorTail(error);
+    } catch (const std::exception &exception) {
+        const QString text = QLatin1String("Error starting ") + errorTail(errorOf(exception));
         if (gAutoMode)
             recordFailedStart(text);
         refuse(text);

@@ -51,6 +51,8 @@ QString reportLine(const ReportRecord &report)
     }
     if (report.chartsWithoutImage > 0)
         parts.append(QStringLiteral("%1 without image").arg(report.chartsWithoutImage));
+    if (report.mixedPages)
+        parts.append(QStringLiteral("new and old pages are mixed"));
     return QStringLiteral("    %1 %2  %3")
         .arg(resultText(report.result), -10)
         .arg(report.title, parts.join(QLatin1String(", ")));

@@ -153,7 +153,8 @@ Opens its window, unless one of these options says what to do without it:
   --help             show this text
   --version          show the version
 
-Exit status: 0 done, nothing due included; 1 a report failed; 2 wrong options, configuration or
-definitions that cannot be read, findings of --check; 3 another instance runs; 4 cancelled.
+Exit status: 0 done, nothing due included; 1 a report failed or lacks charts, or something could
+not be saved; 2 wrong options, configuration or definitions that cannot be read, findings of
+--check; 3 another instance runs; 4 cancelled. Errors go to standard error, too.
 )");
 }

@@ -1,6 +1,7 @@
 #include "app/RunDisplay.h"
 
 #include "core/Clock.h"
+#include "core/Trouble.h"
 #include "core/platform/Terminal.h"
 
 #include <QStringList>
@@ -56,6 +57,15 @@ QString shortened(const QString &line, int columns)
 
 } // namespace
 
+QString oneLine(QString text)
+{
+    for (QChar &character : text) {
+        if (character.category() == QChar::Other_Control)
+            character = u' ';
+    }
+    return text;
+}
+
 QString progressLine(const Progress &progress, qint64 elapsed, int columns)
 {
     const int all = std::max(progress.all, 1);
@@ -71,17 +81,16 @@ QString progressLine(const Progress &progress, qint64 elapsed, int columns)
             names.append(name);
     }
     line += QLatin1String(": ") + names.join(QLatin1String(", "));
-    // Names come from the database: nothing in them may steer the terminal.
-    for (QChar &character : line) {
-        if (character.category() == QChar::Other_Control)
-            character = u' ';
-    }
-    return shortened(line, columns);
+    return shortened(oneLine(line), columns);
 }
 
-RunDisplay::RunDisplay(std::FILE *stream)
+RunDisplay::RunDisplay(std::FILE *stream, std::FILE *errors)
     : m_stream(stream)
 {
+    if (!platform::endTogether(stream, errors))
+        setTroubleSink([errors](const QString &text) {
+            print(errors, QLatin1String("VantrelGrapher: ") + oneLine(text) + u'\n');
+        });
     setStatusSink([this](const QString &line) { showStatus(line); });
     setProgressSink([this](const Progress &progress) { show(progress); });
 }
@@ -90,13 +99,15 @@ RunDisplay::~RunDisplay()
 {
     setStatusSink({});
     setProgressSink({});
+    setTroubleSink({});
     if (!m_live.isEmpty())
         print(m_stream, clearLine);
 }
 
 void RunDisplay::showStatus(const QString &line)
 {
-    print(m_stream, (m_live.isEmpty() ? QString() : QString(clearLine)) + line + u'\n' + m_live);
+    print(m_stream,
+          (m_live.isEmpty() ? QString() : QString(clearLine)) + oneLine(line) + u'\n' + m_live);
 }
 
 void RunDisplay::show(const Progress &progress)

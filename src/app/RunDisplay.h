@@ -7,11 +7,13 @@
 #include <cstdio>
 
 /// Shows an unattended run on a stream: the status lines, and on a terminal one live line below
-/// them. Takes the sinks of core/Status for as long as it lives. Main thread only.
+/// them. Errors go to a second stream as well, a line each, unless both streams end at the same
+/// place. Takes the sinks of core/Status and core/Trouble for as long as it lives. Main thread
+/// only.
 class RunDisplay
 {
 public:
-    explicit RunDisplay(std::FILE *stream);
+    RunDisplay(std::FILE *stream, std::FILE *errors);
     ~RunDisplay();
     RunDisplay(const RunDisplay &) = delete;
     RunDisplay &operator=(const RunDisplay &) = delete;
@@ -24,6 +26,9 @@ private:
     QString m_live;     ///< empty: none is shown
     qint64 m_start = 0; ///< instant of the first progress
 };
+
+/// A text in one line: nothing in it steers a terminal or begins a line of its own.
+QString oneLine(QString text);
 
 /// "25 % (10 of 40), 0:30 left: report, device, item", shortened to `columns`; `elapsed` in
 /// milliseconds. No time is named before the first item is done.

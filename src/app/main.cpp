@@ -6,6 +6,7 @@
 
 int main(int argc, char *argv[])
 {
+    platform::letLimitedWritesFail();
     const Options options = parseOptions(platform::programArguments(argc, argv));
     if (options.unattended() || !options.error.isEmpty())
         platform::attachTerminal();

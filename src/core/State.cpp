@@ -4,6 +4,7 @@
 #include "core/HostSettings.h"
 #include "core/Paths.h"
 #include "core/Status.h"
+#include "core/Trouble.h"
 
 bool gAutoMode = false;
 QString gDataPath;
@@ -41,5 +42,6 @@ void resetState()
     resetPaths();
     setStatusSink({});
     setProgressSink({});
+    setTroubleSink({});
     setYieldHook({});
 }

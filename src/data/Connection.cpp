@@ -4,7 +4,7 @@
 #include "core/Files.h"
 #include "core/State.h"
 #include "core/Status.h"
-#include "core/platform/EventLog.h"
+#include "core/Trouble.h"
 #include "data/odbc/ConnectionText.h"
 #include "data/odbc/OdbcConnection.h"
 #include "data/sqlite/AccessConnection.h"
@@ -100,7 +100,7 @@ bool OpenDatabase(QString &message)
     } catch (const Error &error) {
         message = QLatin1String("Error opening database '") + connectionText() +
                   QLatin1String("' ") + errorTail(error);
-        LogEvent(runEvent, EventError, message);
+        logTrouble(message);
         ShowStatus(message);
         return false;
     }

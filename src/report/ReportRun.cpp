@@ -10,6 +10,7 @@
 #include "core/State.h"
 #include "core/Status.h"
 #include "core/TimeZone.h"
+#include "core/Trouble.h"
 #include "core/platform/EventLog.h"
 #include "data/Connection.h"
 #include "data/Queries.h"
@@ -222,17 +223,23 @@ private:
                 context, device, i > 0 ? folderSafe(known[i - 1]->MUID) : QString(),
                 i + 1 < known.size() ? folderSafe(known[i + 1]->MUID) : QString());
             page->chartItems(m_progress);
-            if (previous)
-                previous->write();
+            write(previous);
             if (!CancelRequested) {
                 counts.push_back(countsOf(device, ident, context.chart));
                 page->setCounts(counts.back());
             }
             previous = std::move(page);
         }
-        if (previous)
-            previous->write();
+        write(previous);
         return counts;
+    }
+
+    void write(const std::unique_ptr<DevicePage> &page) const
+    {
+        if (!page)
+            return;
+        page->write();
+        ++m_outcome.devicePages;
     }
 
     clsReportDef &m_report;
@@ -249,7 +256,8 @@ ReportOutcome GenerateReport(clsReportDef &report, Progress &progress, ChartPool
     ReportRun run(report, outcome, progress, pool);
     try {
         run.run();
-    } catch (const Error &error) {
+    } catch (const std::exception &exception) {
+        const Error error = errorOf(exception);
         outcome.errorNumber = error.number;
         outcome.errorText = QLatin1String("Error Generating Report ") + errorTail(error) +
                             QLatin1String(" - ") + run.step;
@@ -282,7 +290,7 @@ void announceSamples(const std::vector<std::shared_ptr<clsReportDef>> &reports)
             addStateItems(muids, scope);
             gConnection->expectSamples(scope);
         }
-    } catch (const Error &) {
+    } catch (const std::exception &) {
         // Only a hint; the report that meets the same error names it.
     }
 }
@@ -299,6 +307,7 @@ void CopyTemplateFiles()
             const QString text =
                 QStringLiteral("Error copying template '%1' ").arg(name) + errorTail(error);
             ShowStatus(text);
+            tellTrouble(text);
             if (gAutoMode)
                 LogEvent(runEvent, EventWarning, text);
         }

@@ -17,6 +17,7 @@ struct ReportOutcome
     QString errorText;       ///< text of a database failure or of an unexpected error
     qint64 samples = 0;      ///< samples that went into its charts
     int charts = 0;          ///< charts drawn
+    int devicePages = 0;     ///< written anew
     QStringList chartErrors; ///< one text for each chart without an image
 
     bool failed() const { return !errorText.isEmpty(); }

@@ -71,6 +71,7 @@ QString masterEntry(const clsChartOutputBuilder &builder, const clsReportDef &re
                                     {QLatin1String("chart.title"), chartTitleOf(report)},
                                     {QLatin1String("report.lastrun"), standing.lastRun},
                                     {QLatin1String("report.lastresult"), standing.lastResult},
+                                    {QLatin1String("report.lastnote"), standing.lastNote},
                                     {QLatin1String("report.nextdue"), standing.nextDue},
                                     {QLatin1String("report.devices"),
                                      QString::number(report.ReportDevices.size())},
@@ -181,8 +182,9 @@ bool reportingErrors(QString &errorText, const QString &what, Writer write)
 {
     try {
         return write();
-    } catch (const Error &error) {
-        errorText = QStringLiteral("Error generating %1 ").arg(what) + errorTail(error);
+    } catch (const std::exception &exception) {
+        errorText =
+            QStringLiteral("Error generating %1 ").arg(what) + errorTail(errorOf(exception));
         ShowStatus(errorText);
         return false;
     }

@@ -14,6 +14,7 @@ struct ReportStanding
 {
     QString lastRun;
     QString lastResult;
+    QString lastNote; ///< a sentence where the last run left no whole set of new pages
     QString nextDue;
 };
 using ReportStandings = QHash<QString, ReportStanding>; ///< by ReportID in lower case

@@ -34,7 +34,7 @@ const std::array pageTemplates = {
     entry("TIN_TOC_ReportItem", "",
           VANTREL_TOTALS "report.href summary.href devices.href report.id report.tempid "
                          "report.title chart.title report.lastrun report.lastresult "
-                         "report.nextdue report.devices"),
+                         "report.lastnote report.nextdue report.devices"),
     entry("TIN_REPORT", "", VANTREL_REPORT),
     entry("TIN_REP_TOC", "device.list", "report.title report.id chart.title page.lang page.nonce"),
     entry("TIN_REP_DeviceItem", "", "mach.muid mach.unmuid mach.name mach.desc"),

@@ -1,9 +1,10 @@
 #include "scheduling/ReportRunner.h"
 
 #include "core/Clock.h"
+#include "core/Files.h"
 #include "core/State.h"
 #include "core/Status.h"
-#include "core/TimeZone.h"
+#include "core/Trouble.h"
 #include "core/platform/EventLog.h"
 #include "data/Connection.h"
 #include "definitions/DefinitionStores.h"
@@ -12,6 +13,7 @@
 #include "report/TablesOfContents.h"
 #include "scheduling/DueState.h"
 #include "scheduling/RunHistory.h"
+#include "scheduling/Standings.h"
 
 namespace {
 
@@ -24,16 +26,7 @@ struct Chosen
     QDateTime dueSince; ///< invalid: it was not due
 };
 
-/// False when the user refused a prompt, which cancels the run.
-bool askForRange(const clsReportDef &report, RunHost *host)
-{
-    const auto chart = gChartDefs.find(report.ChartID);
-    if (!host || !chart || chart->ChartDuration != CustomRange)
-        return true;
-    return host->askCustomRange(*chart);
-}
-
-std::vector<Chosen> chooseReports(const QStringList &reportIds, RunChoice choice, RunHost *host)
+std::vector<Chosen> chooseReports(const QStringList &reportIds, RunChoice choice)
 {
     std::vector<Chosen> chosen;
     for (const QString &id : reportIds) {
@@ -41,15 +34,29 @@ std::vector<Chosen> chooseReports(const QStringList &reportIds, RunChoice choice
         if (!report)
             continue;
         const DueState state = dueState(*report);
-        if (choice == RunChoice::Due && !state.due)
-            continue;
-        if (!askForRange(*report, host)) {
-            CancelRequested = true;
-            return {};
-        }
-        chosen.push_back({report, state.due ? state.next : QDateTime()});
+        if (choice == RunChoice::All || state.due)
+            chosen.push_back({report, state.due ? state.next : QDateTime()});
     }
     return chosen;
+}
+
+/// Lets the user set the range of each chart that has a custom one, once for all reports that share
+/// it. A refusal cancels the run.
+void askForRanges(const std::vector<Chosen> &chosen, RunHost &host)
+{
+    for (const auto &chart : gChartDefs) {
+        if (chart->ChartDuration != CustomRange)
+            continue;
+        QStringList titles;
+        for (const Chosen &entry : chosen) {
+            if (gChartDefs.find(entry.report->ChartID) == chart)
+                titles.append(entry.report->ReportTitle);
+        }
+        if (titles.isEmpty() || host.askCustomRange(*chart, titles))
+            continue;
+        CancelRequested = true;
+        return;
+    }
 }
 
 /// Something outside of the reports went wrong: that makes the run a failed one. Once is enough for
@@ -59,8 +66,16 @@ void noteError(RunRecord &run, const QString &text)
     if (run.error.contains(text))
         return;
     run.error += run.error.isEmpty() ? text : QLatin1String("; ") + text;
+    tellTrouble(text);
     if (gAutoMode)
-        LogEvent(runEvent, EventError, text);
+        logTrouble(text);
+}
+
+/// Puts on record what happened so far.
+void record(RunRecord &run)
+{
+    if (const std::optional<Error> error = saveRun(run))
+        noteError(run, QLatin1String("Error saving run history ") + errorTail(*error));
 }
 
 /// False when a definition file cannot be read whole and nobody wants the run all the same.
@@ -92,25 +107,6 @@ void stampLastRun(clsReportDef &report, RunRecord &run)
                            errorTail(*error));
 }
 
-ReportStandings reportStandings()
-{
-    const std::vector<RunRecord> runs = readRuns();
-    const QDateTime present = now();
-    ReportStandings standings;
-    for (const auto &report : gReportDefs) {
-        ReportStanding standing;
-        const LatestRun last = latestRun(*report, runs);
-        if (last.time.isValid())
-            standing.lastRun = standingTimeText(last.time);
-        if (last.record)
-            standing.lastResult = resultText(last.record->result);
-        if (const QDateTime next = dueState(*report).next; next.isValid())
-            standing.nextDue = next <= present ? QStringLiteral("now") : standingTimeText(next);
-        standings.insert(report->ReportID.toLower(), standing);
-    }
-    return standings;
-}
-
 int itemCount(const clsReportDef &report)
 {
     qsizetype count = 0;
@@ -130,10 +126,32 @@ ReportResult resultOf(const ReportOutcome &outcome)
     return outcome.samples == 0 ? ReportResult::NoData : ReportResult::Ok;
 }
 
+/// What went wrong with a report, for those who were not there.
+void tellOutcome(const ReportRecord &record)
+{
+    constexpr qsizetype mostCharts = 20;
+    const QString trouble = troubleOf(record);
+    if (gAutoMode && !trouble.isEmpty())
+        logTrouble(trouble);
+    if (record.result == ReportResult::Failed)
+        tellTrouble(trouble);
+    const QString which = QStringLiteral("Report '%1': ").arg(record.title);
+    for (const QString &error : record.chartErrors.mid(0, mostCharts))
+        tellTrouble(which + QLatin1String("no chart ") + error);
+    if (const qsizetype more = record.chartErrors.size() - mostCharts; more > 0)
+        tellTrouble(which + QStringLiteral("%1 more charts are missing").arg(more));
+    if (record.mixedPages) {
+        const QString mixed = which + QLatin1String("new and old pages are mixed");
+        ShowStatus(mixed);
+        tellTrouble(mixed);
+    }
+}
+
 /// Produces one report, and fills its record in the run's.
 void produceReport(clsReportDef &report, RunRecord &run, ReportRecord &record, Progress &progress,
                    ChartPool &pool)
 {
+    const bool hadPages = fileExists(reportPage(report));
     ReportOutcome outcome;
     clsChartOutputBuilder builder;
     if (GenerateReportTOC(report, outcome.errorText, builder))
@@ -145,14 +163,12 @@ void produceReport(clsReportDef &report, RunRecord &run, ReportRecord &record, P
     record.error = outcome.errorText;
     record.chartsWithoutImage = static_cast<int>(outcome.chartErrors.size());
     record.chartErrors = outcome.chartErrors;
-    if (record.result == ReportResult::Failed) {
-        if (gAutoMode)
-            LogEvent(
-                runEvent, EventError,
-                QStringLiteral("Report '%1' failed: %2").arg(report.ReportTitle, record.error));
-    } else if (record.result != ReportResult::Cancelled) {
+    const bool endedEarly =
+        record.result == ReportResult::Failed || record.result == ReportResult::Cancelled;
+    record.mixedPages = endedEarly && hadPages && outcome.devicePages > 0;
+    tellOutcome(record);
+    if (!endedEarly)
         stampLastRun(report, run);
-    }
 }
 
 /// Each report in turn; what happened to one is on record before the next begins.
@@ -170,18 +186,18 @@ void produceReports(const std::vector<Chosen> &chosen, RunRecord &run)
     ChartPool pool; // its threads know their fonts once they have drawn a chart
     int before = 0; // data items of the reports before this one
     for (size_t i = 0; i < chosen.size(); ++i) {
-        ReportRecord &record = run.reports[i];
+        ReportRecord &entry = run.reports[i];
         if (CancelRequested) {
-            record.result = ReportResult::Cancelled;
+            entry.result = ReportResult::Cancelled;
             continue;
         }
-        record.start = currentInstant();
-        saveRun(run);
-        progress.report = record.title;
+        entry.start = currentInstant();
+        record(run);
+        progress.report = entry.title;
         progress.device.clear();
         progress.item.clear();
         showProgress(progress);
-        produceReport(*chosen[i].report, run, record, progress, pool);
+        produceReport(*chosen[i].report, run, entry, progress, pool);
         if (CancelRequested)
             continue; // the bar stays where the run ended
         // Items of devices that the database does not know count as done, too.
@@ -231,15 +247,30 @@ void produce(std::vector<Chosen> chosen, RunRecord &run)
     showDatabaseWarnings();
 }
 
+/// `produce`, whatever it meets.
+void produceSafely(const std::vector<Chosen> &chosen, RunRecord &run)
+{
+    try {
+        produce(chosen, run);
+    } catch (const std::exception &exception) {
+        const QString text =
+            QLatin1String("Error running reports ") + errorTail(errorOf(exception));
+        ShowStatus(text);
+        noteError(run, text);
+    }
+}
+
 /// Puts the run on record, and what became of its reports into the master table of contents.
 void conclude(RunRecord &run)
 {
     run.end = currentInstant();
-    saveRun(run);
+    record(run);
     pruneRuns();
     QString errorText;
-    if (!run.reports.empty())
-        RefreshMasterTOC(errorText, reportStandings());
+    if (run.reports.empty() || RefreshMasterTOC(errorText, reportStandings()))
+        return;
+    noteError(run, errorText);
+    record(run);
 }
 
 RunResult resultOf(const RunRecord &run)
@@ -266,7 +297,8 @@ void finish(const RunResult &result, RunHost *host)
                               QStringLiteral("Report execution cancelled."));
     }
     CloseDatabase();
-    if (host && !gAutoMode && !result.cancelled && !result.failed()) {
+    const bool isProduced = result.failedReports == 0 && result.error.isEmpty();
+    if (host && !gAutoMode && !result.cancelled && isProduced) {
         QString page = QLatin1String("file://") + outputFolder() + QLatin1String("REPORTS.HTM");
         host->openInBrowser(page.replace(u'\\', u'/'));
     }
@@ -289,17 +321,20 @@ RunResult runReports(const QStringList &reportIds, RunChoice choice, RunHost *ho
     CancelRequested = false;
     RunRecord run;
     run.start = currentInstant();
-    run.mode = gAutoMode ? QStringLiteral("scheduled")
+    run.mode = gAutoMode ? scheduledMode
                : host    ? QStringLiteral("window")
                          : QStringLiteral("on request");
+    const LoggedToday logged(gAutoMode ? troublesOfToday(readRuns()) : QStringList());
     ShowStatus(QStringLiteral("Starting report build."));
     LoadReportDefs();
     LoadChartDefs();
     LoadScheduleDefs();
     if (acceptDefinitions(host, run)) {
-        const std::vector<Chosen> chosen = chooseReports(reportIds, choice, host);
+        const std::vector<Chosen> chosen = chooseReports(reportIds, choice);
+        if (host)
+            askForRanges(chosen, *host);
         if (!CancelRequested)
-            produce(chosen, run);
+            produceSafely(chosen, run);
     }
     conclude(run);
     const RunResult result = resultOf(run);

@@ -16,8 +16,9 @@ public:
     /// Whether to run without what definition files hold that cannot be read whole; false cancels
     /// the whole run. The run saves the files anew; the old ones are kept (see DefinitionStores.h).
     virtual bool acceptErrors(const QStringList &errors) = 0;
-    /// Lets the user set a custom range's StartTime and EndTime; false cancels the whole run.
-    virtual bool askCustomRange(clsGraphDef &chart) = 0;
+    /// Lets the user set a custom range's StartTime and EndTime, once for all selected reports that
+    /// use the chart; false cancels the whole run.
+    virtual bool askCustomRange(clsGraphDef &chart, const QStringList &reportTitles) = 0;
     virtual void showMessage(const QString &title, const QString &text) = 0;
     virtual void openInBrowser(const QString &url) = 0;
 };
@@ -32,11 +33,12 @@ struct RunResult
 {
     int reports = 0;       ///< reports taken into the run
     int failedReports = 0; ///< those of them that could not be produced
-    QString error;         ///< what else failed: a table of contents, the saving of definitions
+    QString error; ///< what else failed: a table of contents, a save of definitions or history
     int chartsWithoutImage = 0;
     bool cancelled = false;
 
-    bool failed() const { return failedReports > 0 || !error.isEmpty(); }
+    /// Whether there is less than there should be, be it pages, an image or a record.
+    bool failed() const { return failedReports > 0 || chartsWithoutImage > 0 || !error.isEmpty(); }
 };
 
 /// Runs reports given by their ReportID: loads all definitions, writes the master table of
@@ -44,6 +46,10 @@ struct RunResult
 /// the present time as LastRunDate of all its schedules; one that failed keeps its dates, so that
 /// it stays due by its schedules' rules. `host` is null in an unattended run, which does not begin
 /// where a definition file cannot be read whole.
+///
+/// What goes wrong with one report, be it that memory runs out, does not keep the others from being
+/// produced. The history has it, core/Trouble and, in an unattended run by schedule, the event log,
+/// there once a day.
 ///
 /// While a run is in progress a further call does nothing: set CancelRequested to cancel it.
 RunResult runReports(const QStringList &reportIds, RunChoice choice, RunHost *host = nullptr);

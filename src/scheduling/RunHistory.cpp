@@ -1,6 +1,6 @@
 #include "scheduling/RunHistory.h"
 
-#include "core/Error.h"
+#include "core/Clock.h"
 #include "core/Files.h"
 #include "core/Paths.h"
 #include "core/State.h"
@@ -12,10 +12,10 @@
 #include <QJsonArray>
 #include <QJsonDocument>
 #include <QJsonObject>
+#include <QRegularExpression>
 #include <QSet>
 
 #include <array>
-#include <optional>
 
 namespace {
 
@@ -62,7 +62,7 @@ qint64 timeOf(const QJsonValue &value)
 
 QJsonObject jsonOf(const ReportRecord &report)
 {
-    return {
+    QJsonObject object = {
         {QStringLiteral("id"), report.id},
         {QStringLiteral("title"), report.title},
         {QStringLiteral("dueSince"),
@@ -78,6 +78,9 @@ QJsonObject jsonOf(const ReportRecord &report)
         {QStringLiteral("chartErrors"),
          QJsonArray::fromStringList(report.chartErrors.mid(0, mostChartErrors))},
     };
+    if (report.mixedPages)
+        object.insert(QStringLiteral("mixedPages"), true);
+    return object;
 }
 
 ReportRecord reportOf(const QJsonObject &object)
@@ -97,7 +100,16 @@ ReportRecord reportOf(const QJsonObject &object)
     const QJsonArray errors = object[QLatin1String("chartErrors")].toArray();
     for (const QJsonValue error : errors)
         report.chartErrors.append(error.toString());
+    report.mixedPages = object[QLatin1String("mixedPages")].toBool();
     return report;
+}
+
+/// Room for what the record of a run's end says more than the one of its begin.
+QByteArray spareRoom(const RunRecord &run)
+{
+    constexpr qsizetype ofTheRun = 4096;
+    constexpr qsizetype ofAReport = 512;
+    return QByteArray(ofTheRun + ofAReport * static_cast<qsizetype>(run.reports.size()), '\n');
 }
 
 /// Records are named after the run's start, so that names in order are runs in order.
@@ -136,6 +148,19 @@ std::optional<RunRecord> readRun(const QString &name)
     }
 }
 
+/// On a full disk the record of the run's begin makes room for that of its end: it would say for
+/// ever that the run has not finished.
+void saveLastRecord(const QString &path, const QByteArray &text)
+{
+    try {
+        saveFile(path, text);
+    } catch (const Error &) {
+        if (!QFile::remove(nativePath(path)))
+            throw;
+        saveFile(path, text);
+    }
+}
+
 } // namespace
 
 QString resultText(ReportResult result)
@@ -152,7 +177,7 @@ QString runHistoryFolder()
     return gGraphDataPath + QLatin1String("RunHistory") + pathSeparator;
 }
 
-void saveRun(const RunRecord &run)
+std::optional<Error> saveRun(const RunRecord &run)
 {
     QJsonArray reports;
     for (const ReportRecord &report : run.reports)
@@ -164,13 +189,51 @@ void saveRun(const RunRecord &run)
         {QStringLiteral("error"), run.error},
         {QStringLiteral("reports"), reports},
     };
+    const QByteArray text = QJsonDocument(object).toJson();
+    const QString path = runHistoryFolder() + fileName(run);
     try {
         QString message; // a folder that cannot be made shows in the save
         EnsureFolder(runHistoryFolder(), message);
-        saveFile(runHistoryFolder() + fileName(run), QJsonDocument(object).toJson());
+        if (run.end == 0)
+            saveFile(path, text + spareRoom(run));
+        else
+            saveLastRecord(path, text);
+        return std::nullopt;
     } catch (const Error &error) {
         ShowStatus(QLatin1String("Error saving run history ") + errorTail(error));
+        return error;
     }
+}
+
+QString troubleOf(const ReportRecord &report)
+{
+    if (report.result == ReportResult::Failed)
+        return QStringLiteral("Report '%1' failed: %2").arg(report.title, report.error);
+    if (report.result != ReportResult::Partial)
+        return QString();
+    // Images have other numbers in each run.
+    static const QRegularExpression image(QStringLiteral("\\bG[0-9A-Z]+\\.PNG\\b"));
+    return QStringLiteral("Report '%1' has %2 without image: %3")
+        .arg(report.title,
+             report.chartsWithoutImage == 1
+                 ? QStringLiteral("a chart")
+                 : QStringLiteral("%1 charts").arg(report.chartsWithoutImage),
+             report.chartErrors.value(0).replace(image, QStringLiteral("G*.PNG")));
+}
+
+QStringList troublesOfToday(const std::vector<RunRecord> &runs)
+{
+    const QDate today = now().date();
+    QStringList troubles;
+    for (const RunRecord &run : runs) {
+        if (run.mode != scheduledMode || wallTime(run.start).date() != today)
+            continue;
+        troubles.append(run.error);
+        for (const ReportRecord &report : run.reports)
+            troubles.append(troubleOf(report));
+    }
+    troubles.removeAll(QString());
+    return troubles;
 }
 
 std::vector<RunRecord> readRuns()

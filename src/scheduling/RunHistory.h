@@ -1,9 +1,12 @@
 #pragma once
 
+#include "core/Error.h"
+
 #include <QDateTime>
 #include <QString>
 #include <QStringList>
 
+#include <optional>
 #include <vector>
 
 /// What the runs of this site did: one small JSON file a run, in the folder "RunHistory" of the
@@ -35,15 +38,18 @@ struct ReportRecord
     QString error;
     int chartsWithoutImage = 0;
     QStringList chartErrors; ///< the first of them
+    bool mixedPages = false; ///< it ended early, and left new pages among older ones
 
     double seconds() const { return end > start ? static_cast<double>(end - start) / 1000 : 0; }
 };
+
+inline const QString scheduledMode = QStringLiteral("scheduled");
 
 struct RunRecord
 {
     qint64 start = 0; ///< instants
     qint64 end = 0;   ///< 0: the run has not ended, or was broken off
-    QString mode;     ///< "scheduled", "on request", "window"
+    QString mode;     ///< scheduledMode, "on request", "window"
     QString error;    ///< what went wrong outside of the reports
     std::vector<ReportRecord> reports;
 };
@@ -54,11 +60,19 @@ inline constexpr qsizetype runsKept = 400;
 QString runHistoryFolder();
 
 /// Writes a run's record; a later call with the same start replaces it. A failure becomes the
-/// status line "Error saving run history [number] description".
-void saveRun(const RunRecord &run);
+/// status line "Error saving run history [number] description" and is returned. The record of a run
+/// that has not ended keeps room on the disk for the one of its end.
+std::optional<Error> saveRun(const RunRecord &run);
 
 /// All records, newest first. Files that are damaged or of another kind are passed over.
 std::vector<RunRecord> readRuns();
+
+/// What the event log says of a report's run; empty when nothing went wrong. Runs in which the same
+/// went wrong give the same text.
+QString troubleOf(const ReportRecord &report);
+
+/// All that the scheduled runs of the present day among `runs` have told the event log.
+QStringList troublesOfToday(const std::vector<RunRecord> &runs);
 
 /// The instant at which the newest run on record ended; 0 when it has not, or there is none.
 qint64 lastRunEnd();

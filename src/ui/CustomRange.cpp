@@ -16,6 +16,27 @@
 
 namespace {
 
+QString inQuotes(const QString &name)
+{
+    return QStringLiteral("\u201c%1\u201d").arg(name);
+}
+
+/// "the reports “A”, “B” and “C”"
+QString reportsInWords(const QStringList &titles)
+{
+    constexpr qsizetype most = 8;
+    QStringList names;
+    for (const QString &title : titles.mid(0, titles.size() > most ? most - 1 : most))
+        names.append(inQuotes(title));
+    if (titles.size() > names.size())
+        names.append(QStringLiteral("%1 more").arg(titles.size() - names.size()));
+    if (names.size() < 2)
+        return QLatin1String("the report ") + names.value(0);
+    const QString last = names.takeLast();
+    return QLatin1String("the reports ") + names.join(QLatin1String(", ")) +
+           QLatin1String(" and ") + last;
+}
+
 const QTime lastSecond(23, 59, 59);
 
 DateRange wholeDays(const QDate &first, const QDate &last)
@@ -151,15 +172,17 @@ void RangeEdit::setRange(const QDateTime &start, const QDateTime &end)
     txtEnd->setDateTime(shown(txtEnd, end));
 }
 
-frmCustomRange::frmCustomRange(const clsGraphDef &chart, QWidget *parent)
+frmCustomRange::frmCustomRange(const clsGraphDef &chart, const QStringList &reportTitles,
+                               QWidget *parent)
     : EditorDialog(QStringLiteral("frmCustomRange"), QStringLiteral("chart-editor.html"), parent)
     , m_chart(chart)
     , m_range(new RangeEdit)
     , lblPeriod(newTextLabel(QStringLiteral("lblPeriod"), 3))
 {
     setWindowTitle(QStringLiteral("Custom Range"));
-    auto *title = newTextLabel(
-        {}, QStringLiteral("Period of the charts \u201c%1\u201d").arg(chart.ChartTitle));
+    auto *title = newTextLabel(QStringLiteral("lblTitle"),
+                               QStringLiteral("Period of the charts %1 in %2")
+                                   .arg(inQuotes(chart.ChartTitle), reportsInWords(reportTitles)));
     lblPeriod->setMinimumWidth(lblPeriod->fontMetrics().averageCharWidth() * 60);
     auto *layout = new QVBoxLayout(content());
     layout->setContentsMargins(0, 0, 0, 0);
@@ -198,9 +221,9 @@ QString frmCustomRange::inputError(QWidget *&field) const
     return tooManyIntervals(m_chart);
 }
 
-bool editCustomRange(clsGraphDef &chart, QWidget *parent)
+bool editCustomRange(clsGraphDef &chart, const QStringList &reportTitles, QWidget *parent)
 {
-    frmCustomRange dialog(chart, parent);
+    frmCustomRange dialog(chart, reportTitles, parent);
     dialog.exec();
     if (dialog.tag() != u"SAVE")
         return false;

@@ -52,7 +52,8 @@ class frmCustomRange : public EditorDialog
     Q_OBJECT
 
 public:
-    explicit frmCustomRange(const clsGraphDef &chart, QWidget *parent = nullptr);
+    frmCustomRange(const clsGraphDef &chart, const QStringList &reportTitles,
+                   QWidget *parent = nullptr);
 
     QDateTime start() const { return m_range->start(); }
     QDateTime end() const { return m_range->end(); }
@@ -70,5 +71,6 @@ private:
 };
 
 /// The custom-range dialog of a run: shows the chart's StartTime and EndTime (the last seven days
-/// where they are no range) and sets them; false when it was closed with anything but OK.
-bool editCustomRange(clsGraphDef &chart, QWidget *parent);
+/// where they are no range) and sets them; false when it was closed with anything but OK. Names the
+/// reports that the range is for.
+bool editCustomRange(clsGraphDef &chart, const QStringList &reportTitles, QWidget *parent);

@@ -10,6 +10,7 @@
 #include "definitions/DefinitionStores.h"
 #include "report/OutputTree.h"
 #include "scheduling/Registration.h"
+#include "scheduling/Standings.h"
 #include "ui/Automate.h"
 #include "ui/GraphDefEditor.h"
 #include "ui/HelpViewer.h"
@@ -239,6 +240,7 @@ void frmGrapherMain::removeReport()
         return;
     try {
         removeReportDef(id);
+        refreshReportList();
     } catch (const Error &error) {
         showCritical(this, QStringLiteral("Not Removed"),
                      QStringLiteral("The report definition could not be removed. It stays as it "
@@ -399,9 +401,9 @@ bool frmGrapherMain::acceptErrors(const QStringList &errors)
                         .arg(errors.join(u'\n')));
 }
 
-bool frmGrapherMain::askCustomRange(clsGraphDef &chart)
+bool frmGrapherMain::askCustomRange(clsGraphDef &chart, const QStringList &reportTitles)
 {
-    return editCustomRange(chart, this);
+    return editCustomRange(chart, reportTitles, this);
 }
 
 void frmGrapherMain::showMessage(const QString &title, const QString &text)

@@ -83,7 +83,7 @@ private:
 
     // RunHost
     bool acceptErrors(const QStringList &errors) override;
-    bool askCustomRange(clsGraphDef &chart) override;
+    bool askCustomRange(clsGraphDef &chart, const QStringList &reportTitles) override;
     void showMessage(const QString &title, const QString &text) override;
     void openInBrowser(const QString &url) override;
 

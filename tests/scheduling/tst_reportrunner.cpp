@@ -1,4 +1,5 @@
 #include "core/Clock.h"
+#include "core/Trouble.h"
 #include "core/platform/EventLog.h"
 #include "data/Connection.h"
 #include "definitions/DefinitionStores.h"
@@ -86,7 +87,9 @@ public:
         setEventObserver([](int, EventType type, const QString &message) {
             events.append(QString::number(type) + u' ' + message);
         });
+        setTroubleSink([](const QString &text) { troubles.append(text); });
         events.clear();
+        troubles.clear();
         gAutoMode = true;
         gDataPath = gGraphDataPath = box.path() + u'/';
         gConfig->storedOutput = "%%app.path%%\\Out";
@@ -154,6 +157,7 @@ public:
     FrozenClock clock{"2024-04-01T13:14:15"};
     const QString database = box.path("VTRGData.MDB");
     static inline QStringList events;
+    static inline QStringList troubles;
 
 private:
     void addTemplate(QString &name, const char *file, const QByteArray &text)
@@ -161,6 +165,21 @@ private:
         name = file;
         box.write(name, text);
     }
+};
+
+class RangeHost : public RunHost
+{
+public:
+    bool acceptErrors(const QStringList &) override { return true; }
+    bool askCustomRange(clsGraphDef &chart, const QStringList &titles) override
+    {
+        asked.append(chart.ChartTitle + u':' + titles.join(u','));
+        return true;
+    }
+    void showMessage(const QString &, const QString &) override {}
+    void openInBrowser(const QString &) override { asked.append("browser"); }
+
+    QStringList asked;
 };
 
 } // namespace
@@ -404,7 +423,50 @@ private Q_SLOTS:
         QCOMPARE(lastRecord(runs, "{R-0}")->result, ReportResult::Failed);
         QVERIFY(lastRecord(runs, "{R-0}")->error.contains("'{X}'"));
         QCOMPARE(lastRecord(runs, "{R-1}")->result, ReportResult::Ok);
-        QVERIFY(!site.events.filter("1 Report 'A broken one' failed: ").isEmpty());
+        const QString failed = "Report 'A broken one' failed: ";
+        QCOMPARE(site.events.filter("1 " + failed).size(), 1);
+        QCOMPARE(site.troubles.filter(failed).size(), 1);
+
+        // The log hears of the same error once a day, standard error and history each time.
+        site.clock.advance(3'600'000);
+        runReports({"{R-0}"}, RunChoice::All);
+        QCOMPARE(site.events.filter(failed).size(), 1);
+        QCOMPARE(site.troubles.filter(failed).size(), 2);
+        QCOMPARE(readRuns().size(), size_t(2));
+        site.clock.advance(24 * qint64(3'600'000));
+        runReports({"{R-0}"}, RunChoice::All);
+        QCOMPARE(site.events.filter(failed).size(), 2);
+    }
+
+    void goesOnWhenMemoryRunsOut()
+    {
+        Site site;
+        setStatusSink([](const QString &line) {
+            if (line == "Generating Report: [Never scheduled]")
+                throw std::bad_alloc();
+        });
+        QCOMPARE(runReports({"{R-2}", "{R-1}"}, RunChoice::All).failedReports, 1);
+        QVERIFY(lastRecord(readRuns(), "{R-2}")->error.contains("[7] Out of memory"));
+        QVERIFY(site.isThere("R1/SUMMARY.HTM"));
+    }
+
+    void asksOnceForASharedRange()
+    {
+        Site site;
+        gAutoMode = false;
+        RangeHost host;
+        QVERIFY(!runReports({"{R-1}", "{R-2}"}, RunChoice::All, &host).failed());
+        QCOMPARE(host.asked, QStringList({"Night:Night of the change,Never scheduled", "browser"}));
+    }
+
+    void failsWithoutAHistory()
+    {
+        Site site;
+        site.box.write("RunHistory", "in the way");
+        const RunResult result = site.run(RunChoice::Due);
+        QVERIFY(result.failed() && result.failedReports == 0);
+        QCOMPARE(site.events.filter("1 Error saving run history [").size(), 1);
+        QCOMPARE(site.troubles.filter("Error saving run history [").size(), 1);
     }
 
     void citesTheTransparentImage()
@@ -414,7 +476,9 @@ private Q_SLOTS:
         site.box.write("item.html", "%%varb.name%% %%dev.graph%%[%%detail.list%%]%%img.alt%%\n");
         site.box.write("report.html", "%%report.note%%");
         const RunResult result = site.run(RunChoice::Due);
-        QVERIFY(!result.failed());
+        QVERIFY(result.failed());
+        QCOMPARE(site.events.filter("1 Report 'Night of the change' has 6 charts ").size(), 1);
+        QCOMPARE(site.troubles.filter("Report 'Night of the change': no chart ").size(), 6);
         QCOMPARE(result.chartsWithoutImage, 6); // four items, the summary and the overall state
         const QString page = site.output("R1/M2/DEVREP.HTM");
         QVERIFY(page.contains("Ping ../../transdot.gif["));
@@ -434,6 +498,8 @@ private Q_SLOTS:
     void cancelsBetweenDevices()
     {
         Site site;
+        site.box.write("tocitem.html", "%%report.title%%: %%report.lastnote%%");
+        site.box.write("Out/R1/REPORT.HTM", "of an earlier run");
         setStatusSink([&](const QString &line) {
             site.box.status.append(line);
             if (line.startsWith("Summarizing Gamma"))
@@ -448,6 +514,9 @@ private Q_SLOTS:
         QVERIFY(site.events.contains("4 Report AutoGraph execution cancelled."));
         QCOMPARE(site.box.status.last(), "Report run cancelled by user.");
         QCOMPARE(readRuns().at(0).reports.at(0).result, ReportResult::Cancelled);
+        QCOMPARE(site.output("REPORTS.HTM"),
+                 "<|Never scheduled: |Night of the change: The last run was cancelled: new and old "
+                 "pages are mixed.|>");
     }
 
     void tellsInTheMasterListHowReportsEnded()
@@ -455,7 +524,7 @@ private Q_SLOTS:
         Site site;
         site.box.write("tocitem.html",
                        "%%report.title%%: %%report.lastrun%%, %%report.lastresult%%, "
-                       "%%report.nextdue%%");
+                       "%%report.nextdue%%%%report.lastnote%%");
         site.box.write("Out/R1/REPORT.HTM", "of an earlier run");
         QStringList before;
         setStatusSink([&](const QString &line) {
@@ -473,7 +542,9 @@ private Q_SLOTS:
         site.clock.advance(3'600'000);
         QVERIFY(QFile::remove(site.database));
         QVERIFY(site.run(RunChoice::Due).failed());
-        QCOMPARE(site.output("REPORTS.HTM"), never + "2024-Apr-01 14:14, failed, now|>");
+        QCOMPARE(site.output("REPORTS.HTM"),
+                 never + "2024-Apr-01 14:14, failed, nowThe last run failed: the "
+                         "pages are those of an earlier run.|>");
         QVERIFY(site.isThere("R1/SUMMARY.HTM"));
         QCOMPARE(site.box.read("ChartSelection.XML"), definitions); // no later last run
         QVERIFY(!site.events.filter("1 Error opening database 'Provider=").isEmpty());

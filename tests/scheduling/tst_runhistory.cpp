@@ -52,6 +52,7 @@ private Q_SLOTS:
         report.chartErrors = QStringList(30, "a chart");
         RunRecord written = run(monday, {report, record("{R-2}", ReportResult::NoData)});
         written.error = "no master list";
+        written.reports[0].mixedPages = true;
         saveRun(written);
 
         QCOMPARE(m_box->names("RunHistory"), QStringList("20240401-000000-123.json"));
@@ -73,6 +74,7 @@ private Q_SLOTS:
         QCOMPARE(read.error, report.error);
         QCOMPARE(read.chartsWithoutImage, 30);
         QCOMPARE(read.chartErrors.size(), 20); // the count tells of the others
+        QVERIFY(read.mixedPages && !runs[0].reports[1].mixedPages);
         QCOMPARE(runs[0].reports[1].result, ReportResult::NoData);
         QVERIFY(!runs[0].reports[1].dueSince.isValid());
         QCOMPARE(lastRunEnd(), written.end);

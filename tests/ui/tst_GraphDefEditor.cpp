@@ -362,7 +362,8 @@ private Q_SLOTS:
         Answers answers;
         for (const char *button : {"cmdCancel", "cmdOK"}) {
             answers.add([=](QWidget &window) { control<QPushButton>(window, button)->click(); });
-            QCOMPARE(editCustomRange(chart, nullptr), qstrcmp(button, "cmdOK") == 0);
+            QCOMPARE(editCustomRange(chart, {"Servers", "Links"}, nullptr),
+                     qstrcmp(button, "cmdOK") == 0);
             QCOMPARE(chart.XMLConfig(), before.XMLConfig()); // to the second
         }
         QString words;
@@ -371,7 +372,7 @@ private Q_SLOTS:
             words = control<QLabel>(window, "lblPeriod")->text();
             control<QPushButton>(window, "cmdOK")->click();
         });
-        QVERIFY(editCustomRange(chart, nullptr));
+        QVERIFY(editCustomRange(chart, {"Servers", "Links"}, nullptr));
         QVERIFY(words.endsWith("47 intervals of an hour"));
         QCOMPARE(chart.StartTime, before.StartTime);
         QCOMPARE(chart.EndTime, wall("2026-11-03T08:15:59"));
@@ -427,7 +428,7 @@ private Q_SLOTS:
             window.findChild<QMenu *>()->actions().at(LastSevenDays)->trigger();
             control<QPushButton>(window, "cmdOK")->click();
         });
-        QVERIFY(editCustomRange(chart, nullptr));
+        QVERIFY(editCustomRange(chart, {"Servers", "Links"}, nullptr));
         QVERIFY(answers.said.value(0).contains("ends before"));
         QCOMPARE(proposed, wall("2026-11-14T00:00:00"));
         QCOMPARE(chart.StartTime, proposed);

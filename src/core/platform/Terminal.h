@@ -19,6 +19,12 @@ void attachTerminal();
 /// terminal on which a line cannot be rewritten.
 int terminalColumns(std::FILE *stream);
 
+/// Whether two streams end at the same place: one terminal, file or pipe.
+bool endTogether(std::FILE *a, std::FILE *b);
+
+/// From here on a write beyond the limit of a file's size fails, and does not end the process.
+void letLimitedWritesFail();
+
 /// Calls `handler` when the user or the system asks the process to end: an interrupt key or signal,
 /// or the closing of its console. A second request ends it at once. The handler may run on any
 /// thread, in the middle of anything. A reader of the standard output that goes away is no request.

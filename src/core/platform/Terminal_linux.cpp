@@ -4,6 +4,7 @@
 
 #include <csignal>
 #include <sys/ioctl.h>
+#include <sys/stat.h>
 #include <unistd.h>
 
 namespace platform {
@@ -42,6 +43,23 @@ int terminalColumns(std::FILE *stream)
     if (::ioctl(file, TIOCGWINSZ, &size) != 0 || size.ws_col == 0)
         return 80;
     return size.ws_col;
+}
+
+bool endTogether(std::FILE *a, std::FILE *b)
+{
+    struct stat first
+    {};
+    struct stat second
+    {};
+    if (::isatty(::fileno(a)) && ::isatty(::fileno(b)))
+        return true;
+    return ::fstat(::fileno(a), &first) == 0 && ::fstat(::fileno(b), &second) == 0 &&
+           first.st_dev == second.st_dev && first.st_ino == second.st_ino;
+}
+
+void letLimitedWritesFail()
+{
+    std::signal(SIGXFSZ, SIG_IGN);
 }
 
 void onCancelRequest(void (*handler)())

@@ -93,6 +93,23 @@ int terminalColumns(std::FILE *stream)
     return info.srWindow.Right - info.srWindow.Left + 1;
 }
 
+bool endTogether(std::FILE *a, std::FILE *b)
+{
+    const HANDLE first = handleOf(a);
+    const HANDLE second = handleOf(b);
+    DWORD mode = 0;
+    if (::GetConsoleMode(first, &mode) && ::GetConsoleMode(second, &mode))
+        return true;
+    BY_HANDLE_FILE_INFORMATION one{};
+    BY_HANDLE_FILE_INFORMATION other{};
+    return ::GetFileInformationByHandle(first, &one) &&
+           ::GetFileInformationByHandle(second, &other) &&
+           one.dwVolumeSerialNumber == other.dwVolumeSerialNumber &&
+           one.nFileIndexHigh == other.nFileIndexHigh && one.nFileIndexLow == other.nFileIndexLow;
+}
+
+void letLimitedWritesFail() {}
+
 void onCancelRequest(void (*handler)())
 {
     cancelHandler = handler;
