@@ -433,7 +433,7 @@ void RowCursor::appendText(int column, QByteArray &out) const
     switch (c.type) {
     case ColumnType::Text:
     case ColumnType::Memo:
-        out += text(column).toUtf8();
+        d->made(c, [&] { out += text(column).toUtf8(); });
         return;
     case ColumnType::Single:
         return appendNumber(out, load<float>(d->sized(c, 4).data()));
@@ -453,7 +453,7 @@ void RowCursor::appendText(int column, QByteArray &out) const
         return appendInstant(out, d->instantOf(c));
     case ColumnType::Binary:
     case ColumnType::Ole:
-        out += bytes(column).toHex();
+        d->made(c, [&] { out += bytes(column).toHex(); });
         return;
     default:
         return appendNumber(out, integer(column));

@@ -134,7 +134,8 @@ int run(const QString &path, const QString &table)
     } catch (const Error &error) {
         complain(errorTail(error));
     } catch (const std::exception &error) { // of allocations
-        complain(u'\'' + path + QLatin1String("': ") + QString::fromLocal8Bit(error.what()));
+        complain(u'\'' + path + QLatin1String("', table '") + table +
+                 QLatin1String("': not enough memory: ") + QString::fromLocal8Bit(error.what()));
     }
     return 1;
 }
