@@ -42,11 +42,21 @@ const injected = `<p id="x" onclick="window.owned=1"></p><script>window.owned=2<
 
 export async function checkAttacks(browser, site, expect, count) {
   const server = await serve(site);
+  try {
+    await attack(browser, site, `http://127.0.0.1:${server.address().port}`, expect, count);
+  } finally {
+    server.close();
+    server.closeAllConnections();
+    for (const name of ['owned.csv', 'OWNED.HTM']) rmSync(join(site, name));
+  }
+}
+
+async function attack(browser, site, served, expect, count) {
   writeFileSync(join(site, 'owned.csv'), 'window.owned=5');
   writeFileSync(join(site, 'OWNED.HTM'), readFileSync(join(site, 'REPORTS.HTM'), 'utf8').replace('<main', `${injected}<main`));
   const pages = readdirSync(join(site, 'Rhostile'), { recursive: true }).map(String).filter((name) => name.endsWith('.HTM'));
   expect(pages.length === 13, 'hostile report', `has the pages ${pages}`); // 4, and those of 3 devices and their 6 items
-  for (const from of [pathToFileURL(site).href, `http://127.0.0.1:${server.address().port}`]) {
+  for (const from of [pathToFileURL(site).href, served]) {
     const tab = await browser.newPage();
     for (const name of ['REPORTS.HTM', ...pages.map((page) => `Rhostile/${page}`)]) {
       const address = `${from}/${name.split('/').map(encodeURIComponent).join('/')}`;
@@ -72,6 +82,4 @@ export async function checkAttacks(browser, site, expect, count) {
     expect(owned === undefined && refusals >= 6, 'injected scripts', `from ${from}: ${refusals} refused, owned: ${owned}`);
     await tab.close();
   }
-  server.close();
-  for (const name of ['owned.csv', 'OWNED.HTM']) rmSync(join(site, name));
 }
