@@ -59,6 +59,7 @@ const QString placeholders =
 constexpr int state = 21;
 constexpr int milliseconds = 3;
 constexpr int bitsPerSecond = 4;
+constexpr int hostileScale = 5;
 constexpr int silentItem = 32;
 constexpr int days = 7;
 constexpr qint64 interval = 300;
@@ -74,7 +75,7 @@ const std::vector<Device> devices = {
     {4,
      QStringLiteral("A device with a name of many words, to see how lists, tables and bars cope"),
      {{41, QStringLiteral("Ping"), state}}},
-    {5, QStringLiteral("core1<!--"), {{51, leave, state}, {52, breakOut, milliseconds}}, leave},
+    {5, QStringLiteral("core1<!--"), {{51, leave, state}, {52, breakOut, hostileScale}}, leave},
     {6, placeholders, {{61, placeholders, state}, {62, breakOut, state}}, breakOut},
 };
 
@@ -125,6 +126,7 @@ void writeDatabase(const QString &path)
     };
     addScale(state, QStringLiteral("State"), QStringLiteral("State"));
     addScale(milliseconds, QStringLiteral("Milliseconds"), QStringLiteral("ms"));
+    addScale(hostileScale, breakOut, breakOut);
     addScale(bitsPerSecond, QStringLiteral("Bits per second"), QStringLiteral("bit/s"));
 
     for (const Device &device : devices) {
