@@ -165,7 +165,7 @@ void produceReport(clsReportDef &report, RunRecord &run, ReportRecord &record, P
     record.chartErrors = outcome.chartErrors;
     const bool endedEarly =
         record.result == ReportResult::Failed || record.result == ReportResult::Cancelled;
-    record.mixedPages = endedEarly && hadPages && outcome.devicePages > 0;
+    record.mixedPages = endedEarly && hadPages && (outcome.devicePages > 0 || record.mixedPages);
     tellOutcome(record);
     if (!endedEarly)
         stampLastRun(report, run);
@@ -175,8 +175,11 @@ void produceReport(clsReportDef &report, RunRecord &run, ReportRecord &record, P
 void produceReports(const std::vector<Chosen> &chosen, RunRecord &run)
 {
     Progress progress;
+    const std::vector<RunRecord> past = readRuns();
     for (const Chosen &entry : chosen) {
         ReportRecord record;
+        const ReportRecord *last = lastRecord(past, entry.report->ReportID);
+        record.mixedPages = last && last->mixedPages; // until all are made anew
         record.id = entry.report->ReportID;
         record.title = entry.report->ReportTitle;
         record.dueSince = entry.dueSince;

@@ -5,6 +5,7 @@
 #include "definitions/DefinitionStores.h"
 #include "scheduling/ReportRunner.h"
 #include "scheduling/RunHistory.h"
+#include "scheduling/Standings.h"
 #include "support/AccessTables.h"
 #include "support/Rows.h"
 #include "support/Sandbox.h"
@@ -517,6 +518,14 @@ private Q_SLOTS:
         QCOMPARE(site.output("REPORTS.HTM"),
                  "<|Never scheduled: |Night of the change: The last run was cancelled: new and old "
                  "pages are mixed.|>");
+
+        QVERIFY(QFile::remove(site.database)); // a run that makes no page leaves them mixed
+        QVERIFY(site.run(RunChoice::Due).failed());
+        QVERIFY(site.output("REPORTS.HTM").endsWith("failed: new and old pages are mixed.|>"));
+        // A report that is removed goes from the list at once.
+        removeReportDef("{R-1}");
+        QVERIFY(refreshReportList());
+        QCOMPARE(site.output("REPORTS.HTM"), "<|Never scheduled: |>");
     }
 
     void tellsInTheMasterListHowReportsEnded()
