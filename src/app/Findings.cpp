@@ -1,46 +1,22 @@
 #include "app/Findings.h"
 
 #include "core/Files.h"
-
-#include <QStringDecoder>
+#include "core/Xml.h"
+#include "core/XmlPatch.h"
 
 #include <algorithm>
-#include <cctype>
 
 SourceText SourceText::read(const QString &configured)
 {
-    const QByteArray bytes = readFile(configured);
-    const bool wide = bytes.startsWith("\xFF\xFE") || bytes.startsWith("\xFE\xFF");
-    const QString text =
-        wide ? QString(QStringDecoder(QStringDecoder::Utf16)(bytes)) : decodeText(bytes);
-    return {nativePath(configured), text.toUtf8()};
+    return {nativePath(configured), decodeXml(readFile(configured)).toUtf8()};
 }
 
 qsizetype SourceText::offsetOf(const pugi::xml_node &element, const char *attribute) const
 {
-    const auto begin = static_cast<qsizetype>(element.offset_debug());
-    if (begin < 0 || !attribute)
-        return std::max(begin, qsizetype(0));
-    const auto isBlank = [](char c) { return std::isspace(static_cast<unsigned char>(c)) != 0; };
-    qsizetype at = begin;
-    const auto ends = [&] { return at >= bytes.size() || bytes[at] == '>' || bytes[at] == '/'; };
-    while (!ends() && !isBlank(bytes[at])) // the element's name
-        ++at;
-    while (!ends()) {
-        while (!ends() && isBlank(bytes[at]))
-            ++at;
-        const qsizetype name = at;
-        while (!ends() && !isBlank(bytes[at]) && bytes[at] != '=')
-            ++at;
-        if (bytes.mid(name, at - name) == attribute)
-            return name;
-        while (!ends() && bytes[at] != '"' && bytes[at] != '\'')
-            ++at;
-        if (ends())
-            break;
-        at = bytes.indexOf(bytes[at], at + 1) + 1; // behind the value; the file has been parsed
-    }
-    return begin;
+    const AttributePlace place =
+        attribute ? attributePlace(bytes, element, attribute) : AttributePlace{};
+    return place.name >= 0 ? place.name
+                           : std::max(static_cast<qsizetype>(element.offset_debug()), qsizetype(0));
 }
 
 void Findings::add(const SourceText &source, qsizetype offset, const QString &text)

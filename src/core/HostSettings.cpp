@@ -9,6 +9,8 @@
 #include "core/platform/EventLog.h"
 #include "core/platform/ProductSettings.h"
 
+#include <QFileInfo>
+
 namespace {
 
 struct HostSettings
@@ -29,31 +31,45 @@ void warn(const QString &text, const Error &error)
     LogEvent(runEvent, EventWarning, text + u' ' + errorTail(error));
 }
 
+/// Throws Error that names the file: not found, not readable, or "<file>:line:column: what".
+void readConfiguration(pugi::xml_document &document, const QString &path)
+{
+    const QByteArray bytes = readFile(path);
+    try {
+        parseXml(document, bytes);
+    } catch (const Error &error) {
+        throw Error(error.number, nativePath(path) + u':' + error.description);
+    }
+}
+
 /// The product's configuration. An older version's file, or the factory file, is carried over
-/// under the present name first. Throws Error.
-void openProductConfiguration(pugi::xml_document &document)
+/// under the present name first; where that cannot be written, the event log says so. Empty where
+/// there is none of the three. Throws Error when the file that counts cannot be read: its settings
+/// say which database is meant, and another must not stand in for it in silence.
+pugi::xml_node productRoot(pugi::xml_document &document)
 {
     const QString folder = WithBackslash(GetAppPath());
     const QString present = folder + QLatin1String("VantrelV6.Config");
-    if (fileExists(present)) {
-        parseXml(document, readFile(present));
-        return;
+    if (QFileInfo::exists(nativePath(present))) {
+        readConfiguration(document, present);
+        return document.document_element();
     }
     QString source = folder + QLatin1String("VantrelV5.Config");
     if (!fileExists(source))
         source = folder + QLatin1String("VantrelV6.Config.FAC");
-    parseXml(document, readFile(source));
-    savePrivateFile(present, documentBytes(document)); // it may hold a password
-}
-
-/// The configuration's root element. One that cannot be read, or whose new name cannot be written,
-/// leaves the settings at what could be read; the event log says so.
-pugi::xml_node productRoot(pugi::xml_document &document)
-{
     try {
-        openProductConfiguration(document);
+        readConfiguration(document, source);
     } catch (const Error &error) {
+        if (error.number != FileNotFound)
+            throw;
         warn(QStringLiteral("Error reading the product configuration in '%1'").arg(GetAppPath()),
+             error);
+        return {};
+    }
+    try {
+        savePrivateFile(present, documentBytes(document)); // it may hold a password
+    } catch (const Error &error) {
+        warn(QStringLiteral("Error writing the product configuration in '%1'").arg(GetAppPath()),
              error);
     }
     return document.document_element();

@@ -4,7 +4,8 @@
 
 /// What the tool takes from the installed monitoring product: its folder, its configuration file
 /// ("VantrelV6.Config"), and from that the data folders and the connection settings of
-/// core/State.h. Each value is read once per process. Main thread only.
+/// core/State.h. Each value is read once per process. A configuration file that is there and cannot
+/// be read is an Error, which names it, from whatever reads it. Main thread only.
 
 QString GetProductKey();
 void SetProductKey(const QString &key);

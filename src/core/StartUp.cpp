@@ -19,18 +19,16 @@ QString withoutQuotes(QString commandLine)
 
 void InitGrapher()
 {
-    gAutoMode = false;
+    gAutoMode = withoutQuotes(gCommandLine).contains(unattendedKeyword, Qt::CaseInsensitive);
     SetDataPath(QString());
     gDataPath = NormalizeFolder(GetDataPath());
     SetGraphDataPath(QString());
     gGraphDataPath = NormalizeFolder(GetGraphDataPath());
 
     gCmdParams.clear();
-    if (withoutQuotes(gCommandLine).contains(unattendedKeyword, Qt::CaseInsensitive)) {
-        gAutoMode = true;
+    if (gAutoMode)
         LogEvent(runEvent, EventInformation,
                  QStringLiteral("Vantrel Automated Graphing Report started..."));
-    }
     if (const std::optional<QString> folder = dataPathIn(gCommandLine))
         gDataPath = *folder;
 }

@@ -4,6 +4,8 @@
 #include "core/Files.h"
 #include "core/Numbers.h"
 
+#include <QStringDecoder>
+
 namespace {
 
 /// "line:column" of a byte offset, both counted from 1.
@@ -21,14 +23,13 @@ QString placeOf(const QByteArray &bytes, qsizetype offset)
     return QStringLiteral("%1:%2").arg(line).arg(offset - start + 1);
 }
 
-/// Text that is UTF-8 by now, whatever encoding its declaration still names, goes with
-/// encoding_utf8.
-void load(pugi::xml_document &document, const QByteArray &bytes, pugi::xml_encoding encoding)
+/// The text is UTF-8 by now, whatever encoding its declaration still names.
+void load(pugi::xml_document &document, const QByteArray &bytes)
 {
     const pugi::xml_parse_result result = document.load_buffer(
         bytes.constData(), static_cast<size_t>(bytes.size()),
         pugi::parse_default | pugi::parse_comments | pugi::parse_pi | pugi::parse_declaration,
-        encoding);
+        pugi::encoding_utf8);
     if (!result) {
         document.reset(); // nothing of what stands before the mistake counts
         throw Error(InvalidFileFormat, placeOf(bytes, result.offset) + QLatin1String(": ") +
@@ -50,19 +51,25 @@ public:
 
 } // namespace
 
+QString decodeXml(const QByteArray &bytes)
+{
+    const auto encoding = QStringConverter::encodingForData(bytes, u'<');
+    if (!encoding || *encoding == QStringConverter::Utf8)
+        return decodeText(bytes);
+    QString text = QStringDecoder(*encoding, QStringConverter::Flag::Stateless)(bytes);
+    if (text.startsWith(QChar::ByteOrderMark))
+        text.remove(0, 1);
+    return text;
+}
+
 void parseXml(pugi::xml_document &document, const QString &text)
 {
-    load(document, text.toUtf8(), pugi::encoding_utf8);
+    load(document, text.toUtf8());
 }
 
 void parseXml(pugi::xml_document &document, const QByteArray &bytes)
 {
-    const bool wide = bytes.startsWith("\xFF\xFE") || bytes.startsWith("\xFE\xFF") ||
-                      bytes.left(4).contains('\0');
-    if (wide)
-        load(document, bytes, pugi::encoding_auto);
-    else
-        parseXml(document, decodeText(bytes));
+    parseXml(document, decodeXml(bytes));
 }
 
 QString GetAttr(const pugi::xml_node &element, const char *name, const QString &fallback)
@@ -115,6 +122,10 @@ QString elementText(const pugi::xml_node &element)
 QByteArray documentBytes(const pugi::xml_document &document)
 {
     TextWriter writer;
+    const pugi::xml_node first = document.first_child();
+    if (pugi::xml_attribute encoding = first.attribute("encoding");
+        encoding && first.type() == pugi::node_declaration)
+        encoding.set_value("UTF-8");
     document.save(writer, "\t", pugi::format_indent | pugi::format_no_declaration,
                   pugi::encoding_utf8);
     return writer.bytes;

@@ -7,9 +7,12 @@
 /// XML files: the tool's definitions and configurations. Documents keep attributes in the order in
 /// which they were set. Pure functions, safe on any thread.
 
-/// Parses a text, or a file's bytes: UTF-8 or what core/Files' decodeText makes of them, UTF-16
-/// where they look so. Throws Error(InvalidFileFormat) with "line:column: what" on malformed
-/// content, and when there is no root element.
+/// The text of a file's bytes: UTF-16 and UTF-32 where they look so, else what core/Files'
+/// decodeText makes of them. A byte-order mark is dropped.
+QString decodeXml(const QByteArray &bytes);
+
+/// Parses a text, or that of a file's bytes. Throws Error(InvalidFileFormat) with "line:column:
+/// what" on malformed content, and when there is no root element.
 void parseXml(pugi::xml_document &document, const QString &text);
 void parseXml(pugi::xml_document &document, const QByteArray &bytes);
 
@@ -40,7 +43,8 @@ void forEachElement(const pugi::xml_node &root, const char *name, Visit visit)
 /// An element's XML text, without line breaks.
 QString elementText(const pugi::xml_node &element);
 
-/// A whole document as UTF-8 bytes, indented by tabs, each line ended by "\n".
+/// A whole document as UTF-8 bytes, indented by tabs, each line ended by "\n". A declaration that
+/// it has says so.
 QByteArray documentBytes(const pugi::xml_document &document);
 
 /// Booleans are written as -1 and 0 and read as true when the number is not zero.

@@ -9,6 +9,7 @@
 #include <QProcess>
 #include <QRegularExpression>
 #include <QSettings>
+#include <QStringEncoder>
 
 namespace {
 
@@ -77,21 +78,43 @@ private Q_SLOTS:
         QCOMPARE(GetDataPath(), "/older");
     }
 
-    void productFileThatCannotBeReadGivesDefaults()
+    void missingProductFileGivesDefaults()
     {
-        for (const bool exists : {false, true}) {
-            if (exists)
-                writeProduct("DataPath=\"/x\"<");
+        gUseClientCursor = gGraphDataGroups = true;
+        gCommandTimeout = 1;
+        QCOMPARE(GetDataPath(), defaultFolder());
+        QCOMPARE(GetGraphDataPath(), defaultFolder());
+        QCOMPARE(connection(), defaults);
+        QCOMPARE(events.size(), 2);
+        QVERIFY2(events[0].startsWith("6/2 Error reading the product configuration"),
+                 qPrintable(events[0]));
+    }
+
+    void productFileThatCannotBeReadIsAnError()
+    {
+        for (const QString &name :
+             {presentFile, QString("VantrelV5.Config"), presentFile + ".FAC"}) {
+            sandbox->write(name, "<P DataPath='/x'\n<");
+            const Error error = errorOf([] { GetDataPath(); });
+            QVERIFY2(error.description.startsWith(sandbox->path(name) + ":2:"), error.what());
+            QCOMPARE(errorOf([] { GetGraphDataPath(); }).number, int(InvalidFileFormat));
+            QFile::remove(sandbox->path(name));
+            QVERIFY(!fileExists(sandbox->path(presentFile)));
+        }
+        QVERIFY(QDir().mkpath(sandbox->path(presentFile)));
+        QVERIFY(errorOf([] { GetDataPath(); }).description.contains(presentFile));
+    }
+
+    void productFileMayBeWide()
+    {
+        const QString text = "<?xml version='1.0' encoding='utf-16'?><P DataPath='/ä'/>";
+        for (const QString &name : {presentFile, QString("VantrelV5.Config")}) {
+            sandbox->write(name, QStringEncoder(QStringEncoder::Utf16LE)(u'\uFEFF' + text));
             resetHostSettings();
-            events.clear();
-            gUseClientCursor = gGraphDataGroups = true;
-            gCommandTimeout = 1;
-            QCOMPARE(GetDataPath(), defaultFolder());
-            QCOMPARE(GetGraphDataPath(), defaultFolder());
-            QCOMPARE(connection(), defaults);
-            QCOMPARE(events.size(), 2);
-            QVERIFY2(events[0].startsWith("6/2 Error reading the product configuration"),
-                     qPrintable(events[0]));
+            QCOMPARE(GetDataPath(), "/ä");
+            resetHostSettings();
+            QCOMPARE(GetDataPath(), "/ä");
+            QFile::remove(sandbox->path(presentFile));
         }
     }
 
