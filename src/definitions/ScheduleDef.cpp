@@ -5,12 +5,14 @@
 #include "core/Xml.h"
 #include "definitions/ReportDef.h"
 
+#include <algorithm>
 #include <array>
 #include <limits>
 
 namespace {
 
-constexpr int hoursTried = 8760; // those of a year of 365 days
+constexpr qint64 hoursOfYear = 8760;         // of 365 days
+constexpr qint64 hoursOfEver = 9 * 366 * 24; // 29 February may be eight years away
 
 /// Which numbers up to 31 a list names, found out once so that the search only looks them up.
 using Listed = std::array<bool, 32>;
@@ -45,6 +47,21 @@ public:
         , m_months(listed(schedule.MonthList, Form::PlainOrTwoDigits))
     {}
 
+    /// Whether there is such an hour in any year.
+    bool hasAny() const
+    {
+        constexpr int leapYear = 2000; // its days stand for those of all years
+        const auto namesHour = std::find(m_hours.begin(), m_hours.begin() + 24, true);
+        if (namesHour == m_hours.begin() + 24)
+            return false;
+        const QDate end(leapYear + 1, 1, 1);
+        for (QDate date(leapYear, 1, 1); date < end; date = date.addDays(1)) {
+            if ((*this)(date, static_cast<int>(namesHour - m_hours.begin())))
+                return true;
+        }
+        return false;
+    }
+
     bool operator()(const QDate &date, int hour) const
     {
         if (!m_hours[size_t(hour)])
@@ -60,42 +77,68 @@ private:
     Listed m_months;
 };
 
-/// The first hour after the hour of `start` that passes `accept(slot)`; the last of the 8760 hours
-/// tried where none does.
+struct Slot
+{
+    QDateTime time; ///< the last hour tried where none was found
+    bool found = false;
+};
+
+/// The first hour after the hour of `start` that passes `accept(date, hour)`.
 template <typename Accept>
-QDateTime firstSlot(const QDateTime &start, Accept accept, bool *found = nullptr)
+Slot firstSlot(const QDateTime &start, qint64 mostHours, Accept accept)
 {
     QDate date = start.isValid() ? start.date() : zeroDate().date();
     int hour = start.isValid() ? start.time().hour() : 0;
-    for (int tried = 0; tried < hoursTried; ++tried) {
+    for (qint64 tried = 0; tried < mostHours; ++tried) {
         if (++hour > 23) {
             date = date.addDays(1);
             hour = 0;
         }
         if (accept(date, hour))
-            return wallDateTime(date, QTime(hour, 0));
+            return {wallDateTime(date, QTime(hour, 0)), true};
     }
-    if (found)
-        *found = false;
-    return wallDateTime(date, QTime(hour, 0));
+    return {wallDateTime(date, QTime(hour, 0)), false};
+}
+
+/// Whether a slot was missed by more than the schedule allows.
+bool isMissed(const clsScheduleDef &schedule, const QDateTime &slot, const QDateTime &present)
+{
+    return schedule.Reschedule && slot < present &&
+           slot.secsTo(present) / 60 > schedule.RescheduleTime;
+}
+
+Slot searchSlot(const clsScheduleDef &schedule, const SlotTest &isListed, const QDateTime &start,
+                qint64 mostHours)
+{
+    const QDateTime present = now();
+    return firstSlot(start, mostHours, [&](const QDate &date, int hour) {
+        return isListed(date, hour) &&
+               !isMissed(schedule, wallDateTime(date, QTime(hour, 0)), present);
+    });
+}
+
+/// Where the search for the slot after a run begins. Slots that are missed anyway are not looked
+/// at: there are too many of them after a long time.
+QDateTime searchStart(const clsScheduleDef &schedule, const clsReportSchedule &entry)
+{
+    const QDateTime start = ranInFuture(entry) ? zeroDate() : entry.LastRunDate;
+    if (!schedule.Reschedule)
+        return start;
+    const qint64 minutes = std::max(schedule.RescheduleTime, 0) + qint64(61);
+    return std::max(start, now().addSecs(-minutes * 60));
 }
 
 } // namespace
 
-void clsScheduleDef::CalcNextSchedule(const QDateTime &start)
+bool clsScheduleDef::CalcNextSchedule(const QDateTime &start)
 {
-    const QDateTime present = now();
     if (SchedInterval == NotScheduled) {
-        NextRunTime = present;
-        return;
+        NextRunTime = now();
+        return false;
     }
-    const SlotTest isListed(*this);
-    const auto missed = [this, &present](const QDateTime &slot) {
-        return Reschedule && slot < present && slot.secsTo(present) / 60 > RescheduleTime;
-    };
-    NextRunTime = firstSlot(start, [&](const QDate &date, int hour) {
-        return isListed(date, hour) && !missed(wallDateTime(date, QTime(hour, 0)));
-    });
+    const Slot slot = searchSlot(*this, SlotTest(*this), start, hoursOfYear);
+    NextRunTime = slot.time;
+    return slot.found;
 }
 
 pugi::xml_node clsScheduleDef::XMLConfigEL(pugi::xml_node parent) const
@@ -150,24 +193,39 @@ void clsScheduleDef::readElement(const pugi::xml_node &element)
     RescheduleTime = integerAttr(element, "RescheduleTime", 59);
 }
 
+bool everRuns(const clsScheduleDef &schedule)
+{
+    return schedule.SchedInterval != NotScheduled && SlotTest(schedule).hasAny();
+}
+
+bool ranInFuture(const clsReportSchedule &reportSchedule)
+{
+    constexpr int ambiguous = 3600; // seconds: the clocks of autumn show an hour twice
+    return reportSchedule.LastRunDate > now().addSecs(ambiguous);
+}
+
 bool IsReportDue(const clsReportSchedule &reportSchedule, clsScheduleDef &scheduleDef)
 {
-    scheduleDef.CalcNextSchedule(reportSchedule.LastRunDate);
-    return scheduleDef.SchedInterval != NotScheduled && scheduleDef.NextRunTime <= now();
+    const SlotTest isListed(scheduleDef);
+    if (scheduleDef.SchedInterval == NotScheduled || !isListed.hasAny()) {
+        scheduleDef.CalcNextSchedule(reportSchedule.LastRunDate);
+        return false;
+    }
+    scheduleDef.NextRunTime =
+        searchSlot(scheduleDef, isListed, searchStart(scheduleDef, reportSchedule), hoursOfEver)
+            .time;
+    return scheduleDef.NextRunTime <= now();
 }
 
 std::vector<QDateTime> nextRuns(const clsScheduleDef &schedule, const QDateTime &from, int most)
 {
     std::vector<QDateTime> runs;
-    if (schedule.SchedInterval == NotScheduled)
-        return runs;
     const SlotTest isListed(schedule);
-    bool found = true;
+    if (schedule.SchedInterval == NotScheduled || !isListed.hasAny())
+        return runs;
     QDateTime slot = from;
     while (static_cast<int>(runs.size()) < most) {
-        slot = firstSlot(slot, isListed, &found);
-        if (!found)
-            break;
+        slot = firstSlot(slot, hoursOfEver, isListed).time;
         runs.push_back(slot);
     }
     return runs;

@@ -35,12 +35,13 @@ public:
     QDateTime EndTime = zeroDate();
     QDateTime NextRunTime = zeroDate(); ///< result of CalcNextSchedule, a wall time; never saved
     bool Reschedule = false;            ///< skip slots missed by more than RescheduleTime
-    qint32 RescheduleTime = 0;          ///< minutes; a file holds at most 16 bits
+    qint32 RescheduleTime = 59;         ///< minutes; a file holds at most 16 bits
 
     /// Sets NextRunTime to the first matching whole hour after the hour of `start`, by the clock on
     /// the wall without any daylight-saving rule. Where none of the 8760 hours after it matches,
-    /// NextRunTime is the last of them; for NotScheduled it is the present time.
-    void CalcNextSchedule(const QDateTime &start);
+    /// NextRunTime is the last of them; for NotScheduled it is the present time. False in both
+    /// cases.
+    bool CalcNextSchedule(const QDateTime &start);
 
     /// Appends the "SCHEDULE" element to `parent`. Throws Error(Overflow) when RescheduleTime does
     /// not fit 16 bits.
@@ -52,11 +53,19 @@ public:
     void readElement(const pugi::xml_node &element);
 };
 
+/// Whether any hour of any year matches. A schedule without one is never due, nor is one that is
+/// not scheduled.
+bool everRuns(const clsScheduleDef &schedule);
+
+/// Whether the last run lies in the future, more than an hour ahead: the clock was wrong then, or
+/// it is now. Such a report counts as one that never ran.
+bool ranInFuture(const clsReportSchedule &reportSchedule);
+
 /// Whether a report has fallen due under one of its schedules: the slot that follows its last run
-/// has come. Sets `scheduleDef.NextRunTime`.
+/// has come. Sets `scheduleDef.NextRunTime` to that slot, as CalcNextSchedule would, however far
+/// away it is.
 bool IsReportDue(const clsReportSchedule &reportSchedule, clsScheduleDef &scheduleDef);
 
-/// The next slots of a schedule after the hour of `from`, at most `most` of them, as the search of
-/// CalcNextSchedule finds them from slot to slot when none is missed. Empty for a schedule that is
-/// not scheduled or that has no slot within the 8760 hours after `from`: it never runs.
+/// The next slots of a schedule after the hour of `from`, as the search finds them from slot to
+/// slot when none is missed: `most` of them, or none where `everRuns` is false.
 std::vector<QDateTime> nextRuns(const clsScheduleDef &schedule, const QDateTime &from, int most);

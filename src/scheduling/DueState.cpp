@@ -13,15 +13,6 @@ QString slotText(const QDateTime &slot)
     return slot.toString(QStringLiteral("yyyy-MM-dd HH:mm"));
 }
 
-/// Whether there is no slot, neither from now on nor from half a year later: one that comes once a
-/// year may be 366 days away, which is further than the search reaches.
-bool neverRuns(const clsScheduleDef &schedule)
-{
-    constexpr int halfAYear = 180; // days
-    return nextRuns(schedule, now(), 1).empty() &&
-           nextRuns(schedule, now().addDays(halfAYear), 1).empty();
-}
-
 /// The slot that one schedule serves next, and in words why it is due or not.
 DueState stateUnder(const clsReportSchedule &entry)
 {
@@ -36,7 +27,7 @@ DueState stateUnder(const clsReportSchedule &entry)
         state.why = name + QLatin1String(" is switched off");
         return state;
     }
-    if (!state.due && neverRuns(*found)) {
+    if (!everRuns(*found)) {
         state.why = name + QLatin1String(" never runs");
         return state;
     }
@@ -44,9 +35,13 @@ DueState stateUnder(const clsReportSchedule &entry)
     state.why = state.due
                     ? QStringLiteral("due since %1 by ").arg(slotText(state.next)) + name
                     : QStringLiteral("not due before %1 by ").arg(slotText(state.next)) + name;
+    if (ranInFuture(entry)) {
+        state.why += QLatin1String("; ") + futureRunText(entry);
+        return state;
+    }
     clsScheduleDef patient = *found;
     patient.Reschedule = false;
-    patient.CalcNextSchedule(entry.LastRunDate);
+    IsReportDue(entry, patient);
     // Only a report that has run before can have missed a slot that anybody waited for.
     if (patient.NextRunTime < state.next && entry.LastRunDate != zeroDate())
         state.why += QStringLiteral("; the run of %1 was missed by more than %2 minutes and is "
@@ -70,14 +65,22 @@ bool isMoreUrgent(const DueState &a, const DueState &b)
 QDateTime lastRunDate(const clsReportDef &report)
 {
     QDateTime last = zeroDate();
-    for (const auto &entry : report.ReportSchedules)
-        last = std::max(last, entry->LastRunDate);
+    for (const auto &entry : report.ReportSchedules) {
+        if (!ranInFuture(*entry))
+            last = std::max(last, entry->LastRunDate);
+    }
     // A schedule that was chosen anew has the time of its choosing: without a page there was no
     // run.
     return last == zeroDate() || !fileExists(reportPage(report)) ? QDateTime() : last;
 }
 
 } // namespace
+
+QString futureRunText(const clsReportSchedule &entry)
+{
+    return QStringLiteral("its last run is dated %1, which is in the future, and counts as none")
+        .arg(slotText(entry.LastRunDate));
+}
 
 DueState dueState(const clsReportDef &report)
 {

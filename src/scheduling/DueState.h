@@ -17,6 +17,9 @@ struct DueState
 /// A report is due when at least one of its schedules is.
 DueState dueState(const clsReportDef &report);
 
+/// What to say of a schedule entry that `ranInFuture`.
+QString futureRunText(const clsReportSchedule &entry);
+
 /// A report's latest run, by the run history as far as that goes back.
 struct LatestRun
 {

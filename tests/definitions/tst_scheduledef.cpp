@@ -104,11 +104,12 @@ private Q_SLOTS:
         row("wide tolerance", true, 390, "2024-03-01T10:05", "2024-03-05T04:00", true);
         row("negative tolerance", true, -1, "2024-03-01T10:05", "2024-03-05T16:00", false);
         row("run at its slot", true, 59, "2024-03-05T10:00", "2024-03-05T16:00", false);
-        row("last run in the future", true, 59, "2024-03-06T05:00", "2024-03-06T10:00", false);
-        // More than a year back no slot within the tolerance is reached, and the last hour tried
-        // has long come.
-        row("run long ago", true, 59, "2022-01-01T00:30", "2023-01-01T00:00", true);
-        row("never run", true, 59, "1899-12-30T00:00", "1900-12-30T00:00", true);
+        row("an hour shown twice", true, 59, "2024-03-05T11:30", "2024-03-05T16:00", false);
+        // A last run in the future counts as none, and the slots missed before are not looked at.
+        row("last run in the future", true, 59, "2099-03-06T05:00", "2024-03-05T10:00", true);
+        row("future, kept", false, 59, "2024-03-05T11:31", "1899-12-30T04:00", true);
+        row("run long ago", true, 29, "2022-01-01T00:30", "2024-03-05T16:00", false);
+        row("never run", true, 59, "1899-12-30T00:00", "2024-03-05T10:00", true);
     }
     void skipsMissedSlots()
     {
@@ -126,9 +127,40 @@ private Q_SLOTS:
         QTEST(shown(schedule.NextRunTime), "next");
     }
 
+    void neverIsNotAYear_data()
+    {
+        const Rows<QString, QString, QString, bool, bool> row("day", "month", "now", "due", "ever");
+        // The last run was at 2024-01-01 00:05, the hour is 0.
+        row("1 January, leap year", "1", "1", "2024-12-31T23:59", false, true);
+        row("1 January", "1", "1", "2025-01-01T00:00", true, true);
+        row("29 February", "29", "2", "2024-02-29T00:00", true, true);
+        row("no such day", "30,31,32", "2", "2030-01-01T00:00", false, false);
+        row("no month", "1", "", "2030-01-01T00:00", false, false);
+    }
+    void neverIsNotAYear()
+    {
+        QFETCH(QString, day);
+        QFETCH(QString, month);
+        QFETCH(QString, now);
+        clsScheduleDef schedule = daily("0");
+        schedule.MonthDayList = day;
+        schedule.MonthList = month;
+        clsReportSchedule entry;
+        entry.LastRunDate = wall("2024-01-01T00:05");
+        for (const bool reschedule : {false, true}) {
+            schedule.Reschedule = reschedule;
+            const FrozenClock clock(now);
+            QTEST(IsReportDue(entry, schedule), "due");
+        }
+        QTEST(everRuns(schedule), "ever");
+        QCOMPARE(nextRuns(schedule, wall("2096-02-29T00:00"), 2).size(),
+                 everRuns(schedule) ? size_t(2) : size_t(0));
+    }
+
     void dueFromTheVeryMoment()
     {
         clsScheduleDef schedule = daily("11");
+        QCOMPARE(schedule.RescheduleTime, 59);
         clsReportSchedule entry;
         entry.LastRunDate = wall("2024-03-05T10:30");
         FrozenClock clock("2024-03-05T11:00:00");
