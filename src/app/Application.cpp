@@ -7,6 +7,7 @@
 #include "app/SingleInstance.h"
 #include "core/Clock.h"
 #include "core/Error.h"
+#include "core/Files.h"
 #include "core/GrapherConfig.h"
 #include "core/Paths.h"
 #include "core/StartUp.h"
@@ -52,8 +53,12 @@ QStringList reportIdsOf(const QStringList &names)
                 report->ReportTitle.compare(name, Qt::CaseInsensitive) == 0)
                 ids.append(report->ReportID);
         }
-        if (ids.size() == before)
-            throw Error(ItemNotFound, QStringLiteral("There is no report '%1'").arg(name));
+        if (ids.size() > before)
+            continue;
+        const QStringList errors = definitionErrors(); // it may be one of them
+        throw Error(ItemNotFound,
+                    (QStringList{QStringLiteral("There is no report '%1'").arg(name)} + errors)
+                        .join(QLatin1String("; ")));
     }
     return ids;
 }
@@ -110,8 +115,8 @@ int check()
     return WrongUse;
 }
 
-/// A run with a definition file that cannot be read would skip reports, and end by writing the file
-/// anew: nobody is there to see it, so the run does not start. Throws Error naming the places.
+/// A run with a definition file of which nothing can be read would skip reports, and nobody is
+/// there to see it: the run does not start. Throws Error naming the places.
 void checkDefinitionFiles()
 {
     LoadChartDefs();
@@ -119,6 +124,24 @@ void checkDefinitionFiles()
     const QStringList errors = definitionFileErrors();
     if (!errors.isEmpty())
         throw Error(InvalidFileFormat, errors.join(QLatin1String("; ")));
+    const QString reports = configurationFolder() + QLatin1String("ChartSelection.XML");
+    if (gAutoMode && !fileExists(reports))
+        throw Error(FileNotFound,
+                    QStringLiteral("There is no file '%1': no report is defined").arg(reports));
+}
+
+/// The list, with what could not be read of the definitions.
+int listReports()
+{
+    LoadScheduleDefs();
+    show(reportListText());
+    const QStringList unread = definitionFileErrors();
+    const QStringList errors = unread + definitionErrors();
+    for (const QString &error : errors)
+        print(stderr, QLatin1String("Error reading definitions: ") + error);
+    if (!unread.isEmpty())
+        return WrongUse;
+    return errors.isEmpty() ? Done : ReportFailed;
 }
 
 /// The commands that need no definitions.
@@ -152,22 +175,25 @@ int startUp(const Options &options)
         return runInteractive(options);
     loadGrapherConfig();
     LoadReportDefs();
-    if (options.command == Command::List) {
-        LoadScheduleDefs();
-        return show(reportListText());
-    }
+    if (options.command == Command::List)
+        return listReports();
     checkDefinitionFiles();
     gStartupDone = true;
 
     if (!options.run.isEmpty())
         return runUnattended(reportIdsOf(options.run), RunChoice::All);
     const QStringList ids = allReportIds();
-    return ids.isEmpty() ? Done : runUnattended(ids, RunChoice::Due);
+    return ids.isEmpty() && definitionErrors().isEmpty() ? Done
+                                                         : runUnattended(ids, RunChoice::Due);
 }
 
 /// An unattended run that cannot begin says so where the others are on record.
 void recordFailedStart(const QString &why)
 {
+    if (gGraphDataPath.isEmpty()) { // where the history lies is not known
+        logTrouble(why);
+        return;
+    }
     {
         const LoggedToday logged(troublesOfToday(readRuns()));
         logTrouble(why);

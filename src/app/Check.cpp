@@ -8,6 +8,8 @@
 #include "core/State.h"
 #include "core/Xml.h"
 #include "data/Connection.h"
+#include "definitions/Advice.h"
+#include "definitions/ReportDef.h"
 #include "definitions/TemplateFile.h"
 #include "report/TemplateNames.h"
 
@@ -130,6 +132,16 @@ public:
         ids.insert(id.toLower());
     }
 
+    /// A title that nothing tells from an earlier one.
+    void requireNewTitle(const pugi::xml_node &element, const char *attribute, Ids &titles)
+    {
+        const QString title = GetAttr(element, attribute, QString());
+        const QString key = titleKey(title);
+        if (!key.isEmpty() && titles.contains(key))
+            add(element, attribute, sameTitleWarning(title));
+        titles.insert(key);
+    }
+
     void requireKnown(const pugi::xml_node &element, const char *attribute, const Ids &ids,
                       const QString &what)
     {
@@ -178,6 +190,17 @@ struct DatabaseIds
     QHash<QString, QString> devices; ///< MUID in lower case -> IDent
     QHash<QString, QString> items;   ///< DataIDent -> IDent
 };
+
+template <typename Read>
+bool isReadable(Read read)
+{
+    try {
+        read();
+        return true;
+    } catch (const Error &) {
+        return false;
+    }
+}
 
 class Check
 {
@@ -310,10 +333,13 @@ private:
         CheckedFile file(m_findings, definitionFile(QStringLiteral("ChartDefs")));
         m_chartsRead = file.isRead();
         file.requireRoot("CHARTDEFS");
+        Ids titles;
         forEachElement(file.document(), "CHART", [&](const pugi::xml_node &chart) {
             if (!xmlBoolean(GetAttr(chart, "Include", QStringLiteral("1"))))
                 return; // never loaded, so never referred to
             file.requireNewId(chart, "ChartID", m_charts);
+            file.requireNewTitle(chart, "Title", titles);
+            keep(chart, m_chartDefs);
             for (const NumberRule &rule : chartNumbers)
                 file.requireNumber(chart, rule);
             file.requireDate(chart, "StartTime");
@@ -330,8 +356,11 @@ private:
         CheckedFile file(m_findings, definitionFile(QStringLiteral("ChartSchedules")));
         m_schedulesRead = file.isRead();
         file.requireRoot("SCHEDULES");
+        Ids titles;
         forEachElement(file.document(), "SCHEDULE", [&](const pugi::xml_node &schedule) {
             file.requireNewId(schedule, "ScheduleID", m_schedules);
+            file.requireNewTitle(schedule, "ScheduleName", titles);
+            keep(schedule, m_scheduleDefs);
             for (const NumberRule &rule : scheduleNumbers)
                 file.requireNumber(schedule, rule);
             for (const NumberRule &rule : scheduleLists)
@@ -345,22 +374,28 @@ private:
     void checkReports()
     {
         const QString path = configurationFolder() + QLatin1String("ChartSelection.XML");
-        if (!fileExists(path))
-            return; // no report is defined yet
+        if (!fileExists(path)) {
+            m_findings.add(nativePath(path), QStringLiteral("there is no such file: no report is "
+                                                            "defined, and no run begins"));
+            return;
+        }
         CheckedFile file(m_findings, path);
         if (!file.isRead())
             return;
         file.requireRoot("REPORTDEFINITIONS");
         readDatabase();
         Ids ids;
+        Ids titles;
         forEachElement(file.document(), "CUSTOMREPORT", [&](const pugi::xml_node &report) {
             file.requireNewId(report, "ReportID", ids);
+            file.requireNewTitle(report, "ReportTitle", titles);
             if (m_chartsRead)
                 file.requireKnown(report, "ChartID", m_charts, QStringLiteral("chart definition"));
             Ids schedules;
             for (const pugi::xml_node &schedule : report.children("SCHEDULE")) {
                 file.requireNewId(schedule, "ScheduleID", schedules);
-                file.requireDate(schedule, "LastRunDate");
+                checkLastRun(file, schedule);
+                checkPeriod(file, report, schedule);
                 if (m_schedulesRead)
                     file.requireKnown(schedule, "ScheduleID", m_schedules,
                                       QStringLiteral("schedule"));
@@ -375,6 +410,45 @@ private:
         });
     }
 
+    static void checkLastRun(CheckedFile &file, const pugi::xml_node &schedule)
+    {
+        file.requireDate(schedule, "LastRunDate");
+        clsReportSchedule entry;
+        entry.LastRunDate = XMLToDate(GetAttr(schedule, "LastRunDate", QString()));
+        if (ranInFuture(entry))
+            file.add(schedule, "LastRunDate",
+                     QStringLiteral("LastRunDate '%1' is in the future: the report counts as never "
+                                    "run")
+                         .arg(GetAttr(schedule, "LastRunDate", QString())));
+    }
+
+    void checkPeriod(CheckedFile &file, const pugi::xml_node &report,
+                     const pugi::xml_node &schedule) const
+    {
+        const auto chart = m_chartDefs.value(GetAttr(report, "ChartID", QString()).toLower());
+        const auto plan =
+            m_scheduleDefs.value(GetAttr(schedule, "ScheduleID", QString()).toLower());
+        const QString warning = chart && plan ? samePeriodWarning(*chart, *plan) : QString();
+        if (!warning.isEmpty())
+            file.add(schedule, "ScheduleID", warning);
+    }
+
+    /// Remembers a definition by its id; one that cannot be read has a finding of its own.
+    static void keep(const pugi::xml_node &element,
+                     QHash<QString, std::shared_ptr<clsGraphDef>> &definitions)
+    {
+        const auto chart = std::make_shared<clsGraphDef>();
+        if (isReadable([&] { chart->readAttributes(element); }))
+            definitions.insert(chart->ChartID.toLower(), chart);
+    }
+    static void keep(const pugi::xml_node &element,
+                     QHash<QString, std::shared_ptr<clsScheduleDef>> &definitions)
+    {
+        const auto schedule = std::make_shared<clsScheduleDef>();
+        if (isReadable([&] { schedule->readElement(element); }))
+            definitions.insert(schedule->ScheduleID.toLower(), schedule);
+    }
+
     void checkDevice(CheckedFile &file, const pugi::xml_node &device)
     {
         const QString muid = GetAttr(device, "MUID", QString());
@@ -385,6 +459,9 @@ private:
         for (const pugi::xml_node &datum : device.children("DATUM")) {
             file.requireNewId(datum, "DataIDent", items);
             const QString item = GetAttr(datum, "DataIDent", QString());
+            if (!item.isEmpty() && !isDataIdent(item))
+                file.add(datum, "DataIDent",
+                         QStringLiteral("DataIDent '%1' is not a whole number").arg(item));
             if (!m_database.known || ident.isNull())
                 continue;
             if (m_database.items.value(item).isNull())
@@ -427,6 +504,8 @@ private:
     Ids m_schedules;
     bool m_chartsRead = false;
     bool m_schedulesRead = false;
+    QHash<QString, std::shared_ptr<clsGraphDef>> m_chartDefs; ///< by id in lower case
+    QHash<QString, std::shared_ptr<clsScheduleDef>> m_scheduleDefs;
     QSet<QString> m_templates; ///< "attribute path" of those that were read
     DatabaseIds m_database;
 };

@@ -5,7 +5,11 @@
 #include "core/GrapherConfig.h"
 #include "core/Status.h"
 #include "core/Xml.h"
+#include "core/XmlPatch.h"
 #include "core/platform/EventLog.h"
+#include "definitions/Merge.h"
+
+#include <QSet>
 
 Collection<clsGraphDef> gChartDefs;
 Collection<clsScheduleDef> gScheduleDefs;
@@ -13,27 +17,33 @@ Collection<clsReportDef> gReportDefs;
 
 namespace {
 
-/// A definition file, and what this process did with it.
+/// A definition file, and what this process knows of it.
 struct DefinitionFile
 {
     const char *root;
     const char *child;
+    const char *id;
+    const char *title;
     const char *name;
     const char *factory; ///< null: it has none
     bool factoryTried = false;
-    QString readWhole =
-        QString(); ///< the path from which everything was read, or to which it was written
-
-    QString error = QString(); ///< why the last load could not read it whole
+    QSet<QString> known = {};  ///< ids, in lower case, that were loaded from it or saved to it
+    QStringList givenIds = {}; ///< ids that the last load gave to elements without one, in order
+    QString fileError = {};    ///< why the last load could read nothing
+    QStringList errors = {};   ///< why it could not read single definitions
+    QSet<QString> logged = {}; ///< what the event log knows already
 
     QString path() const { return configurationFolder() + QLatin1String(name); }
 };
 
 struct DefinitionFiles
 {
-    DefinitionFile charts{"CHARTDEFS", "CHART", "ChartDefs.XML", "ChartDefs.FAC"};
-    DefinitionFile schedules{"SCHEDULES", "SCHEDULE", "ChartSchedules.XML", "ChartSchedules.FAC"};
-    DefinitionFile reports{"REPORTDEFINITIONS", "CUSTOMREPORT", "ChartSelection.XML", nullptr};
+    DefinitionFile charts{"CHARTDEFS", "CHART",         "ChartID",
+                          "Title",     "ChartDefs.XML", "ChartDefs.FAC"};
+    DefinitionFile schedules{"SCHEDULES",    "SCHEDULE",           "ScheduleID",
+                             "ScheduleName", "ChartSchedules.XML", "ChartSchedules.FAC"};
+    DefinitionFile reports{"REPORTDEFINITIONS", "CUSTOMREPORT",       "ReportID",
+                           "ReportTitle",       "ChartSelection.XML", nullptr};
 };
 
 DefinitionFiles files;
@@ -62,25 +72,48 @@ void copyFactoryFile(DefinitionFile &file)
         CopyFileQuiet(configurationFolder() + QLatin1String(file.factory), file.path());
 }
 
-/// Makes it known that a file could not be read whole; `error` names the place.
-void noteFault(DefinitionFile &file, const QString &error)
+void showError(const char *what, const Error &error)
 {
-    file.error = error;
+    ShowStatus(QStringLiteral("Error %1 ").arg(QLatin1String(what)) + errorTail(error));
+}
+
+void log(DefinitionFile &file, const QString &error)
+{
+    if (file.logged.contains(error))
+        return; // a run loads its definitions many times
+    file.logged.insert(error);
     LogEvent(runEvent, EventWarning, QLatin1String("Error reading definitions ") + error);
 }
 
-/// False when the file is missing, unreadable or malformed.
-bool readDocument(DefinitionFile &file, pugi::xml_document &document)
+/// Throws Error when the document is no definition file of this kind.
+void requireRoot(const DefinitionFile &file, const pugi::xml_document &document)
 {
-    file.error.clear();
+    const char *root = document.document_element().name();
+    if (qstrcmp(root, file.root) != 0)
+        throw Error(InvalidFileFormat, QStringLiteral("the root element is '%1', not '%2'")
+                                           .arg(QString::fromUtf8(root), QLatin1String(file.root)));
+}
+
+/// Does something with the file's content; an Error then names the file.
+template <typename Action>
+void withPath(const DefinitionFile &file, Action action)
+{
     try {
-        parseXml(document, readFile(file.path()));
-        return true;
+        action();
     } catch (const Error &error) {
-        if (error.number != FileNotFound)
-            noteFault(file, file.path() + u':' + error.description);
-        return false;
+        throw Error(error.number, file.path() + u':' + error.description);
     }
+}
+
+/// Throws Error(FileNotFound) when there is no file, and Error naming the place when it cannot be
+/// read.
+void readDocument(const DefinitionFile &file, pugi::xml_document &document)
+{
+    const QByteArray bytes = readFile(file.path());
+    withPath(file, [&] {
+        parseXml(document, bytes);
+        requireRoot(file, document);
+    });
 }
 
 bool isIncluded(const pugi::xml_node &element)
@@ -89,69 +122,155 @@ bool isIncluded(const pugi::xml_node &element)
            xmlBoolean(GetAttr(element, "Include", QStringLiteral("1")));
 }
 
-/// Throws Error that names the element at fault; `definitions` then holds those before it.
-template <typename T>
-void load(DefinitionFile &file, Collection<T> &definitions)
+QString faultText(const DefinitionFile &file, const pugi::xml_node &element, int number,
+                  const Error &error)
 {
-    copyFactoryFile(file);
-    definitions.clear();
-    file.readWhole.clear();
-    pugi::xml_document document;
-    if (!readDocument(file, document))
-        return;
-    int count = 0;
+    const QString title = GetAttr(element, file.title, QString());
+    return QStringLiteral("%1 (%2 number %3%4 of '%5')")
+        .arg(error.description, QLatin1String(file.child), QString::number(number),
+             title.isEmpty() ? title : QLatin1String(" '") + title + u'\'', file.path());
+}
+
+struct NoTemplates
+{
+    void operator()(clsGraphDef &chart, const pugi::xml_node &element) const
+    {
+        chart.readAttributes(element);
+    }
+    template <typename T>
+    void operator()(T &definition, const pugi::xml_node &element) const
+    {
+        definition.readElement(element);
+    }
+};
+
+struct Whole
+{
+    template <typename T>
+    void operator()(T &definition, const pugi::xml_node &element) const
+    {
+        definition.readElement(element);
+    }
+};
+
+/// The definitions of a document, each with its element. One that cannot be read is passed over:
+/// `onFault(error)` names it.
+template <typename T, typename Read, typename OnFault>
+std::vector<KeyedElement> readDefinitions(const DefinitionFile &file,
+                                          const pugi::xml_document &document,
+                                          Collection<T> &definitions, Read read, OnFault onFault)
+{
+    std::vector<KeyedElement> elements;
+    int number = 0;
     forEachElement(document, file.child, [&](const pugi::xml_node &element) {
-        ++count;
+        ++number;
         if (!isIncluded(element))
             return;
         try {
             const auto definition = std::make_shared<T>();
-            definition->readElement(element);
+            read(*definition, element);
             definitions.add(idOf(*definition), definition);
+            elements.push_back({element, idOf(*definition)});
         } catch (const Error &error) {
-            const QString text = QStringLiteral("%1 (%2 number %3 of '%4')")
-                                     .arg(error.description, QLatin1String(file.child),
-                                          QString::number(count), file.path());
-            noteFault(file, text);
-            throw Error(error.number, text);
+            onFault(Error(error.number, faultText(file, element, number, error)));
         }
     });
-    file.readWhole = file.path();
+    return elements;
 }
 
-/// What the user wrote into a file that could not be read whole must outlive the save.
-void keepUnreadFile(const DefinitionFile &file)
-{
-    const QString path = file.path();
-    if (path == file.readWhole || !fileExists(path))
-        return;
-    const QString kept = path + QLatin1String(".bad");
-    copyFile(path, kept);
-    ShowStatus(QStringLiteral("'%1' could not be read whole and is kept as '%2'.").arg(path, kept));
-}
-
+/// The elements of a document that the collections know as definitions, under their ids there.
 template <typename T>
-void save(DefinitionFile &file, const Collection<T> &definitions)
+std::vector<KeyedElement> elementsOf(const DefinitionFile &file, const pugi::xml_document &document)
+{
+    Collection<T> definitions;
+    std::vector<KeyedElement> elements =
+        readDefinitions(file, document, definitions, NoTemplates(), [](const Error &) {});
+    qsizetype without = 0;
+    for (KeyedElement &each : elements) {
+        if (!each.node.attribute(file.id) && without < file.givenIds.size())
+            each.key = file.givenIds[without++];
+    }
+    return elements;
+}
+
+/// `what`: null for a load that shows no status line.
+template <typename T>
+void load(DefinitionFile &file, Collection<T> &definitions, const char *what)
+{
+    copyFactoryFile(file);
+    definitions.clear();
+    file.known.clear();
+    file.givenIds.clear();
+    file.fileError.clear();
+    file.errors.clear();
+    pugi::xml_document document;
+    try {
+        readDocument(file, document);
+    } catch (const Error &error) {
+        if (error.number == FileNotFound)
+            return;
+        file.fileError = error.description;
+        log(file, error.description);
+        return;
+    }
+    const auto onFault = [&](const Error &error) {
+        file.errors.append(error.description);
+        log(file, error.description);
+        if (what)
+            showError(what, error);
+    };
+    const std::vector<KeyedElement> elements =
+        readDefinitions(file, document, definitions, Whole(), onFault);
+    for (const KeyedElement &each : elements) {
+        file.known.insert(each.key.toLower());
+        if (!each.node.attribute(file.id))
+            file.givenIds.append(each.key);
+    }
+}
+
+/// Puts definitions into the file as it stands now, and takes out those with the ids `removed` (in
+/// lower case). Whatever else the file holds stays: what could not be read, what was written into
+/// it meanwhile, comments. Throws Error, also when the file cannot be read: nothing is lost then.
+template <typename T>
+void changeFile(DefinitionFile &file, const std::vector<std::shared_ptr<T>> &changed,
+                const QSet<QString> &removed)
 {
     pugi::xml_document document;
-    const pugi::xml_node root = document.append_child(file.root);
-    for (const auto &definition : definitions)
-        definition->XMLConfigEL(root);
-    keepUnreadFile(file);
-    saveFile(file.path(), documentBytes(document));
-    file.readWhole = file.path();
+    const bool isThere = fileExists(file.path());
+    if (isThere)
+        readDocument(file, document);
+    else
+        document.append_child(file.root);
+    const QByteArray before = isThere ? documentBytes(document) : QByteArray();
+
+    pugi::xml_document written;
+    const pugi::xml_node writtenRoot = written.append_child(file.root);
+    std::vector<KeyedElement> fresh;
+    QSet<QString> ids;
+    for (const auto &definition : changed) {
+        fresh.push_back({definition->XMLConfigEL(writtenRoot), idOf(*definition)});
+        ids.insert(idOf(*definition).toLower());
+    }
+    std::vector<KeyedElement> present = elementsOf<T>(file, document);
+    std::erase_if(present, [&](const KeyedElement &each) {
+        if (removed.contains(each.key.toLower()))
+            each.node.parent().remove_child(each.node);
+        return !ids.contains(each.key.toLower());
+    });
+    mergeElements(document.document_element(), present, fresh);
+
+    const QByteArray after = documentBytes(document);
+    if (after != before)
+        saveFile(file.path(), after);
+    file.known.unite(ids).subtract(removed);
 }
 
-void showError(const char *what, const Error &error)
-{
-    ShowStatus(QStringLiteral("Error %1 ").arg(QLatin1String(what)) + errorTail(error));
-}
-
-template <typename T>
-std::optional<Error> saved(DefinitionFile &file, const Collection<T> &definitions, const char *what)
+/// Runs what saves; a failure becomes a status line and is returned.
+template <typename Save>
+std::optional<Error> saved(const char *what, Save save)
 {
     try {
-        save(file, definitions);
+        save();
     } catch (const Error &error) {
         showError(what, error);
         return error;
@@ -159,97 +278,178 @@ std::optional<Error> saved(DefinitionFile &file, const Collection<T> &definition
     return std::nullopt;
 }
 
-template <typename T, typename Change>
-void changeAndSave(Collection<T> &definitions, std::optional<Error> (*saveAll)(), Change change)
+template <typename T>
+std::optional<Error> saveAll(DefinitionFile &file, const Collection<T> &definitions,
+                             const char *what)
 {
-    const Collection<T> before = definitions;
-    change();
-    if (const std::optional<Error> error = saveAll()) {
-        definitions = before;
+    return saved(what, [&] {
+        QSet<QString> gone = file.known;
+        for (const auto &definition : definitions)
+            gone.remove(idOf(*definition).toLower());
+        changeFile(file, std::vector(definitions.begin(), definitions.end()), gone);
+    });
+}
+
+void throwIf(const std::optional<Error> &error)
+{
+    if (error)
         throw *error;
-    }
+}
+
+template <typename T>
+void store(DefinitionFile &file, Collection<T> &definitions, const std::shared_ptr<T> &definition,
+           const char *what)
+{
+    throwIf(saved(what, [&] { changeFile<T>(file, {definition}, {}); }));
+    definitions.replace(idOf(*definition), definition);
+}
+
+/// Sets attributes in the file as it stands now, and nothing else: `choose(patch, element)` is
+/// called with the element of the definition with that id, if there is one. Throws Error.
+template <typename T, typename Choose>
+void patchFile(const DefinitionFile &file, const QString &id, Choose choose)
+{
+    const QByteArray bytes = readFile(file.path());
+    QByteArray changed;
+    withPath(file, [&] {
+        XmlPatch patch(bytes);
+        requireRoot(file, patch.document());
+        for (const KeyedElement &each : elementsOf<T>(file, patch.document())) {
+            if (each.key.compare(id, Qt::CaseInsensitive) == 0)
+                choose(patch, each.node);
+        }
+        changed = patch.bytes();
+    });
+    if (changed != bytes)
+        saveFile(file.path(), changed);
+}
+
+constexpr const char *savingCharts = "saving chart definitions";
+constexpr const char *savingSchedules = "saving schedule definitions";
+constexpr const char *savingReports = "saving report selections";
+
+void showSavingCharts()
+{
+    ShowStatus(QStringLiteral("Saving chart definitions."));
+}
+
+void showSavingSchedules()
+{
+    ShowStatus(QStringLiteral("Saving schedule definitions."));
+}
+
+void showSavingReports()
+{
+    ShowStatus(QStringLiteral("Saving report definition."));
 }
 
 } // namespace
 
 QStringList definitionFileErrors()
 {
-    QStringList errors = {files.charts.error, files.schedules.error, files.reports.error};
+    QStringList errors = {files.charts.fileError, files.schedules.fileError,
+                          files.reports.fileError};
     errors.removeAll(QString());
     return errors;
+}
+
+QStringList definitionErrors()
+{
+    return files.charts.errors + files.schedules.errors + files.reports.errors;
 }
 
 void LoadChartDefs()
 {
     ShowStatus(QStringLiteral("Loading chart definitions."));
-    try {
-        load(files.charts, gChartDefs);
-        gChartDefs.sortByText([](const clsGraphDef &chart) { return chart.ChartTitle; });
-    } catch (const Error &error) {
-        showError("loading chart definitions", error);
-    }
+    load(files.charts, gChartDefs, "loading chart definitions");
+    gChartDefs.sortByText([](const clsGraphDef &chart) { return chart.ChartTitle; });
 }
 
 void LoadScheduleDefs()
 {
     ShowStatus(QStringLiteral("Loading schedule definitions."));
-    try {
-        load(files.schedules, gScheduleDefs);
-    } catch (const Error &) {
-        // Schedules have no message of their own; a later save keeps the file.
-    }
+    load(files.schedules, gScheduleDefs, nullptr);
 }
 
 void LoadReportDefs()
 {
     ShowStatus(QStringLiteral("Loading report selections."));
-    try {
-        load(files.reports, gReportDefs);
-        gReportDefs.sortByText([](const clsReportDef &report) { return report.ReportTitle; });
-    } catch (const Error &error) {
-        showError("loading report selections", error);
-    }
+    load(files.reports, gReportDefs, "loading report selections");
+    gReportDefs.sortByText([](const clsReportDef &report) { return report.ReportTitle; });
 }
 
 std::optional<Error> SaveChartDefs()
 {
-    ShowStatus(QStringLiteral("Saving chart definitions."));
-    return saved(files.charts, gChartDefs, "saving chart definitions");
+    showSavingCharts();
+    return saveAll(files.charts, gChartDefs, savingCharts);
 }
 
 std::optional<Error> SaveScheduleDefs()
 {
-    ShowStatus(QStringLiteral("Saving schedule definitions."));
-    return saved(files.schedules, gScheduleDefs, "saving schedule definitions");
+    showSavingSchedules();
+    return saveAll(files.schedules, gScheduleDefs, savingSchedules);
 }
 
 std::optional<Error> SaveReportDefs()
 {
-    ShowStatus(QStringLiteral("Saving report definition."));
-    return saved(files.reports, gReportDefs, "saving report selections");
+    showSavingReports();
+    return saveAll(files.reports, gReportDefs, savingReports);
+}
+
+std::optional<Error> saveLastRunDates(const clsReportDef &report)
+{
+    showSavingReports();
+    const auto setDates = [&report](XmlPatch &patch, const pugi::xml_node &element) {
+        forEachElement(element, "SCHEDULE", [&](const pugi::xml_node &entry) {
+            const auto schedule =
+                report.ReportSchedules.find(GetAttr(entry, "ScheduleID", QString()));
+            if (schedule)
+                patch.set(entry, "LastRunDate", DateToXML(schedule->LastRunDate));
+        });
+    };
+    return saved(savingReports,
+                 [&] { patchFile<clsReportDef>(files.reports, report.ReportID, setDates); });
+}
+
+std::optional<Error> saveChartPeriods(const std::vector<std::shared_ptr<clsGraphDef>> &charts)
+{
+    showSavingCharts();
+    return saved(savingCharts, [&charts] {
+        for (const auto &chart : charts) {
+            const auto setPeriod = [&chart](XmlPatch &patch, const pugi::xml_node &element) {
+                patch.set(element, "StartTime", DateToXML(chart->StartTime));
+                patch.set(element, "EndTime", DateToXML(chart->EndTime));
+            };
+            patchFile<clsGraphDef>(files.charts, chart->ChartID, setPeriod);
+        }
+    });
 }
 
 void storeDefinition(const std::shared_ptr<clsGraphDef> &chart)
 {
-    changeAndSave(gChartDefs, SaveChartDefs,
-                  [&chart] { gChartDefs.replace(chart->ChartID, chart); });
+    showSavingCharts();
+    store(files.charts, gChartDefs, chart, savingCharts);
 }
 
 void storeDefinition(const std::shared_ptr<clsScheduleDef> &schedule)
 {
-    changeAndSave(gScheduleDefs, SaveScheduleDefs,
-                  [&schedule] { gScheduleDefs.replace(schedule->ScheduleID, schedule); });
+    showSavingSchedules();
+    store(files.schedules, gScheduleDefs, schedule, savingSchedules);
 }
 
 void storeDefinition(const std::shared_ptr<clsReportDef> &report)
 {
-    changeAndSave(gReportDefs, SaveReportDefs,
-                  [&report] { gReportDefs.replace(report->ReportID, report); });
+    showSavingReports();
+    store(files.reports, gReportDefs, report, savingReports);
 }
 
 void removeReportDef(const QString &reportId)
 {
-    changeAndSave(gReportDefs, SaveReportDefs, [&reportId] { gReportDefs.remove(reportId); });
+    showSavingReports();
+    throwIf(saved(savingReports, [&reportId] {
+        changeFile<clsReportDef>(files.reports, {}, {reportId.toLower()});
+    }));
+    gReportDefs.remove(reportId);
 }
 
 void resetDefinitions()

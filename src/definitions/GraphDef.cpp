@@ -187,6 +187,13 @@ void clsGraphDef::SetXMLConfig(const QString &text)
 
 void clsGraphDef::readElement(const pugi::xml_node &element)
 {
+    readAttributes(element);
+    StateTemplateData = templateText(StateTemplateFile);
+    CountTemplateData = templateText(CountTemplateFile);
+}
+
+void clsGraphDef::readAttributes(const pugi::xml_node &element)
+{
     ChartID = GetAttr(element, "ChartID", NewID());
     ChartTitle = GetAttr(element, "Title", QStringLiteral("Un Named Chart"));
     SampleLabel = GetAttr(element, "SampleLabel", QStringLiteral("Un Named Data"));
@@ -202,6 +209,4 @@ void clsGraphDef::readElement(const pugi::xml_node &element)
     StartTime = dateAttr(element, "StartTime");
     EndTime = dateAttr(element, "EndTime");
     ChartQuality = integerAttr(element, "ChartQuality", ChartQuality);
-    StateTemplateData = templateText(StateTemplateFile);
-    CountTemplateData = templateText(CountTemplateFile);
 }

@@ -67,4 +67,6 @@ public:
     /// ..."; reports that use it fail. Throws Error on malformed XML and on numbers beyond 32 bits.
     void SetXMLConfig(const QString &text);
     void readElement(const pugi::xml_node &element);
+    /// The same without the templates.
+    void readAttributes(const pugi::xml_node &element);
 };

@@ -2,6 +2,8 @@
 
 #include "core/Xml.h"
 
+#include <algorithm>
+
 namespace {
 
 std::shared_ptr<clsReportDeviceDef> readDevice(const pugi::xml_node &element)
@@ -11,13 +13,27 @@ std::shared_ptr<clsReportDeviceDef> readDevice(const pugi::xml_node &element)
     for (const pugi::xml_node &datum : element.children("DATUM")) {
         auto item = std::make_shared<clsReportDataIdentDef>();
         item->DataIDent = GetAttr(datum, "DataIDent", QString());
-        if (!item->DataIDent.isEmpty())
-            device->DataItems.add(u'k' + item->DataIDent, item);
+        if (item->DataIDent.isEmpty())
+            continue;
+        if (!isDataIdent(item->DataIDent))
+            throw Error(TypeMismatch, QStringLiteral("DataIDent '%1' of the device '%2' is not a "
+                                                     "whole number")
+                                          .arg(item->DataIDent, device->MUID));
+        device->DataItems.add(u'k' + item->DataIDent, item);
     }
     return device;
 }
 
 } // namespace
+
+bool isDataIdent(const QString &text)
+{
+    const QStringView digits = QStringView(text).sliced(text.startsWith(u'-') ? 1 : 0);
+    bool fits = false;
+    text.toLongLong(&fits);
+    return fits && std::all_of(digits.begin(), digits.end(),
+                               [](QChar digit) { return digit >= u'0' && digit <= u'9'; });
+}
 
 pugi::xml_node clsReportDef::XMLConfigEL(pugi::xml_node parent) const
 {

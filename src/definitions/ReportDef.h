@@ -5,6 +5,10 @@
 
 #include <pugixml.hpp>
 
+/// Whether a text can be the key of a data item: a whole number, which queries and filters hold as
+/// it stands.
+bool isDataIdent(const QString &text);
+
 /// A data item of a device of a report.
 class clsReportDataIdentDef
 {
@@ -49,8 +53,9 @@ public:
 
     QString XMLConfig() const;
     /// Reads a "CUSTOMREPORT" element into a new object (schedules are added to those it has).
-    /// Throws Error(DuplicateKey) naming a device, data item or schedule that comes twice, and
-    /// Error on malformed XML.
+    /// Throws Error(DuplicateKey) naming a device, data item or schedule that comes twice,
+    /// Error(TypeMismatch) naming a data item whose key is not a number, and Error on malformed
+    /// XML.
     void SetXMLConfig(const QString &text);
     void readElement(const pugi::xml_node &element);
 };

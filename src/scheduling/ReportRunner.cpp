@@ -26,6 +26,19 @@ struct Chosen
     QDateTime dueSince; ///< invalid: it was not due
 };
 
+void warnOfFutureRuns(const clsReportDef &report)
+{
+    for (const auto &entry : report.ReportSchedules) {
+        if (!ranInFuture(*entry))
+            continue;
+        const QString text = QStringLiteral("Warning: the report '%1': %2")
+                                 .arg(report.ReportTitle, futureRunText(*entry));
+        ShowStatus(text);
+        if (gAutoMode)
+            LogEvent(runEvent, EventWarning, text);
+    }
+}
+
 std::vector<Chosen> chooseReports(const QStringList &reportIds, RunChoice choice)
 {
     std::vector<Chosen> chosen;
@@ -34,6 +47,7 @@ std::vector<Chosen> chooseReports(const QStringList &reportIds, RunChoice choice
         if (!report)
             continue;
         const DueState state = dueState(*report);
+        warnOfFutureRuns(*report);
         if (choice == RunChoice::All || state.due)
             chosen.push_back({report, state.due ? state.next : QDateTime()});
     }
@@ -41,9 +55,13 @@ std::vector<Chosen> chooseReports(const QStringList &reportIds, RunChoice choice
 }
 
 /// Lets the user set the range of each chart that has a custom one, once for all reports that share
-/// it. A refusal cancels the run.
-void askForRanges(const std::vector<Chosen> &chosen, RunHost &host)
+/// it. A refusal cancels the run. Returns those charts.
+std::vector<std::shared_ptr<clsGraphDef>> askForRanges(const std::vector<Chosen> &chosen,
+                                                       RunHost *host)
 {
+    std::vector<std::shared_ptr<clsGraphDef>> asked;
+    if (!host)
+        return asked;
     for (const auto &chart : gChartDefs) {
         if (chart->ChartDuration != CustomRange)
             continue;
@@ -52,11 +70,15 @@ void askForRanges(const std::vector<Chosen> &chosen, RunHost &host)
             if (gChartDefs.find(entry.report->ChartID) == chart)
                 titles.append(entry.report->ReportTitle);
         }
-        if (titles.isEmpty() || host.askCustomRange(*chart, titles))
+        if (titles.isEmpty())
             continue;
-        CancelRequested = true;
-        return;
+        if (!host->askCustomRange(*chart, titles)) {
+            CancelRequested = true;
+            break;
+        }
+        asked.push_back(chart);
     }
+    return asked;
 }
 
 /// Something outside of the reports went wrong: that makes the run a failed one. Once is enough for
@@ -78,17 +100,25 @@ void record(RunRecord &run)
         noteError(run, QLatin1String("Error saving run history ") + errorTail(*error));
 }
 
-/// False when a definition file cannot be read whole and nobody wants the run all the same.
+void noteUnread(const QStringList &errors, RunRecord &run)
+{
+    for (const QString &error : errors) {
+        const QString text = QLatin1String("Error reading definitions: ") + error;
+        ShowStatus(text);
+        noteError(run, text);
+    }
+}
+
+/// False when nothing can be read of a definition file and nobody wants the run all the same. A
+/// single definition that cannot be read is named; the others are good.
 bool acceptDefinitions(RunHost *host, RunRecord &run)
 {
+    noteUnread(definitionErrors(), run);
     const QStringList errors = definitionFileErrors();
     if (errors.isEmpty())
         return true;
-    const QString text =
-        QLatin1String("Error reading definitions: ") + errors.join(QLatin1String("; "));
-    ShowStatus(text);
     if (!host) {
-        noteError(run, text);
+        noteUnread(errors, run);
         return false;
     }
     if (!host->acceptErrors(errors))
@@ -101,7 +131,7 @@ void stampLastRun(clsReportDef &report, RunRecord &run)
 {
     for (const auto &schedule : report.ReportSchedules)
         schedule->LastRunDate = now();
-    if (const std::optional<Error> error = SaveReportDefs())
+    if (const std::optional<Error> error = saveLastRunDates(report))
         noteError(run, QLatin1String("The time of the last run was not saved: Error saving report "
                                      "selections ") +
                            errorTail(*error));
@@ -216,27 +246,25 @@ void showDatabaseWarnings()
         ShowStatus(QLatin1String("Warning: ") + warning);
 }
 
-bool hasCustomRange(const std::vector<Chosen> &chosen)
+/// Each report reads the charts from their file: the periods that the user gave have to stand
+/// there. False when they do not.
+bool savePeriods(const std::vector<std::shared_ptr<clsGraphDef>> &asked, RunRecord &run)
 {
-    return std::any_of(chosen.begin(), chosen.end(), [](const Chosen &entry) {
-        const auto chart = gChartDefs.find(entry.report->ChartID);
-        return chart && chart->ChartDuration == CustomRange;
-    });
+    const std::optional<Error> error = saveChartPeriods(asked);
+    if (error)
+        noteError(run, QLatin1String("Error saving chart definitions ") + errorTail(*error));
+    return !error;
 }
 
 void produce(std::vector<Chosen> chosen, RunRecord &run)
 {
     const DatabaseRun oneState; // all reports show the same samples
-    if (const std::optional<Error> error = SaveChartDefs()) {
-        noteError(run, QLatin1String("Error saving chart definitions ") + errorTail(*error));
-        if (hasCustomRange(chosen))
-            return; // each report reads the charts from their file, with the range of another run
-    }
     QString errorText;
     if (!GenerateMasterTOC(errorText, reportStandings()))
         noteError(run, errorText);
     CopyTemplateFiles();
     // The master table of contents has read the report definitions afresh.
+    noteUnread(definitionFileErrors(), run);
     std::erase_if(chosen, [](Chosen &entry) {
         entry.report = gReportDefs.find(entry.report->ReportID);
         return !entry.report;
@@ -334,9 +362,8 @@ RunResult runReports(const QStringList &reportIds, RunChoice choice, RunHost *ho
     LoadScheduleDefs();
     if (acceptDefinitions(host, run)) {
         const std::vector<Chosen> chosen = chooseReports(reportIds, choice);
-        if (host)
-            askForRanges(chosen, *host);
-        if (!CancelRequested)
+        const auto asked = askForRanges(chosen, host);
+        if (!CancelRequested && savePeriods(asked, run))
             produceSafely(chosen, run);
     }
     conclude(run);

@@ -13,8 +13,8 @@ class RunHost
 public:
     virtual ~RunHost() = default;
 
-    /// Whether to run without what definition files hold that cannot be read whole; false cancels
-    /// the whole run. The run saves the files anew; the old ones are kept (see DefinitionStores.h).
+    /// Whether to run without definition files of which nothing can be read, and which stay as they
+    /// are; false cancels the whole run.
     virtual bool acceptErrors(const QStringList &errors) = 0;
     /// Lets the user set a custom range's StartTime and EndTime, once for all selected reports that
     /// use the chart; false cancels the whole run.
@@ -44,8 +44,9 @@ struct RunResult
 /// Runs reports given by their ReportID: loads all definitions, writes the master table of
 /// contents, copies the companion files and produces each report. A report that was produced gets
 /// the present time as LastRunDate of all its schedules; one that failed keeps its dates, so that
-/// it stays due by its schedules' rules. `host` is null in an unattended run, which does not begin
-/// where a definition file cannot be read whole.
+/// it stays due by its schedules' rules. A single definition that cannot be read is named in
+/// RunResult::error. `host` is null in an unattended run, which does not begin where nothing can be
+/// read of a definition file.
 ///
 /// What goes wrong with one report, be it that memory runs out, does not keep the others from being
 /// produced. The history has it, core/Trouble and, in an unattended run by schedule, the event log,

@@ -72,17 +72,16 @@ void frmGrapherMain::loadReports()
     LoadChartDefs();
     LoadScheduleDefs();
     m_list->refresh();
-    const QStringList errors = definitionFileErrors();
+    const QStringList errors = definitionFileErrors() + definitionErrors();
     if (errors.isEmpty())
         return;
     for (const QString &error : errors)
         txtStatusInfo->addLine(QLatin1String("Error reading definitions: ") + error);
     showCritical(this, windowTitle(),
-                 QStringLiteral("These definition files could not be read whole, so some "
-                                "definitions may be missing:\n\n%1\n\nCorrect them by hand, then "
-                                "start again. The first change that is saved here writes such a "
-                                "file anew; the present one is then kept beside it with \".bad\" "
-                                "added to its name.")
+                 QStringLiteral("These definitions could not be read and are missing here:\n\n%1"
+                                "\n\nThey stay in their files as they are. Correct them by hand, "
+                                "then start again; until then nothing can be saved to a file of "
+                                "which nothing could be read.")
                      .arg(errors.join(u'\n')));
 }
 
@@ -394,10 +393,8 @@ void frmGrapherMain::closeEvent(QCloseEvent *event)
 bool frmGrapherMain::acceptErrors(const QStringList &errors)
 {
     return askYesNo(this, QStringLiteral("Report Execution"),
-                    QStringLiteral("These definition files cannot be read whole:\n\n%1\n\nRun the "
-                                   "reports all the same? The files are then written anew; the "
-                                   "present ones are kept beside them with \".bad\" added to their "
-                                   "names.")
+                    QStringLiteral("These definition files cannot be read:\n\n%1\n\nRun the "
+                                   "reports without them? The files stay as they are.")
                         .arg(errors.join(u'\n')));
 }
 

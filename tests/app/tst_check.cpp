@@ -92,6 +92,13 @@ private Q_SLOTS:
         row("report's device", reports, "MUID=\"", "MUID=\"X", "the database has no device 'X");
         row("report's data item", reports, "DataIDent=\"", "DataIDent=\"9999",
             "the database has no data item '9999");
+        row("data item's number", reports, "DataIDent=\"",
+            "DataIDent=\"1 or 1=", "is not a whole number");
+        row("future date", reports, "LastRunDate=\"20", "LastRunDate=\"30", "is in the future");
+        row("same title", charts, "Title=\"",
+            "Title=\"X\"/><CHART ChartID=\"2\" Title=\" x\"/>"
+            "<CHART ChartID=\"3\" T=\"",
+            "the title 'x' is given twice");
         row("date", reports, "LastRunDate=\"2", "LastRunDate=\"x", "is no date like");
         row("code", charts, "Frequency=\"", "Frequency=\"7", "is not within 0 to 4");
         row("no number", charts, "Frequency=\"", "Frequency=\"a", "is no number");
@@ -172,6 +179,15 @@ private Q_SLOTS:
         QVERIFY(ids.size() > 1 && !result.failed());
         QCOMPARE(lines.filter("Warning: ").size(), 1);
         QVERIFY(findings[0].contains(lines.filter("Warning: ")[0].mid(9)));
+    }
+
+    void warnsOfTheSamePeriod()
+    {
+        const QByteArray charts = m_box->read("Config/ChartDefs.XML");
+        m_box->write("Config/ChartDefs.XML",
+                     QByteArray(charts).replace("ChartDuration=\"0", "ChartDuration=\"8"));
+        const QStringList found = check().filter("shows the same period");
+        QVERIFY(!found.isEmpty() && found[0].startsWith(path("Config/ChartSelection.XML:3:")));
     }
 
     void goesWithoutADatabase()

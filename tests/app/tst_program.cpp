@@ -104,15 +104,27 @@ private Q_SLOTS:
         write(home("bad/VTRGConfigV6.XML"), "<VTRGRAPHER>\n  <oops\n</VTRGRAPHER>");
         write(home("odd/Config/ChartSelection.XML"),
               "<REPORTDEFINITIONS>\n<CUSTOMREPORT>\n</REPORTDEFINITIONS>");
+        write(home("root/Config/ChartSelection.XML"), "<CHARTDEFS/>");
+        write(home("none/Config/ChartSelection.XML"), "<REPORTDEFINITIONS/>");
+        write(home("broken/Config/ChartSelection.XML"),
+              "<REPORTDEFINITIONS><CUSTOMREPORT ReportTitle='T'><DEVICE MUID='M'>"
+              "<DATUM DataIDent='x'/></DEVICE></CUSTOMREPORT></REPORTDEFINITIONS>");
+        write(home("product/VantrelV6.Config"), "<P\n<");
         const Rows<QStringList, int, QString> row("arguments", "status", "says");
         row("help", {"--help"}, 0, "Usage: VantrelGrapher");
         row("version", {"--version"}, 0, "VantrelGrapher 6.");
         row("unknown option", {"--nonsense"}, 2, "unknown option --nonsense");
-        row("nothing defined", in("empty", {"/AUTO"}), 0, "");
+        row("no reports' file", in("empty", {"/AUTO"}), 2, "ChartSelection.XML': no report is");
         row("no display", in("empty", {}), 2, "there is no display for the window");
         row("unknown report", in("empty", {"--run", "x"}), 2, "There is no report 'x'");
         row("malformed configuration", in("bad", {"/AUTO"}), 2, "VTRGConfigV6.XML:3:");
         row("malformed definitions", in("odd", {"/AUTO"}), 2, "ChartSelection.XML:3:");
+        row("other root", in("root", {"/AUTO"}), 2, "ChartSelection.XML:the root element is");
+        row("nothing defined", in("none", {"/AUTO"}), 0, "");
+        row("broken definition", in("broken", {"/AUTO"}), 1, "DataIDent 'x' of the device 'M'");
+        row("broken report wanted", in("broken", {"--run", "T"}), 2, "number 1 'T' of");
+        row("broken definition, list", in("broken", {"--list"}), 1, "number 1 'T' of");
+        row("malformed product configuration", in("product", {"/AUTO"}), 2, "VantrelV6.Config:2:");
     }
     void endsWithTheRightStatus()
     {

@@ -2,6 +2,9 @@
 #include "support/Rows.h"
 #include "support/Sandbox.h"
 
+#include <QRegularExpression>
+#include <QStringEncoder>
+
 namespace {
 
 /// One of the three stores, so that what they have in common is tested on each.
@@ -108,43 +111,56 @@ private Q_SLOTS:
         QCOMPARE(sandbox->names(), QStringList(store->file));
     }
 
-    void malformedFileIsEmptyAndKept_data() { eachStore(); }
-    void malformedFileIsEmptyAndKept()
+    void fileThatCannotBeReadIsNeverReplaced_data() { eachStore(); }
+    void fileThatCannotBeReadIsNeverReplaced()
     {
         QFETCH(const Store *, store);
-        const QByteArray cut = content(*store, "ab").chopped(9);
-        for (const QByteArray &bytes : {cut, QByteArray(), QByteArray(4096, '\0')}) {
+        const QByteArray good = content(*store, "ab");
+        for (const QByteArray &bytes : {good.chopped(9), QByteArray(), QByteArray(4096, '\0'),
+                                        QByteArray(good).replace(store->root, "OTHER")}) {
             sandbox->write(store->file, bytes);
             sandbox->status.clear();
             resetDefinitions();
             store->load();
             QCOMPARE(store->ids(), "");
             QCOMPARE(sandbox->status, QStringList("Loading " + store->what + "."));
+            QVERIFY(definitionFileErrors().value(0).startsWith(sandbox->path(store->file) + ":"));
+            QVERIFY(store->save());
+            QVERIFY2(sandbox->status.last().startsWith("Error saving " + store->what + " [321] "),
+                     qPrintable(sandbox->status.last()));
             QCOMPARE(sandbox->read(store->file), bytes);
-            store->save();
-            QCOMPARE(sandbox->read(store->file + ".bad"), bytes);
-            QCOMPARE(sandbox->read(store->file), '<' + store->root + " />\n");
-            store->save(); // from then on the file is the program's own
-            QCOMPARE(sandbox->read(store->file + ".bad"), bytes);
+            QCOMPARE(sandbox->names(), QStringList(store->file));
         }
     }
 
-    void duplicateEndsTheLoad_data() { eachStore(); }
-    void duplicateEndsTheLoad()
+    void editorsAndRunsLeaveItAlone()
+    {
+        sandbox->write(charts.file, "<OTHER/>");
+        sandbox->write(reports.file, "<OTHER/>");
+        QVERIFY_EXCEPTION_THROWN(storeDefinition(std::make_shared<clsGraphDef>()), Error);
+        QVERIFY_EXCEPTION_THROWN(removeReportDef("a"), Error);
+        QVERIFY(saveLastRunDates({}) && saveChartPeriods({std::make_shared<clsGraphDef>()}));
+        QCOMPARE(gChartDefs.size(), 0);
+        QCOMPARE(sandbox->read(charts.file) + sandbox->read(reports.file), "<OTHER/><OTHER/>");
+    }
+
+    void brokenDefinitionIsPassedOverAndKept_data() { eachStore(); }
+    void brokenDefinitionIsPassedOverAndKept()
     {
         QFETCH(const Store *, store);
-        const QByteArray bytes = content(*store, "caAb");
-        sandbox->write(store->file, bytes);
+        sandbox->write(store->file, content(*store, "caAb"));
         store->load();
-        QCOMPARE(store->ids(), "ca");
+        QCOMPARE(store->ids(), "cab");
         const bool silent = store == &schedules;
         QCOMPARE(sandbox->status.size(), silent ? 1 : 2);
         const QString error = "Error loading " + store->what + " [457] The key 'A'";
         const QString line = sandbox->status.last();
         QVERIFY2(silent || (line.startsWith(error) && line.contains("number 3")), qPrintable(line));
-        QVERIFY(definitionFileErrors().value(0).contains("number 3"));
+        QVERIFY(definitionErrors().value(0).contains("number 3"));
+        QCOMPARE(definitionFileErrors(), QStringList());
         store->save();
-        QCOMPARE(sandbox->read(store->file + ".bad"), bytes);
+        QCOMPARE(sandbox->read(store->file).count('<' + store->child + ' '), 4);
+        QVERIFY(sandbox->read(store->file).contains(store->id + "=\"A\""));
     }
 
     void failedSaveIsShown_data() { eachStore(); }
@@ -157,20 +173,6 @@ private Q_SLOTS:
         QVERIFY2(sandbox->status[1].startsWith("Error saving " + store->what + " [70] "),
                  qPrintable(sandbox->status[1]));
         QCOMPARE(sandbox->names(), QStringList(store->file));
-    }
-
-    void unreadableFileIsNeverLost_data() { eachStore(); }
-    void unreadableFileIsNeverLost()
-    {
-        QFETCH(const Store *, store);
-        const QByteArray bytes = content(*store, "ab").chopped(5);
-        sandbox->write(store->file, bytes);
-        sandbox->write(store->file + ".bad/in the way", "x");
-        store->load();
-        store->save();
-        QVERIFY2(sandbox->status.last().startsWith("Error saving " + store->what),
-                 qPrintable(sandbox->status.last()));
-        QCOMPARE(sandbox->read(store->file), bytes);
     }
 
     void factoryFileIsCopiedOnce_data() { eachStore(); }
@@ -198,12 +200,15 @@ private Q_SLOTS:
 
     void titlesGiveTheOrder()
     {
-        sandbox->write(charts.file, "<C><CHART ChartID='1' Title='b'/><GROUP><CHART ChartID='2' "
-                                    "Title='A'/></GROUP><CHART ChartID='3' Title='c'/></C>");
-        sandbox->write(reports.file, "<R><CUSTOMREPORT ReportID='1' ReportTitle='b'/>"
-                                     "<CUSTOMREPORT ReportID='2' ReportTitle='A'/></R>");
-        sandbox->write(schedules.file, "<S><SCHEDULE ScheduleID='1' ScheduleName='b'/>"
-                                       "<SCHEDULE ScheduleID='2' ScheduleName='A'/></S>");
+        sandbox->write(charts.file, "<CHARTDEFS><CHART ChartID='1' Title='b'/><GROUP><CHART "
+                                    "ChartID='2' Title='A'/></GROUP><CHART ChartID='3' "
+                                    "Title='c'/></CHARTDEFS>");
+        sandbox->write(reports.file,
+                       "<REPORTDEFINITIONS><CUSTOMREPORT ReportID='1' ReportTitle='b'/>"
+                       "<CUSTOMREPORT ReportID='2' ReportTitle='A'/>"
+                       "</REPORTDEFINITIONS>");
+        sandbox->write(schedules.file, "<SCHEDULES><SCHEDULE ScheduleID='1' ScheduleName='b'/>"
+                                       "<SCHEDULE ScheduleID='2' ScheduleName='A'/></SCHEDULES>");
         LoadChartDefs();
         LoadReportDefs();
         LoadScheduleDefs();
@@ -215,15 +220,116 @@ private Q_SLOTS:
         QVERIFY(saved.indexOf("\"A\"") < saved.indexOf("\"b\""));
     }
 
-    void excludedChartsVanish()
+    void savesKeepWhatTheyDoNotKnow()
     {
-        sandbox->write(charts.file, "<C><CHART ChartID='1' Include='0'/><CHART ChartID='2' "
-                                    "Include='1'/><CHART ChartID='3' Include='no'/></C>");
+        const QByteArray kept = "<CHART ChartID='1' Include='0' Note='x'/>";
+        sandbox->write(charts.file,
+                       "<?xml version='1.0' encoding='windows-1252'?><!-- head -->\n"
+                       "<CHARTDEFS><!-- b -->\n<CHART ChartID='2' Title='b' Own='\xE4'/>" +
+                           kept +
+                           "<CHART ChartID='4' Frequency='9e9'/><CHART Title='c'/>"
+                           "<!-- a --><CHART ChartID='3' Title='a'/>\n"
+                           "</CHARTDEFS>");
+        const auto shape = [this] { // ids and comments in order
+            QByteArray text;
+            static const QRegularExpression part("ChartID=\"([^\"]*)|<!-- (\\w+)");
+            for (const auto &match : part.globalMatch(sandbox->read(charts.file)))
+                text += (match.captured(1) + match.captured(2)).left(4).toUtf8() + ' ';
+            return text;
+        };
         LoadChartDefs();
-        QCOMPARE(charts.ids(), "2");
+        QCOMPARE(gChartDefs.size(), 3);
+        const QByteArray given = gChartDefs.at(2)->ChartID.left(4).toUtf8();
+        auto changed = std::make_shared<clsGraphDef>(*gChartDefs.find("2"));
+        changed->ChartTitle = "B";
+        storeDefinition(changed);
+        QCOMPARE(shape(), "head b 2 1 4 a 3 ");
+        SaveChartDefs(); // in the order of titles, and with the id that was given
+        QCOMPARE(shape(), "head a 3 b 2 1 4 " + given + ' ');
+        const QByteArray saved = sandbox->read(charts.file);
+        QVERIFY(saved.contains("Title=\"B\" Own=\"\xC3\xA4\""));
+        QVERIFY(saved.contains("Include=\"0\" Note=\"x\"") && saved.contains("encoding=\"UTF-8\""));
+
+        // What somebody adds by hand stays, what is removed here goes.
+        sandbox->write(charts.file, QByteArray(saved).replace("</CHARTDEFS>",
+                                                              "<CHART ChartID='5'/></CHARTDEFS>"));
+        gChartDefs.remove("3");
         SaveChartDefs();
-        QCOMPARE(sandbox->read(charts.file).count("<CHART "), 1);
-        QVERIFY(!fileExists(sandbox->path(charts.file + ".bad")));
+        QCOMPARE(shape(), "head a b 2 1 4 " + given + " 5 ");
+    }
+
+    void storesAReportPartByPart()
+    {
+        sandbox->write(reports.file, "<REPORTDEFINITIONS>\n<CUSTOMREPORT ReportID='R' Own='1'>"
+                                     "<SCHEDULE ScheduleID='S' Own='2'/><!-- c --><DEVICE MUID='M'>"
+                                     "<DATUM DataIDent='1' Own='3'/><DATUM DataIDent='2'/></DEVICE>"
+                                     "<DEVICE MUID='N'/><Other/></CUSTOMREPORT>\n"
+                                     "<CUSTOMREPORT ReportID='Q'/></REPORTDEFINITIONS>");
+        LoadReportDefs();
+        auto changed = std::make_shared<clsReportDef>();
+        changed->ReportID = "r";
+        for (const char *id : {"T", "s"}) {
+            changed->ReportSchedules.add(id, std::make_shared<clsReportSchedule>());
+            changed->ReportSchedules.find(id)->ScheduleID = id;
+        }
+        changed->ReportDevices.add("n", std::make_shared<clsReportDeviceDef>());
+        changed->ReportDevices.find("n")->MUID = "n";
+        changed->ReportDevices.add("M", std::make_shared<clsReportDeviceDef>(
+                                            *gReportDefs.find("R")->ReportDevices.find("M")));
+        changed->ReportDevices.find("M")->DataItems.remove("k2");
+        storeDefinition(changed);
+        removeReportDef("q");
+        const QByteArray date = " LastRunDate=\"1899-12-30T00:00:00-00:00\"";
+        const LocalZone zone("UTC");
+        QCOMPARE(
+            sandbox->read(reports.file).simplified(),
+            "<REPORTDEFINITIONS> <CUSTOMREPORT ReportID=\"r\" Own=\"1\" ReportTitle=\"New Report "
+            "Definition\" ChartID=\"\" OutputFile=\"\" OutputTemplate=\"\"> <SCHEDULE "
+            "ScheduleID=\"T\"" +
+                date + " /> <SCHEDULE ScheduleID=\"s\" Own=\"2\"" + date +
+                " /> <DEVICE MUID=\"n\" /> <!-- c --> <DEVICE MUID=\"M\"> <DATUM DataIDent=\"1\" "
+                "Own=\"3\" /> </DEVICE> <Other /> </CUSTOMREPORT> </REPORTDEFINITIONS>");
+    }
+
+    void datesAreWrittenAndNothingElse_data()
+    {
+        const QString text =
+            "<?xml version='1.0'?>\r\n<REPORTDEFINITIONS><!-- ä -->\n"
+            "<CUSTOMREPORT  ReportTitle='ä' ReportID=\"r\" Own='>'>\n"
+            "<SCHEDULE ScheduleID='S'\n\tLastRunDate = '%1'/>%3<SCHEDULE%2"
+            " ScheduleID='T'/></CUSTOMREPORT>\n<CUSTOMREPORT ReportID='R'><SCHEDULE "
+            "ScheduleID='S'/></CUSTOMREPORT></REPORTDEFINITIONS>\n";
+        const QString old = text.arg("2001-01-01T00:00:00-00:00", "");
+        const QString date = "2024-03-01T06:00:00-00:00";
+        const QString now = text.arg(date, " LastRunDate=\"" + date + '"');
+        // Somebody adds a schedule and a remark while the run works.
+        const QString added = "<SCHEDULE ScheduleID='U' LastRunDate=''/><!-- ü -->";
+        const Rows<QByteArray, QByteArray, QByteArray> row("before", "meanwhile", "after");
+        const auto add = [&](const char *name, auto encoded) {
+            row(name, encoded(old.arg("")), encoded(old.arg(added)), encoded(now.arg(added)));
+        };
+        add("UTF-8", [](const QString &each) { return each.toUtf8(); });
+        add("byte-order mark", [](const QString &each) { return "\xEF\xBB\xBF" + each.toUtf8(); });
+        add("Windows-1252", [](const QString &each) { return each.toLatin1(); });
+        for (const auto encoding : {QStringConverter::Utf16LE, QStringConverter::Utf16BE}) {
+            add(encoding == QStringConverter::Utf16LE ? "UTF-16" : "UTF-16, big end first",
+                [&](const QString &each) {
+                    return QByteArray(QStringEncoder(encoding)(QChar(QChar::ByteOrderMark) + each));
+                });
+        }
+    }
+    void datesAreWrittenAndNothingElse()
+    {
+        QFETCH(QByteArray, before);
+        QFETCH(QByteArray, meanwhile);
+        const LocalZone zone("UTC");
+        sandbox->write(reports.file, before);
+        LoadReportDefs();
+        for (const auto &schedule : gReportDefs.find("R")->ReportSchedules)
+            schedule->LastRunDate = wallDateTime(QDate(2024, 3, 1), QTime(6, 0));
+        sandbox->write(reports.file, meanwhile);
+        QVERIFY(!saveLastRunDates(*gReportDefs.find("R")));
+        QTEST(sandbox->read(reports.file), "after");
     }
 
     void overflowKeepsTheFile()

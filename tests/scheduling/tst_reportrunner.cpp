@@ -78,6 +78,20 @@ std::vector<AccessTable> monitoringTables()
               {21, utc("2024-03-31T02:00:00"), 1, 0}}}};
 }
 
+/// A window that asks for nothing and gives every chart another last second.
+class Host : public RunHost
+{
+public:
+    bool acceptErrors(const QStringList &) override { return true; }
+    bool askCustomRange(clsGraphDef &chart, const QStringList &) override
+    {
+        chart.EndTime = chart.EndTime.addSecs(-1);
+        return true;
+    }
+    void showMessage(const QString &, const QString &) override {}
+    void openInBrowser(const QString &) override {}
+};
+
 /// A monitoring database, a configuration with templates that show little but the values, and the
 /// definitions above, in a sandbox of its own.
 class Site
@@ -138,7 +152,10 @@ public:
         resetDefinitions();
     }
 
-    RunResult run(RunChoice choice) { return runReports({"{R-1}", "{R-2}"}, choice); }
+    RunResult run(RunChoice choice, RunHost *host = nullptr)
+    {
+        return runReports({"{R-1}", "{R-2}"}, choice, host);
+    }
     /// A page or CSV file of the output tree, its lines joined by "|".
     QString output(const QString &name) const
     {
@@ -596,12 +613,52 @@ private Q_SLOTS:
             if (shown.startsWith(line) && QFile::remove(site.box.path(file)))
                 site.box.write(file + "/in the way", "x");
         });
-        const RunResult result = site.run(RunChoice::Due);
+        Host host;
+        const RunResult result = site.run(RunChoice::Due, &host);
         QCOMPARE(result.failedReports, 0);
         QVERIFY2(result.error.startsWith(error), qPrintable(result.error));
         QTEST(result.reports, "reports");
         QCOMPARE(readRuns().front().error, result.error);
         QCOMPARE(site.events.filter("1 " + error).size(), 1);
+    }
+
+    /// Of the definition files a run writes the dates: what it knows no more than it can read, and
+    /// what somebody writes into them meanwhile, stays.
+    void leavesDefinitionsAsTheyAre()
+    {
+        Site site;
+        const QByteArray broken =
+            "<CUSTOMREPORT ReportID='{B}' ReportTitle='Bad'><SCHEDULE/><SCHEDULE/>"
+            "</CUSTOMREPORT><!-- why -->";
+        const QByteArray future = "2099-03-31T10:00:00";
+        QByteArray reports = reportFile;
+        reports.replace("<CUSTOMREPORT ReportID=\"{R-2}",
+                        broken + "<CUSTOMREPORT ReportID=\"{R-2}");
+        reports.replace("2024-03-31T10:00:00", future);
+        QByteArray charts = chartFile;
+        charts.replace("</C", "<CHART ChartID='{C-0}' Include='0'/></C");
+        const QByteArray added = "<!-- added -->\r\n";
+        site.box.write("ChartSelection.XML", reports);
+        site.box.write("ChartDefs.XML", charts);
+        setStatusSink([&](const QString &line) {
+            site.box.status.append(line);
+            if (line.startsWith("Generating Report: ["))
+                site.box.write("ChartSelection.XML", added + site.box.read("ChartSelection.XML"));
+        });
+        Host host;
+        const RunResult result = site.run(RunChoice::Due, &host);
+        QCOMPARE(result.reports, 1);
+        QCOMPARE(result.failedReports, 0);
+        const QString error = "Error reading definitions: The key '' stands for";
+        QVERIFY2(result.error.startsWith(error) && result.error.contains("number 2 'Bad' of"),
+                 qPrintable(result.error));
+        QCOMPARE(readRuns().front().error, result.error);
+        QCOMPARE(site.box.status.filter(error).size(), 1);
+        QCOMPARE(site.events.filter("1 " + error).size(), 1);
+        QCOMPARE(site.events.filter("2 Warning: the report 'Night of the change'").size(), 1);
+        QCOMPARE(site.box.read("ChartSelection.XML"),
+                 added + reports.replace(future, "2024-04-01T11:14:15"));
+        QCOMPARE(site.box.read("ChartDefs.XML"), charts.replace("03:59:59", "03:59:58"));
     }
 
     void beginsNoRunWithABrokenFile()
