@@ -2,6 +2,18 @@
 #include "support/Errors.h"
 #include "support/Rows.h"
 
+namespace {
+
+OdbcNames installed(const QStringList &drivers)
+{
+    OdbcNames names;
+    for (const QString &driver : drivers)
+        names.drivers.insert(driver, "Driver=/usr/lib/x.so");
+    return names;
+}
+
+} // namespace
+
 class tst_ConnectionText : public QObject
 {
     Q_OBJECT
@@ -56,13 +68,14 @@ private Q_SLOTS:
     void translated()
     {
         QFETCH(QString, text);
-        QTEST(odbcText(text, {"PostgreSQL Unicode", "FreeTDS", "ODBC Driver 17 for SQL Server"}),
+        QTEST(odbcText(text, installed({"PostgreSQL Unicode", "FreeTDS",
+                                        "ODBC Driver 17 for SQL Server"})),
               "odbc");
     }
 
     void driverChoice_data()
     {
-        const Rows<QStringList, QString> row("installed", "text");
+        const Rows<QStringList, QString> row("drivers", "text");
         row("newest", {"FreeTDS", "ODBC Driver 17 for SQL Server", "ODBC Driver 18 for SQL Server"},
             "DRIVER={ODBC Driver 18 for SQL Server};SERVER={tcp:db,1433};");
         row("FreeTDS", {"SQLite3", "FreeTDS"},
@@ -71,14 +84,53 @@ private Q_SLOTS:
     }
     void driverChoice()
     {
-        QFETCH(QStringList, installed);
-        QTEST(odbcText("Provider=SQLOLEDB;Data Source=tcp:db,1433", installed), "text");
+        QFETCH(QStringList, drivers);
+        QTEST(odbcText("Provider=SQLOLEDB;Data Source=tcp:db,1433", installed(drivers)), "text");
+    }
+
+    void encryption_data()
+    {
+        const Rows<QString, QString> row("text", "odbc");
+        const QString oleDb = "Provider=MSOLEDBSQL;Server=s;Password='a;b';";
+        const QString tds =
+            "DRIVER={FreeTDS};SERVER=s;PWD={a;b};TDS_Version=7.4;ClientCharset=UTF-8;";
+        const QString asked = "Encryption=require;";
+        row("OLE DB", oleDb + "Encrypt=Mandatory;Trust Server Certificate=no", tds + asked);
+        row("OLE DB's own word", oleDb + "Use Encryption for Data=True", tds + asked);
+        row("not asked", oleDb + "Encrypt=Optional", tds);
+        row("driver", "Driver=FreeTDS;PWD='a;ENCRYPT=yes;Encryption=off",
+            "Driver=FreeTDS;PWD='a;" + asked);
+        row("library", "Driver=/usr/lib/libtdsodbc.so;Encrypt=1",
+            "Driver=/usr/lib/libtdsodbc.so;" + asked);
+        row("another name", "Driver={Company};Encrypt=1", "Driver={Company};" + asked);
+        row("data source", "DSN=Mon;Encrypt=Yes", "DSN=Mon;" + asked);
+        row("data source, OLE DB", "Provider=MSDASQL;Data Source=mon;Encrypt=Yes",
+            "DSN=mon;" + asked);
+        row("within a password", "DSN=Mon;PWD={;Encrypt=Yes;}", "DSN=Mon;PWD={;Encrypt=Yes;}");
+        row("MariaDB", "Driver={MariaDB Unicode};Encrypt=Yes",
+            "Driver={MariaDB Unicode};FORCETLS=1;SSLVERIFY=1;");
+        row("not known", "Driver={Other};Encrypt=Yes", "Driver={Other};Encrypt=Yes");
+    }
+    void encryption()
+    {
+        QFETCH(QString, text);
+        OdbcNames names = installed({"FreeTDS", "MariaDB Unicode", "Other"});
+        names.drivers.insert("Company", "Setup=/usr/lib/libtdsS.so Driver=/usr/lib/libtdsodbc.so");
+        names.dataSources.insert("Mon", "Company");
+        QTEST(odbcText(text, names), "odbc");
+        text.replace(QRegularExpression("=(yes|1|True|Mandatory)",
+                                        QRegularExpression::CaseInsensitiveOption),
+                     "=Strict");
+        const bool isRefused = errorOf([&] { odbcText(text, names); }).number != 0;
+        QCOMPARE(isRefused,
+                 odbcText(QString(text).replace("Strict", "Yes"), names).contains("require") ||
+                     text.startsWith("Driver={MariaDB"));
     }
 
     void refused()
     {
         const auto refusal = [](const char *text) {
-            return errorOf([&] { odbcText(text, {"SQLite3"}); }).description;
+            return errorOf([&] { odbcText(text, installed({"SQLite3"})); }).description;
         };
         QVERIFY(refusal("Provider=SQLOLEDB;Data Source=s").contains("No ODBC driver"));
         QVERIFY(refusal("Provider=OraOLEDB.Oracle;Data Source=s").contains("'OraOLEDB.Oracle'"));

@@ -1,5 +1,6 @@
 #include "FaultyProxy.h"
 #include "MariaDb.h"
+#include "TdsServer.h"
 #include "core/platform/EventLog.h"
 #include "data/Connection.h"
 #include "data/odbc/DriverThread.h"
@@ -146,6 +147,49 @@ private Q_SLOTS:
         QCOMPARE(m_box->status, QStringList({"Opening database connection.", message}));
         QCOMPARE(events, QStringList(message));
         QVERIFY(!message.contains("top-secret"));
+    }
+
+    void encryptsOrFails_data()
+    {
+        const QString server = "Data Source=127.0.0.1,%1;User ID=sa;Password=%2;";
+        const QString driver = "SERVER=127.0.0.1;PORT=%1;UID=sa;PWD=%2;TDS_Version=7.4;";
+        const Rows<QString, bool> row("text", "goesOut");
+        row("not asked", "Provider=SQLOLEDB;" + server, true);
+        row("OLE DB", "Provider=SQLOLEDB;Encrypt=yes;" + server, false);
+        row("OLE DB's own word", "Provider=MSOLEDBSQL;Use Encryption for Data=True;" + server,
+            false);
+        row("no provider", server + "Encrypt=Mandatory", false);
+        row("driver", "DRIVER={FreeTDS};Encrypt=Yes;" + driver, false);
+        row("wrapped",
+            "Provider=MSDASQL;Extended Properties=\"DRIVER={FreeTDS};" + driver + "\";Encrypt=Yes",
+            false);
+        row("data source", "DSN=Tds;Encrypt=Yes;UID=sa;PWD=%2;X=%1", false);
+    }
+    /// A server that cannot encrypt gets no password from whoever asked for encryption.
+    void encryptsOrFails()
+    {
+        QFETCH(QString, text);
+        TdsServer server;
+        m_box->write("odbc.ini", "[Tds]\nDriver=FreeTDS\nServer=127.0.0.1\nTDS_Version=7.4\nPort=" +
+                                     QByteArray::number(server.port()) + '\n');
+        qputenv("ODBCINI", m_box->path("odbc.ini").toLocal8Bit());
+        gConnectionTimeout = 5;
+        gSQLConnect = text.arg(server.port()).arg("top-secret");
+        QString message;
+        QVERIFY(!OpenDatabase(message));
+        qunsetenv("ODBCINI");
+        const QByteArray received = server.stop();
+        QVERIFY2(received.startsWith('\x12'), qPrintable(message)); // it was there, and asked
+        QTEST(received.contains(TdsServer::disguised("top-secret")), "goesOut");
+    }
+
+    /// Nor does one that speaks MariaDB's language.
+    void asksMariaDbForEncryption()
+    {
+        QCOMPARE(openAndRead(), "");
+        CloseDatabase();
+        gSQLConnect += ";Encrypt=Yes";
+        QVERIFY2(openAndRead().contains("SSL"), qPrintable(openAndRead()));
     }
 
     void secretsStayHidden()

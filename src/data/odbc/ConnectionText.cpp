@@ -30,9 +30,13 @@ QChar closing(QChar quote)
     return quote == u'{' ? QChar(u'}') : quote;
 }
 
-bool isQuote(QChar character)
+/// OLE DB knows three kinds of quotes, ODBC braces only.
+enum class Syntax { OleDb, Odbc };
+
+bool isQuote(QChar character, Syntax syntax)
 {
-    return character == u'{' || character == u'\'' || character == u'"';
+    return character == u'{' ||
+           (syntax == Syntax::OleDb && (character == u'\'' || character == u'"'));
 }
 
 /// Reads a quoted value whose opening quote stands at `at`; moves behind the closing one. A value
@@ -59,7 +63,7 @@ qsizetype orEnd(qsizetype found, const QString &text)
     return found < 0 ? text.size() : found;
 }
 
-Setting readSetting(const QString &text, qsizetype &at)
+Setting readSetting(const QString &text, qsizetype &at, Syntax syntax = Syntax::OleDb)
 {
     Setting setting;
     const qsizetype begin = at;
@@ -76,7 +80,7 @@ Setting readSetting(const QString &text, qsizetype &at)
     while (at < text.size() && text[at].isSpace())
         ++at;
     setting.before = text.mid(begin, at - begin);
-    if (at < text.size() && isQuote(text[at])) {
+    if (at < text.size() && isQuote(text[at], syntax)) {
         setting.quote = text[at];
         setting.value = quotedValue(text, at);
     }
@@ -213,13 +217,24 @@ const Keyword *find(const Keyword (&keywords)[count], const Setting &setting)
     return found == std::end(keywords) ? nullptr : found;
 }
 
+/// The value of a name in any case; null when there is none.
+const QString *find(const QMap<QString, QString> &values, const QString &name)
+{
+    for (auto each = values.begin(); each != values.end(); ++each) {
+        if (each.key().compare(name, Qt::CaseInsensitive) == 0)
+            return &each.value();
+    }
+    return nullptr;
+}
+
 /// Yes and no as the drivers write them; other words ("Strict") stay.
 QString switchValue(const QString &value)
 {
     const QString word = value.trimmed().toLower();
-    if (word == u"sspi" || word == u"true" || word == u"yes" || word == u"1")
+    if (word == u"sspi" || word == u"true" || word == u"yes" || word == u"1" ||
+        word == u"mandatory")
         return QStringLiteral("Yes");
-    if (word == u"false" || word == u"no" || word == u"0")
+    if (word == u"false" || word == u"no" || word == u"0" || word == u"optional")
         return QStringLiteral("No");
     return value;
 }
@@ -243,12 +258,12 @@ bool isSwitch(QLatin1String keyword)
            keyword == QLatin1String("MARS_Connection");
 }
 
-QString serverDriver(const QStringList &installed)
+QString serverDriver(const OdbcNames &names)
 {
     for (const char *name : {"ODBC Driver 18 for SQL Server", "ODBC Driver 17 for SQL Server",
                              "ODBC Driver 13 for SQL Server", "FreeTDS", "SQL Server"}) {
         const QString driver = QString::fromLatin1(name);
-        if (installed.contains(driver, Qt::CaseInsensitive))
+        if (find(names.drivers, driver))
             return driver;
     }
     throw Error(DatabaseError,
@@ -256,9 +271,9 @@ QString serverDriver(const QStringList &installed)
                                "18 for SQL Server\" nor \"FreeTDS\" (package tdsodbc)"));
 }
 
-QString serverText(const std::vector<Setting> &settings, const QStringList &installedDrivers)
+QString serverText(const std::vector<Setting> &settings, const OdbcNames &names)
 {
-    const QString driver = serverDriver(installedDrivers);
+    const QString driver = serverDriver(names);
     const bool isFreeTds = driver == u"FreeTDS";
     Translation translation;
     translation.splice(QLatin1String("DRIVER={") + driver + u'}');
@@ -306,6 +321,83 @@ QString unwrappedText(const std::vector<Setting> &settings)
     return translation.text();
 }
 
+/// How a driver is told to encrypt or to fail.
+struct DriverWords
+{
+    const char *names;   ///< one of these stands in the driver's name or library, in lower case
+    const char *keyword; ///< null: it understands Encrypt
+    const char *value;
+};
+
+constexpr DriverWords driverWords[] = {
+    {"odbc driver|msodbcsql", nullptr, nullptr},
+    {"freetds|tdsodbc", "Encryption", "require"},
+    {"mariadb|maodbc", "FORCETLS", "1;SSLVERIFY=1"}, // the first alone gives way to the server
+    {"mysql|myodbc", "SSLMODE", "REQUIRED"},
+};
+
+/// Null for a driver that is not known.
+const DriverWords *wordsOf(const std::vector<Setting> &settings, const OdbcNames &names)
+{
+    QString known;
+    for (const Setting &setting : settings) {
+        const QString value = setting.meaning().trimmed();
+        const bool isSource = is(setting, QLatin1String("DSN"));
+        if (!isSource && !is(setting, QLatin1String("DRIVER")))
+            continue;
+        const QString *behind = find(isSource ? names.dataSources : names.drivers, value);
+        known += u' ' + (isSource ? QString() : value) + u' ' + (behind ? *behind : QString());
+        // A data source names its driver, which stands for a library in turn.
+        if (const QString *library = isSource && behind ? find(names.drivers, *behind) : nullptr)
+            known += u' ' + *library;
+    }
+    for (const DriverWords &words : driverWords) {
+        const QStringList parts = QString::fromLatin1(words.names).split(u'|');
+        for (const QString &part : parts) {
+            if (known.contains(part, Qt::CaseInsensitive))
+                return &words;
+        }
+    }
+    return nullptr;
+}
+
+/// Drivers pass over words that they do not know: one that reads "Encrypt=Yes" so would send the
+/// password as it is. An ODBC text in the driver's own words. Throws Error where it has none.
+QString withDriverWords(const QString &text, const OdbcNames &names)
+{
+    std::vector<Setting> settings;
+    QString rest;
+    QString wish;
+    for (qsizetype at = 0; at < text.size(); ++at) {
+        const qsizetype begin = at;
+        const Setting setting = readSetting(text, at, Syntax::Odbc);
+        settings.push_back(setting);
+        if (is(setting, QLatin1String("Encrypt")) ||
+            is(setting, QLatin1String("Use Encryption for Data")))
+            wish = switchValue(setting.meaning());
+        else if (!is(setting, QLatin1String("TrustServerCertificate")))
+            rest += text.mid(begin, at - begin) + u';';
+    }
+    const DriverWords *words = wordsOf(settings, names);
+    const bool isStrict = wish.compare(u"Strict", Qt::CaseInsensitive) == 0;
+    if (wish.isEmpty() || !words || !words->keyword)
+        return text;
+    if (isStrict)
+        throw Error(DatabaseError,
+                    QStringLiteral("Encrypt=Strict needs Microsoft's ODBC Driver 18 for SQL "
+                                   "Server; with another driver ask for Encrypt=Mandatory"));
+    if (wish == u"No")
+        return rest;
+    // The first word of a kind counts with some drivers, the last one with others.
+    QString own;
+    for (qsizetype at = 0; at < rest.size(); ++at) {
+        const qsizetype begin = at;
+        if (!is(readSetting(rest, at, Syntax::Odbc), QLatin1String(words->keyword)))
+            own += rest.mid(begin, at - begin) + u';';
+    }
+    return own + QLatin1String(words->keyword) + u'=' + QLatin1String(words->value) + u';';
+}
+
 bool isServerProvider(const QString &provider)
 {
     return provider.startsWith(u"SQLOLEDB", Qt::CaseInsensitive) ||
@@ -313,9 +405,8 @@ bool isServerProvider(const QString &provider)
            provider.startsWith(u"MSOLEDBSQL", Qt::CaseInsensitive);
 }
 
-} // namespace
-
-QString odbcText(const QString &connectionText, const QStringList &installedDrivers)
+/// An ODBC text, in words that Microsoft's driver understands.
+QString translated(const QString &connectionText, const OdbcNames &names)
 {
     const std::vector<Setting> settings = readSettings(connectionText);
     const auto provider = std::find_if(settings.begin(), settings.end(), [](const Setting &each) {
@@ -325,14 +416,21 @@ QString odbcText(const QString &connectionText, const QStringList &installedDriv
         return has(settings,
                    {QLatin1String("DRIVER"), QLatin1String("DSN"), QLatin1String("FILEDSN")})
                    ? connectionText
-                   : serverText(settings, installedDrivers);
+                   : serverText(settings, names);
     const QString name = provider->meaning();
     if (name.startsWith(u"MSDASQL", Qt::CaseInsensitive))
         return unwrappedText(settings);
     if (isServerProvider(name))
-        return serverText(settings, installedDrivers);
+        return serverText(settings, names);
     throw Error(DatabaseError,
                 QStringLiteral("The provider '%1' has no counterpart in ODBC").arg(name));
+}
+
+} // namespace
+
+QString odbcText(const QString &connectionText, const OdbcNames &names)
+{
+    return withDriverWords(translated(connectionText, names), names);
 }
 
 QString maskPasswords(const QString &connectionText)

@@ -3,6 +3,7 @@
 #include "data/odbc/ConnectionText.h"
 #include "data/odbc/Diagnostics.h"
 
+#include <algorithm>
 #include <array>
 
 namespace {
@@ -23,21 +24,31 @@ SQLHANDLE asOdbc3(const OdbcHandle &environment)
     return environment.get();
 }
 
-QStringList installedDrivers(SQLHANDLE environment)
+using Listing = SQLRETURN (*)(SQLHENV, SQLUSMALLINT, SQLWCHAR *, SQLSMALLINT, SQLSMALLINT *,
+                              SQLWCHAR *, SQLSMALLINT, SQLSMALLINT *);
+
+/// What SQLDriversW or SQLDataSourcesW tell: names, and what belongs to each.
+QMap<QString, QString> listed(SQLHANDLE environment, Listing list)
 {
-    QStringList drivers;
+    QMap<QString, QString> names;
     std::array<SQLWCHAR, 256> name{};
-    std::array<SQLWCHAR, 2048> attributes{};
+    std::array<SQLWCHAR, 2048> more{};
     SQLSMALLINT length = 0;
-    SQLSMALLINT attributesLength = 0;
+    SQLSMALLINT moreLength = 0;
     SQLUSMALLINT direction = SQL_FETCH_FIRST;
-    while (SQL_SUCCEEDED(SQLDriversW(
-        environment, direction, name.data(), static_cast<SQLSMALLINT>(name.size()), &length,
-        attributes.data(), static_cast<SQLSMALLINT>(attributes.size()), &attributesLength))) {
-        drivers.append(QString::fromUtf16(reinterpret_cast<const char16_t *>(name.data())));
+    while (SQL_SUCCEEDED(list(environment, direction, name.data(),
+                              static_cast<SQLSMALLINT>(name.size()), &length, more.data(),
+                              static_cast<SQLSMALLINT>(more.size()), &moreLength))) {
+        const auto size =
+            std::clamp(static_cast<qsizetype>(moreLength), qsizetype(0), qsizetype(more.size()));
+        // A driver's attributes stand behind each other, with a null after each.
+        names.insert(QString::fromUtf16(reinterpret_cast<const char16_t *>(name.data())),
+                     QString::fromUtf16(reinterpret_cast<const char16_t *>(more.data()), size)
+                         .replace(QChar(), u' ')
+                         .trimmed());
         direction = SQL_FETCH_NEXT;
     }
-    return drivers;
+    return names;
 }
 
 } // namespace
@@ -60,7 +71,9 @@ OdbcSession::OdbcSession(const Settings &settings)
     if (settings.commandTime.count() > 0)
         set(SQL_ATTR_CONNECTION_TIMEOUT, static_cast<SQLULEN>(settings.commandTime.count()));
 
-    const QString text = odbcText(settings.connectionText, installedDrivers(m_environment.get()));
+    const QString text =
+        odbcText(settings.connectionText, {listed(m_environment.get(), SQLDriversW),
+                                           listed(m_environment.get(), SQLDataSourcesW)});
     check(SQLDriverConnectW(connection, nullptr, odbcString(text), SQL_NTS, nullptr, 0, nullptr,
                             SQL_DRIVER_NOPROMPT),
           m_connection);
