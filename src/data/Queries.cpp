@@ -4,6 +4,9 @@
 #include "core/State.h"
 #include "core/TimeZone.h"
 #include "data/DayNumbers.h"
+#include "data/Recordset.h"
+
+#include <algorithm>
 
 // The texts are sent exactly as they stand here, runs of blanks and line breaks included: users
 // compare them with the query logs of their servers.
@@ -76,6 +79,41 @@ QString GetDataSelectionSQL()
                           "INNER JOIN [DataFields] "
                           "ON [Devices].[IDent] = [DataFields].[IDent]) "
                           "ON [Scales].[iScale] = [DataFields].[iScale]");
+}
+
+bool isPlainKey(const QString &key)
+{
+    return std::all_of(key.begin(), key.end(),
+                       [](QChar character) { return character.isPrint() && character != u'\\'; });
+}
+
+QString GetSelectedDevicesSQL(const QStringList &muids)
+{
+    QStringList keys;
+    QString patterns;
+    for (const QString &muid : muids) {
+        if (isPlainKey(muid)) {
+            keys.append(quoted(muid));
+            continue;
+        }
+        QString pattern = muid;
+        for (QChar &character : pattern) {
+            if (!isPlainKey(character) || character == u'[') // SQL Server: one of a set
+                character = u'%';
+        }
+        patterns += QLatin1String(" or Devices.MUID like ") + quoted(pattern);
+    }
+    return QLatin1String("Select * from Devices where Devices.MUID in (") +
+           (keys.isEmpty() && !patterns.isEmpty() ? QStringLiteral("''") : keys.join(u',')) +
+           QLatin1Char(')') + patterns;
+}
+
+QString stateSummaryList(const QString &muid)
+{
+    if (!isPlainKey(muid))
+        return QString();
+    // A list that holds an apostrophe is taken as quoted already; a comma would part it.
+    return muid.contains(u'\'') || muid.contains(u',') ? quoted(muid) : muid;
 }
 
 QString GetStateSummarySQL(const QDateTime &start, const QDateTime &end, QString muidList)

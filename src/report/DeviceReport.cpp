@@ -139,7 +139,7 @@ void DevicePage::findCountedItems()
 bool DevicePage::findItem(const QString &dataIdent) const
 {
     m_context.fields.setFilter(
-        QStringLiteral("[IDent]='%1' and [DataIDent]='%2'").arg(m_ident, dataIdent));
+        QStringLiteral("[IDent]=%1 and [DataIDent]=%2").arg(quoted(m_ident), quoted(dataIdent)));
     return !m_context.fields.eof();
 }
 

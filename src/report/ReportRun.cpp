@@ -40,13 +40,12 @@ clsGraphDef chartOf(const clsReportDef &report, const QDateTime &runDate)
     return chart;
 }
 
-/// "'A1','B2','C3'"
-QString deviceKeyList(const clsReportDef &report)
+QStringList deviceKeys(const clsReportDef &report)
 {
     QStringList keys;
     for (const auto &device : report.ReportDevices)
-        keys.append(quoted(device->MUID));
-    return keys.join(u',');
+        keys.append(device->MUID);
+    return keys;
 }
 
 qint64 countSamples()
@@ -81,10 +80,9 @@ DeviceCounts countsOf(const clsReportDeviceDef &device, const QString &ident,
                       const clsGraphDef &chart)
 {
     ShowStatus(QStringLiteral("Calculating Device Summary..."));
-    // A list that holds an apostrophe is taken as quoted already.
-    const QString muids = device.MUID.contains(u'\'') ? quoted(device.MUID) : device.MUID;
-    StaticRecordset rows = openStatic(GetStateSummarySQL(chart.StartTime, chart.EndTime, muids));
-    rows.setFilter(QStringLiteral("[IDent]='%1'").arg(ident));
+    StaticRecordset rows = openStatic(
+        GetStateSummarySQL(chart.StartTime, chart.EndTime, stateSummaryList(device.MUID)));
+    rows.setFilter(QLatin1String("[IDent]=") + quoted(ident));
     DeviceCounts counts;
     counts.name = device.DisplayName;
     counts.folder = folderSafe(device.MUID);
@@ -117,7 +115,7 @@ public:
     {
         ShowStatus(QLatin1String("Generating Report: [") + m_report.ReportTitle + u']');
         LoadChartDefs();
-        const QString keys = deviceKeyList(m_report);
+        const QStringList keys = deviceKeys(m_report);
         step = QStringLiteral("Setting Chart Def.");
         clsChartOutputBuilder builder;
         builder.LoadTOCTemplates();
@@ -145,8 +143,7 @@ public:
         ShowStatus(QStringLiteral("Total Fields: %1").arg(fields.recordCount()));
         ShowStatus(QLatin1String("Total Values: ") +
                    groupedNumber(static_cast<double>(samples), 0));
-        StaticRecordset devices = openStatic(
-            QStringLiteral("Select * from Devices where Devices.MUID in (%1)").arg(keys));
+        StaticRecordset devices = openStatic(GetSelectedDevicesSQL(keys));
         ShowStatus(QStringLiteral("Loading selected devices list..."));
         if (devices.recordCount() == 0 || CancelRequested) {
             showNoData();

@@ -63,6 +63,10 @@ private Q_SLOTS:
         options.interval = 600;
         options.until = until;
         m_plan = demo::planMonitoring(options);
+        // Ids that must not end a text, or part a list.
+        m_plan.devices[2].muid = " or 1=1 -- ";
+        m_plan.devices[3].muid = "x' or 'a'='a, b";
+        m_plan.devices[4].muid = "with, comma";
         const QString file = path("VTRGData.MDB");
         demo::writeMonitoringData(file, m_plan);
         m_server = std::make_unique<MariaDb>(monitoringTables(file, m_folder.path()));
@@ -79,7 +83,7 @@ private Q_SLOTS:
         const Rows<Sql, int> row("sql", "least");
         const QDateTime from = at("2025-06-10T00:00:00");
         const QDateTime to = at("2025-06-15T00:00:00");
-        const QString muid = m_plan.devices[1].muid;
+        const QString muid = m_plan.devices[5].muid;
         const QString two = muid + ',' + m_plan.devices[0].muid;
         row("selection", GetDataSelectionSQL, 14);
         row(
@@ -88,6 +92,25 @@ private Q_SLOTS:
             "one device's states", [=] { return GetStateSummarySQL(from, to, muid); }, 1);
         row(
             "two devices' states", [=] { return GetStateSummarySQL(from, to, two); }, 2);
+        row(
+            "devices by their ids",
+            [=, this] {
+                QStringList muids;
+                for (const demo::MonitoredDevice &device : m_plan.devices)
+                    muids.append(device.muid);
+                return GetSelectedDevicesSQL(muids);
+            },
+            7);
+        // Two that make one text of what stands between them, where a backslash begins an escape.
+        row(
+            "nobody's ids",
+            [=] {
+                return GetSelectedDevicesSQL({"back\\", " or 1=1 or 'a'=", muid + '\n'});
+            },
+            1);
+        row(
+            "states of nobody's id",
+            [=] { return GetStateSummarySQL(from, to, stateSummaryList("back\\")); }, 6);
         const auto samples = [](int ident, const QDateTime &begin, const QDateTime &end) {
             return [=] { return GetDataValuesSQL(QString::number(ident), begin, end); };
         };
