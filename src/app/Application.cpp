@@ -9,6 +9,7 @@
 #include "core/Error.h"
 #include "core/Files.h"
 #include "core/GrapherConfig.h"
+#include "core/OneLine.h"
 #include "core/Paths.h"
 #include "core/StartUp.h"
 #include "core/State.h"
@@ -30,7 +31,7 @@ namespace {
 
 void print(std::FILE *stream, const QString &line)
 {
-    std::fputs((line + u'\n').toUtf8().constData(), stream);
+    std::fputs((oneLine(line) + u'\n').toUtf8().constData(), stream);
     std::fflush(stream);
 }
 
@@ -227,7 +228,7 @@ void printQtMessage(QtMsgType, const QMessageLogContext &, const QString &messag
 
 int show(const QString &text)
 {
-    std::fputs(text.toUtf8().constData(), stdout);
+    std::fputs(printable(text).toUtf8().constData(), stdout);
     return Done;
 }
 

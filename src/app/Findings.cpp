@@ -1,6 +1,7 @@
 #include "app/Findings.h"
 
 #include "core/Files.h"
+#include "core/OneLine.h"
 #include "core/Xml.h"
 #include "core/XmlPatch.h"
 
@@ -24,15 +25,16 @@ void Findings::add(const SourceText &source, qsizetype offset, const QString &te
     const QByteArray before = source.bytes.left(std::max(offset, qsizetype(0)));
     const qsizetype line = before.count('\n') + 1;
     const qsizetype column = QString::fromUtf8(before.mid(before.lastIndexOf('\n') + 1)).size() + 1;
-    m_lines.append(QStringLiteral("%1:%2:%3: ").arg(source.path).arg(line).arg(column) + text);
+    m_lines.append(
+        oneLine(QStringLiteral("%1:%2:%3: ").arg(source.path).arg(line).arg(column) + text));
 }
 
 void Findings::add(const QString &path, const QString &text)
 {
-    m_lines.append(path + QLatin1String(":1:1: ") + text);
+    m_lines.append(oneLine(path + QLatin1String(":1:1: ") + text));
 }
 
 void Findings::addPlaced(const QString &path, const QString &placedText)
 {
-    m_lines.append(path + u':' + placedText);
+    m_lines.append(oneLine(path + u':' + placedText));
 }

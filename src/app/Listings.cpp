@@ -1,6 +1,7 @@
 #include "app/Listings.h"
 
 #include "core/Numbers.h"
+#include "core/OneLine.h"
 #include "core/TimeZone.h"
 #include "definitions/DefinitionStores.h"
 #include "scheduling/DueState.h"
@@ -66,11 +67,11 @@ QString reportListText()
     const std::vector<RunRecord> runs = readRuns();
     for (const auto &report : gReportDefs) {
         const DueState state = dueState(*report);
-        lines.append(QStringList{report->ReportID, report->ReportTitle,
+        lines.append(QStringList{oneLine(report->ReportID), oneLine(report->ReportTitle),
                                  QLatin1String("last ") + timeText(latestRun(*report, runs).time),
                                  QLatin1String("next ") + timeText(state.next),
                                  state.due ? QStringLiteral("due") : QStringLiteral("not due"),
-                                 state.why}
+                                 oneLine(state.why)}
                          .join(u'\t') +
                      u'\n');
     }
@@ -94,5 +95,7 @@ QString historyText(const std::vector<RunRecord> &newestFirst)
     }
     if (lines.isEmpty())
         lines.append(QStringLiteral("No run is on record."));
+    for (QString &line : lines)
+        line = oneLine(line);
     return lines.join(u'\n') + u'\n';
 }

@@ -2,6 +2,7 @@
 
 #include "core/Clock.h"
 #include "core/Trouble.h"
+#include "core/OneLine.h"
 #include "core/platform/Terminal.h"
 
 #include <QStringList>

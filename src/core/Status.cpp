@@ -1,5 +1,6 @@
 #include "core/Status.h"
 
+#include "core/OneLine.h"
 #include "core/State.h"
 
 #include <thread>
@@ -19,7 +20,7 @@ void setStatusSink(StatusSink sink)
 void ShowStatus(const QString &text)
 {
     if (gStartupDone && statusSink)
-        statusSink(text);
+        statusSink(oneLine(text));
 }
 
 void setProgressSink(ProgressSink sink)

@@ -11,7 +11,8 @@
 using StatusSink = std::function<void(const QString &line)>;
 void setStatusSink(StatusSink sink);
 
-/// Shows one line. Before `gStartupDone` is set the call does nothing visible.
+/// Shows one line; control characters become blanks. Before `gStartupDone` is set the call does
+/// nothing visible.
 void ShowStatus(const QString &text);
 
 /// How far a whole run is: `done` of the `all` data items of all its reports.

@@ -39,7 +39,7 @@ private Q_SLOTS:
         const LocalZone zone("UTC");
         QCOMPARE(historyText({}), "No run is on record.\n");
         ReportRecord report;
-        report.title = "Night";
+        report.title = "Ni\x1bght\n";
         report.result = ReportResult::Partial;
         report.start = 1'711'976'401'000;
         report.end = report.start + 2'000;
@@ -52,7 +52,7 @@ private Q_SLOTS:
         const RunRecord newer{report.start + 3'600'000, 0, "on request", "no list", {}};
         QCOMPARE(historyText({newer, older}),
                  "2024-04-01 13:00:01  scheduled: 1 report, 2.5 s\n"
-                 "    partial    Night  due since 2024-04-01 13:00, 3 charts, 12,345 samples, "
+                 "    partial    Ni ght   due since 2024-04-01 13:00, 3 charts, 12,345 samples, "
                  "2.0 s, 1 without image\n"
                  "        G1.PNG [61] full\n"
                  "2024-04-01 14:00:01  on request: no report, not finished: it runs still, or "

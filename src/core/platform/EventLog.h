@@ -9,7 +9,8 @@ enum EventType : int { EventError = 1, EventWarning = 2, EventInformation = 4 };
 /// Event number of the entries that bracket and describe an unattended run.
 inline constexpr int runEvent = 6;
 
-/// Writes one entry. Never fails; a system without a log service drops it.
+/// Writes one entry of one line; control characters become blanks. Never fails; a system without a
+/// log service drops it.
 void LogEvent(int eventId, EventType type, const QString &message);
 
 /// Tells the system's log how to show the entries, where it has to know: on Windows an entry of the

@@ -1,3 +1,4 @@
+#include "core/OneLine.h"
 #include "core/platform/EventLog.h"
 
 #include <syslog.h>
@@ -21,8 +22,9 @@ int priorityOf(EventType type)
 
 } // namespace
 
-void LogEvent(int eventId, EventType type, const QString &message)
+void LogEvent(int eventId, EventType type, const QString &text)
 {
+    const QString message = oneLine(text);
     static const bool opened = [] {
         ::openlog("VTRGRAPHER", LOG_PID, LOG_USER);
         return true;

@@ -1,3 +1,4 @@
+#include "core/OneLine.h"
 #include "core/platform/EventLog.h"
 #include "core/platform/WindowsApi_windows.h"
 
@@ -32,8 +33,9 @@ HANDLE openSource()
 
 } // namespace
 
-void LogEvent(int eventId, EventType type, const QString &message)
+void LogEvent(int eventId, EventType type, const QString &text)
 {
+    const QString message = oneLine(text);
     static const HANDLE source = openSource();
     const QString shown = message.left(longestMessage);
     const wchar_t *texts[] = {wide(shown)};

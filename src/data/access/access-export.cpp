@@ -10,6 +10,7 @@
 /// plain decimals without trailing zeros, bytes hexadecimal, GUIDs "{...}" in upper case.
 
 #include "core/Error.h"
+#include "core/OneLine.h"
 #include "core/Paths.h"
 #include "data/access/AccessFile.h"
 
@@ -114,7 +115,7 @@ void printTable(mdb::AccessFile &file, const QString &name, Output &output)
 
 void complain(const QString &text)
 {
-    std::fprintf(stderr, "access-export: %s\n", text.toUtf8().constData());
+    std::fprintf(stderr, "access-export: %s\n", oneLine(text).toUtf8().constData());
 }
 
 int run(const QString &path, const QString &table)
