@@ -1,5 +1,6 @@
 #include "app/Options.h"
 
+#include "core/Files.h"
 #include "core/Paths.h"
 #include "core/StartUp.h"
 #include "core/platform/FileSystem.h"
@@ -82,7 +83,7 @@ QStringList Options::folderOptions() const
         !folder.isEmpty())
         result << QStringLiteral("--home") << absoluteFolder(folder);
     if (const QString folder = dataFolder(); !folder.isEmpty())
-        result << QStringLiteral("--dbpath") << absoluteFolder(folder);
+        result << QStringLiteral("--dbpath") << absoluteFolder(nativePath(folder));
     return result;
 }
 

@@ -3,6 +3,7 @@
 #include "core/Clock.h"
 #include "core/Files.h"
 #include "core/Paths.h"
+#include "core/StartUp.h"
 #include "core/State.h"
 #include "core/platform/EventLog.h"
 #include "core/platform/InstanceLock.h"
@@ -22,11 +23,11 @@ bool earlierOnesStay(std::chrono::milliseconds patience)
     constexpr std::chrono::milliseconds step(50);
     const QString image = platform::ownImageName();
     std::chrono::milliseconds unchanged(0);
-    int count = platform::countEarlierProcesses(image);
+    int count = platform::countEarlierProcesses(image, makesReports);
     while (count > 0 && unchanged < patience) {
         std::this_thread::sleep_for(step);
         const int before = count;
-        count = platform::countEarlierProcesses(image);
+        count = platform::countEarlierProcesses(image, makesReports);
         unchanged = count == before ? unchanged + step : std::chrono::milliseconds(0);
     }
     return count > 0;

@@ -7,10 +7,10 @@
 /// Two things decide. The lock of the tool's data folder: of any number that start in the same
 /// moment exactly one gets it, and one that got it only because the winner's run was over before
 /// its own start-up was, gives way all the same. And the count of processes with this program's
-/// image name, which also sees instances of other users, of other data folders and those that
-/// cannot have the lock: the lock's holder gives way to those that began before it, so that of two
-/// at least one goes on. Those that began before it but lost the lock to it are about to end; it
-/// waits for them.
+/// image name, of this user or root, that make reports; it also sees instances of other data
+/// folders and those that cannot have the lock: the lock's holder gives way to those that began
+/// before it, so that of two at least one goes on. Those that began before it but lost the lock to
+/// it are about to end; it waits for them.
 
 /// Whether another instance stands in the way of this one. When none does, this process keeps the
 /// lock until it ends or releaseInstance(). `patience` is how long the number of earlier processes

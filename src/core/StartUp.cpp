@@ -6,6 +6,8 @@
 #include "core/platform/EventLog.h"
 #include "core/platform/Processes.h"
 
+#include <algorithm>
+
 namespace {
 
 const QLatin1String unattendedKeyword("/AUTO");
@@ -52,10 +54,19 @@ std::optional<QString> dataPathIn(const QString &commandLine)
     return folder;
 }
 
+bool makesReports(const QStringList &arguments)
+{
+    static const QStringList others = {
+        QStringLiteral("--help"),       QStringLiteral("--version"),   QStringLiteral("--list"),
+        QStringLiteral("--history"),    QStringLiteral("--check"),     QStringLiteral("--register"),
+        QStringLiteral("--unregister"), QStringLiteral("--registered")};
+    return std::none_of(arguments.begin(), arguments.end(),
+                        [](const QString &argument) { return others.contains(argument); });
+}
+
 int VTRGraphPrevInstance()
 {
-    const int count = platform::countProcesses(platform::ownImageName());
-    return count < 1 ? 0 : count - 1;
+    return platform::countOtherProcesses(platform::ownImageName(), makesReports);
 }
 
 void logRunFinished()

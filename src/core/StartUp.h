@@ -1,6 +1,7 @@
 #pragma once
 
 #include <QString>
+#include <QStringList>
 
 #include <optional>
 
@@ -14,7 +15,11 @@ void InitGrapher();
 /// counts, and no value means the program's folder.
 std::optional<QString> dataPathIn(const QString &commandLine);
 
-/// How many other processes of this program run.
+/// Whether a process of this program with these arguments opens a window or runs reports. Those
+/// that only look something up, or change the registration, do neither.
+bool makesReports(const QStringList &arguments);
+
+/// How many other processes of this program, of this user or root, make reports.
 int VTRGraphPrevInstance();
 
 /// Writes the event that an unattended run has finished; once per process, later calls do nothing.

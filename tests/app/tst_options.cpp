@@ -1,8 +1,10 @@
 #include "app/Options.h"
 #include "core/Paths.h"
+#include "core/StartUp.h"
 #include "support/Rows.h"
 
 #include <QDir>
+#include <QRegularExpression>
 
 class TestOptions : public QObject
 {
@@ -41,7 +43,8 @@ private Q_SLOTS:
         row("options", {"--home=a/", "--dbpath", "b"}, "c",
             {"--home", full("a"), "--dbpath", full("b")});
         row("variable", {"/AUTO"}, "c", {"--home", full("c")});
-        row("system's own", {"/DBPATH", "=b", "/AUTO"}, "", {"--dbpath", full("B")});
+        row("system's own", {"/DBPATH", "=b", "/AUTO"}, "",
+            {"--dbpath", programFolder() + pathSeparator + "B"});
         row("both", {"/DBPATH=x", "--dbpath=b"}, "", {"--dbpath", full("b")});
     }
     void namesTheFoldersOfTheHourlyJob()
@@ -51,6 +54,21 @@ private Q_SLOTS:
         qputenv(homeVariable, variable);
         QTEST(parseOptions(arguments).folderOptions(), "folders");
         qunsetenv(homeVariable);
+    }
+
+    /// What another process's arguments say of it.
+    void tellsWhatMakesReports()
+    {
+        static const QRegularExpression option("(?<= )--[a-z]+");
+        int looking = 0;
+        for (auto found = option.globalMatch(usageText()); found.hasNext();) {
+            const QString name = found.next().captured();
+            const bool looks = parseOptions({name}).command != Command::None;
+            QVERIFY2(makesReports({"--home", "x", name}) != looks, qPrintable(name));
+            looking += looks ? 1 : 0;
+        }
+        QVERIFY(looking >= 8);
+        QVERIFY(makesReports({}) && makesReports({"/AUTO"}));
     }
 
     void refusesWrongOnes_data()

@@ -4,6 +4,9 @@
 #include <QTemporaryDir>
 #include <QTest>
 
+#include <sys/stat.h>
+#include <unistd.h>
+
 using platform::InstanceLock;
 
 class TestInstanceLock : public QObject
@@ -52,9 +55,39 @@ private Q_SLOTS:
 
     void saysWhyItCannotBeHad()
     {
-        InstanceLock lock(m_folder.filePath("missing/running.lock"));
-        QCOMPARE(lock.tryLock(), InstanceLock::Unavailable);
-        QVERIFY2(lock.reason.contains("missing/running.lock"), qPrintable(lock.reason));
+        const auto refused = [this](const QString &name, const QString &why) {
+            InstanceLock lock(m_folder.filePath(name));
+            return lock.tryLock() == InstanceLock::Unavailable &&
+                   lock.reason.contains(name + "': " + why);
+        };
+        const auto path = [this](const char *name) {
+            return QFile::encodeName(m_folder.filePath(name));
+        };
+        QVERIFY(refused("missing/running.lock", ""));
+        QCOMPARE(::symlink("target", path("link").constData()), 0);
+        QVERIFY(refused("link", "it is a symbolic link"));
+        QVERIFY(!QFile::exists(m_folder.filePath("target")));
+        QCOMPARE(::mkfifo(path("pipe").constData(), 0600), 0);
+        QVERIFY(refused("pipe", "it is not a regular file"));
+        QVERIFY(QFile(m_folder.filePath("other")).open(QIODevice::WriteOnly));
+        if (::geteuid() == 0) {
+            QCOMPARE(::chown(path("other").constData(), 65534, 65534), 0);
+            QVERIFY(refused("other", "it belongs to another user"));
+        }
+    }
+
+    void isClosedToOthers()
+    {
+        for (const char *name : {"new", "lax"}) {
+            const QString path = m_folder.filePath(name);
+            if (QByteArray(name) == "lax") { // as earlier versions made it
+                QVERIFY(QFile(path).open(QIODevice::WriteOnly));
+                QVERIFY(QFile::setPermissions(path, QFile::Permissions(0x6666)));
+            }
+            QCOMPARE(InstanceLock(path).tryLock(), InstanceLock::Held);
+            QCOMPARE(QFile::permissions(path) & (QFile::ReadGroup | QFile::ReadOther),
+                     QFile::Permissions());
+        }
     }
 };
 

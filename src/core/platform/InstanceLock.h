@@ -6,14 +6,15 @@ namespace platform {
 
 /// A lock on a file that at most one process holds at a time. The system releases it when its
 /// holder ends, however it ends; the file itself stays and means nothing. Processes that this one
-/// starts do not inherit it.
+/// starts do not inherit it. Only its owner may open the file, so that no other user can take the
+/// lock; on Windows the folder's rights decide.
 class InstanceLock
 {
 public:
     enum State {
         Held, ///< this process has it
         HeldByOther,
-        Unavailable ///< the file cannot be made or locked; `reason` tells why
+        Unavailable ///< the file cannot be made, trusted or locked; `reason` tells why
     };
 
     explicit InstanceLock(const QString &path);

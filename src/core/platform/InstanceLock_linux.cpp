@@ -6,9 +6,37 @@
 #include <cstring>
 #include <fcntl.h>
 #include <sys/file.h>
+#include <sys/stat.h>
 #include <unistd.h>
 
 namespace platform {
+
+namespace {
+
+QString textOf(int error)
+{
+    return error == ELOOP ? QStringLiteral("it is a symbolic link")
+                          : QString::fromLocal8Bit(std::strerror(error));
+}
+
+/// Keeps other users from opening a lock file. Empty on success, else why it is not to be trusted.
+QString closeToOthers(int file)
+{
+    struct stat status
+    {};
+    if (::fstat(file, &status) != 0)
+        return textOf(errno);
+    if (!S_ISREG(status.st_mode))
+        return QStringLiteral("it is not a regular file");
+    if (status.st_uid != ::geteuid())
+        return QStringLiteral("it belongs to another user, who could stop all runs with it; "
+                              "remove it");
+    if ((status.st_mode & 077) != 0 && ::fchmod(file, 0600) != 0)
+        return textOf(errno);
+    return QString();
+}
+
+} // namespace
 
 InstanceLock::InstanceLock(const QString &path)
     : m_path(path)
@@ -23,19 +51,23 @@ InstanceLock::State InstanceLock::tryLock()
 {
     if (m_handle >= 0)
         return Held;
-    // Nothing is ever written to the file.
+    // Nothing is ever written to the file; some network file systems ask for the right to.
     const int file =
-        ::open(QFile::encodeName(m_path).constData(), O_RDONLY | O_CREAT | O_CLOEXEC, 0666);
-    if (file >= 0 && ::flock(file, LOCK_EX | LOCK_NB) == 0) {
+        ::open(QFile::encodeName(m_path).constData(),
+               O_RDWR | O_CREAT | O_NOFOLLOW | O_NONBLOCK | O_NOCTTY | O_CLOEXEC, 0600);
+    QString fault = file < 0 ? textOf(errno) : closeToOthers(file);
+    if (fault.isEmpty() && ::flock(file, LOCK_EX | LOCK_NB) == 0) {
         m_handle = file;
         return Held;
     }
     const int error = errno;
     if (file >= 0)
         ::close(file);
-    if (error == EWOULDBLOCK)
+    if (fault.isEmpty() && error == EWOULDBLOCK)
         return HeldByOther;
-    reason = QStringLiteral("'%1': ").arg(m_path) + QString::fromLocal8Bit(std::strerror(error));
+    if (fault.isEmpty())
+        fault = textOf(error);
+    reason = QStringLiteral("'%1': ").arg(m_path) + fault;
     return Unavailable;
 }
 

@@ -14,31 +14,62 @@ namespace platform {
 
 namespace {
 
-/// The file that a process runs: its /proc/PID/exe link, or, where that may not be read (another
-/// user's process), the first word of its command line.
+/// The beginning of a file of /proc; empty when it cannot be read, or its process has ended.
+QByteArray readProc(const QString &path, qint64 most = 4096)
+{
+    QFile file(path);
+    return file.open(QIODevice::ReadOnly) ? file.read(most) : QByteArray();
+}
+
+/// The words of a process's command line, its program's name first; at least one.
+QStringList wordsOf(const QString &processFolder)
+{
+    constexpr qint64 mostBytes = 1 << 20;
+    QByteArray text = readProc(processFolder + QLatin1String("/cmdline"), mostBytes);
+    if (text.endsWith('\0'))
+        text.chop(1);
+    QStringList words;
+    for (const QByteArray &word : text.split('\0'))
+        words.append(QFile::decodeName(word));
+    return words;
+}
+
+/// The file that a process runs: its /proc/PID/exe link, or, where that may not be read (the
+/// administrator's process), the first word of its command line.
 QString imageOf(const QString &processFolder)
 {
     QString image = QFile::symLinkTarget(processFolder + QLatin1String("/exe"));
-    if (image.isEmpty()) {
-        QFile commandLine(processFolder + QLatin1String("/cmdline"));
-        if (commandLine.open(QIODevice::ReadOnly))
-            image = QFile::decodeName(commandLine.read(4096).split('\0').constFirst());
-    }
+    if (image.isEmpty())
+        image = wordsOf(processFolder).constFirst();
     // A program that was rebuilt while it runs.
     if (image.endsWith(QLatin1String(" (deleted)")))
         image.chop(10);
     return QFileInfo(image).fileName();
 }
 
-/// The numbers of all processes with an image name.
-std::vector<int> processesOf(const QString &imageName)
+/// Whether a process was started by this one's user or by root. Its folder's owner would not tell:
+/// whoever hides a process's memory makes root own that.
+bool isOfSameUserOrRoot(const QString &processFolder)
+{
+    const QByteArray status = readProc(processFolder + QLatin1String("/status"));
+    const qsizetype at = status.indexOf("\nUid:\t");
+    if (at < 0)
+        return false;
+    const uint user = status.mid(at + 6).split('\t').constFirst().toUInt();
+    return user == 0 || user == ::getuid();
+}
+
+/// The numbers of the other processes that count.
+std::vector<int> processesOf(const QString &imageName, ArgumentTest counts)
 {
     std::vector<int> numbers;
-    const QStringList folders = QDir(QStringLiteral("/proc")).entryList(QDir::Dirs);
-    for (const QString &folder : folders) {
+    const QStringList names = QDir(QStringLiteral("/proc")).entryList(QDir::Dirs);
+    for (const QString &name : names) {
         bool isProcess = false;
-        const int number = folder.toInt(&isProcess);
-        if (isProcess && imageOf(QLatin1String("/proc/") + folder) == imageName)
+        const int number = name.toInt(&isProcess);
+        const QString folder = QLatin1String("/proc/") + name;
+        if (isProcess && number != ::getpid() && imageOf(folder) == imageName &&
+            isOfSameUserOrRoot(folder) && counts(wordsOf(folder).mid(1)))
             numbers.push_back(number);
     }
     return numbers;
@@ -47,28 +78,25 @@ std::vector<int> processesOf(const QString &imageName)
 /// When a process began, in ticks since the system did; 0 when it has ended meanwhile.
 quint64 beginOf(int process)
 {
-    QFile file(QStringLiteral("/proc/%1/stat").arg(process));
-    if (!file.open(QIODevice::ReadOnly))
-        return 0;
     // The second of the blank-separated fields is a name in parentheses that may hold anything.
-    const QByteArray text = file.read(4096);
+    const QByteArray text = readProc(QStringLiteral("/proc/%1/stat").arg(process));
     const QList<QByteArray> behindName = text.mid(text.lastIndexOf(')') + 2).split(' ');
     return behindName.size() > 19 ? behindName[19].toULongLong() : 0;
 }
 
 } // namespace
 
-int countProcesses(const QString &imageName)
+int countOtherProcesses(const QString &imageName, ArgumentTest counts)
 {
-    return static_cast<int>(processesOf(imageName).size());
+    return static_cast<int>(processesOf(imageName, counts).size());
 }
 
-int countEarlierProcesses(const QString &imageName)
+int countEarlierProcesses(const QString &imageName, ArgumentTest counts)
 {
     const int own = ::getpid();
     const auto ownBegin = std::make_pair(beginOf(own), own);
     int count = 0;
-    for (const int process : processesOf(imageName)) {
+    for (const int process : processesOf(imageName, counts)) {
         const quint64 begin = beginOf(process);
         if (begin > 0 && std::make_pair(begin, process) < ownBegin)
             ++count;

@@ -3,6 +3,8 @@
 
 #include <QFileInfo>
 
+#include <memory>
+#include <shellapi.h>
 #include <tlhelp32.h>
 #include <utility>
 #include <vector>
@@ -13,8 +15,79 @@ namespace {
 
 const QString extension = QStringLiteral(".exe");
 
-/// The numbers of all processes with an image name, of every user.
-std::vector<DWORD> processesOf(const QString &imageName)
+struct CloseHandle
+{
+    void operator()(void *handle) const { ::CloseHandle(handle); }
+};
+using Handle = std::unique_ptr<void, CloseHandle>;
+
+/// The user of a process as the system's record; empty when it may not be looked at.
+std::vector<char> userOf(HANDLE process)
+{
+    HANDLE opened = nullptr;
+    if (!::OpenProcessToken(process, TOKEN_QUERY, &opened))
+        return {};
+    const Handle token(opened);
+    DWORD size = 0;
+    ::GetTokenInformation(opened, TokenUser, nullptr, 0, &size);
+    std::vector<char> user(size);
+    if (!::GetTokenInformation(opened, TokenUser, user.data(), size, &size))
+        user.clear();
+    return user;
+}
+
+bool isOfSameUserOrSystem(HANDLE process)
+{
+    const std::vector<char> user = userOf(process);
+    const std::vector<char> own = userOf(::GetCurrentProcess());
+    if (user.empty() || own.empty())
+        return false;
+    const auto id = [](const std::vector<char> &record) {
+        return reinterpret_cast<const TOKEN_USER *>(record.data())->User.Sid;
+    };
+    return ::EqualSid(id(user), id(own)) || ::IsWellKnownSid(id(user), WinLocalSystemSid);
+}
+
+/// The arguments behind the program's name; none where the system does not give them away.
+QStringList argumentsOf(HANDLE process)
+{
+    struct Text // the system's UNICODE_STRING
+    {
+        USHORT bytes;
+        USHORT room;
+        wchar_t *characters;
+    };
+    using Query = LONG(WINAPI *)(HANDLE, int, void *, ULONG, ULONG *);
+    constexpr int commandLine = 60;
+    static const auto query = reinterpret_cast<Query>(reinterpret_cast<void *>(
+        ::GetProcAddress(::GetModuleHandleW(L"ntdll.dll"), "NtQueryInformationProcess")));
+    std::vector<quint64> buffer(16'384); // no command line is longer
+    ULONG size = 0;
+    if (!query || query(process, commandLine, buffer.data(),
+                        static_cast<ULONG>(buffer.size() * sizeof(quint64)), &size) < 0)
+        return {};
+    const auto *text = reinterpret_cast<const Text *>(buffer.data());
+    const QString line = QString::fromWCharArray(text->characters, text->bytes / 2);
+    int count = 0;
+    wchar_t **words = ::CommandLineToArgvW(wide(line), &count);
+    QStringList arguments;
+    for (int i = 1; words && i < count; ++i)
+        arguments.append(QString::fromWCharArray(words[i]));
+    ::LocalFree(words);
+    return arguments;
+}
+
+/// Whether another process counts. One that may not be looked at is another user's.
+bool isOneThatCounts(DWORD number, ArgumentTest counts)
+{
+    if (number == ::GetCurrentProcessId())
+        return false;
+    const Handle process(::OpenProcess(PROCESS_QUERY_LIMITED_INFORMATION, FALSE, number));
+    return process && isOfSameUserOrSystem(process.get()) && counts(argumentsOf(process.get()));
+}
+
+/// The numbers of the other processes that count.
+std::vector<DWORD> processesOf(const QString &imageName, ArgumentTest counts)
 {
     std::vector<DWORD> numbers;
     const HANDLE snapshot = ::CreateToolhelp32Snapshot(TH32CS_SNAPPROCESS, 0);
@@ -25,15 +98,15 @@ std::vector<DWORD> processesOf(const QString &imageName)
     for (BOOL more = ::Process32FirstW(snapshot, &entry); more;
          more = ::Process32NextW(snapshot, &entry)) {
         const QString image = QString::fromWCharArray(entry.szExeFile);
-        if (image.compare(imageName + extension, Qt::CaseInsensitive) == 0)
+        if (image.compare(imageName + extension, Qt::CaseInsensitive) == 0 &&
+            isOneThatCounts(entry.th32ProcessID, counts))
             numbers.push_back(entry.th32ProcessID);
     }
     ::CloseHandle(snapshot);
     return numbers;
 }
 
-/// When a process began, in the 100 ns that the system counts since 1601. 0 when it has ended, or
-/// belongs to a user whose processes may not be looked at.
+/// When a process began, in the 100 ns that the system counts since 1601. 0 when it has ended.
 quint64 beginOf(HANDLE process)
 {
     FILETIME begin{};
@@ -45,33 +118,26 @@ quint64 beginOf(HANDLE process)
     return quint64(begin.dwHighDateTime) << 32 | begin.dwLowDateTime;
 }
 
-/// Whether a process began before this one did. One that may not be looked at counts as earlier:
-/// giving way to it is the safe side.
+/// Whether a process began before this one did.
 bool isEarlier(DWORD number)
 {
-    const DWORD own = ::GetCurrentProcessId();
-    if (number == own)
-        return false;
-    const HANDLE process = ::OpenProcess(PROCESS_QUERY_LIMITED_INFORMATION, FALSE, number);
-    if (!process)
-        return ::GetLastError() == ERROR_ACCESS_DENIED;
-    const quint64 begin = beginOf(process);
-    ::CloseHandle(process);
-    return begin > 0 &&
-           std::make_pair(begin, number) < std::make_pair(beginOf(::GetCurrentProcess()), own);
+    const Handle process(::OpenProcess(PROCESS_QUERY_LIMITED_INFORMATION, FALSE, number));
+    const quint64 begin = process ? beginOf(process.get()) : 0;
+    return begin > 0 && std::make_pair(begin, number) <
+                            std::make_pair(beginOf(::GetCurrentProcess()), ::GetCurrentProcessId());
 }
 
 } // namespace
 
-int countProcesses(const QString &imageName)
+int countOtherProcesses(const QString &imageName, ArgumentTest counts)
 {
-    return static_cast<int>(processesOf(imageName).size());
+    return static_cast<int>(processesOf(imageName, counts).size());
 }
 
-int countEarlierProcesses(const QString &imageName)
+int countEarlierProcesses(const QString &imageName, ArgumentTest counts)
 {
     int count = 0;
-    for (const DWORD number : processesOf(imageName))
+    for (const DWORD number : processesOf(imageName, counts))
         count += isEarlier(number) ? 1 : 0;
     return count;
 }
