@@ -113,6 +113,12 @@ private Q_SLOTS:
                  "\"/opt/a b/Vantrel\\\"Grapher\" \"/AUTO\" \"--home\" "
                  "\"/srv/100%% of $$HOME/it's\"");
         QCOMPARE(restOfLine(serviceUnit(task), "TimeoutStartSec="), "60min");
+        // What the package's own unit may not do this one may not either.
+        QFile packaged(QFINDTESTDATA("../../packaging/VantrelGraphTool.service"));
+        QVERIFY(packaged.open(QIODevice::ReadOnly));
+        const QByteArray unit = packaged.readAll();
+        const qsizetype restrictions = unit.indexOf("NoNewPrivileges=yes\n");
+        QVERIFY(restrictions > 0 && serviceUnit(task).endsWith(unit.mid(restrictions)));
         task.application = "/bin/true";
         box->write(serviceFile, serviceUnit(task));
         box->write(timerFile, timerUnit(task));

@@ -117,6 +117,18 @@ QByteArray valueIn(const QByteArray &text, const QByteArray &before, const QByte
     return end < 0 ? QByteArray() : text.mid(begin, end - begin);
 }
 
+/// What a run may do, as the package's own unit has it: it reads and writes files anywhere, talks
+/// to database servers and to the log, looks at the processes of its own name, and no more.
+const QByteArray restrictions = "NoNewPrivileges=yes\n"
+                                "LockPersonality=yes\n"
+                                "RestrictAddressFamilies=AF_UNIX AF_INET AF_INET6\n"
+                                "RestrictNamespaces=yes\n"
+                                "RestrictRealtime=yes\n"
+                                "RestrictSUIDSGID=yes\n"
+                                "SystemCallArchitectures=native\n"
+                                "SystemCallFilter=@system-service\n"
+                                "SystemCallErrorNumber=EPERM\n";
+
 } // namespace
 
 QByteArray serviceUnit(const ScheduledTask &task)
@@ -139,9 +151,10 @@ QByteArray serviceUnit(const ScheduledTask &task)
                           "StandardOutput=journal\n"
                           "StandardError=journal\n"
                           "SyslogIdentifier=%5\n")
-        .arg(systemdText(task.comment), command, systemdText(task.workingDirectory),
-             QString::number(task.maximumRunMinutes), systemdText(task.name))
-        .toUtf8();
+               .arg(systemdText(task.comment), command, systemdText(task.workingDirectory),
+                    QString::number(task.maximumRunMinutes), systemdText(task.name))
+               .toUtf8() +
+           restrictions;
 }
 
 QByteArray timerUnit(const ScheduledTask &task)
