@@ -1,5 +1,6 @@
 #include "app/Check.h"
 
+#include "charts/ImageFile.h"
 #include "core/Error.h"
 #include "core/Files.h"
 #include "core/GrapherConfig.h"
@@ -7,6 +8,7 @@
 #include "core/Paths.h"
 #include "core/State.h"
 #include "core/Xml.h"
+#include "core/platform/FileSystem.h"
 #include "data/Connection.h"
 #include "definitions/Advice.h"
 #include "definitions/ReportDef.h"
@@ -228,8 +230,8 @@ private:
             return;
         for (const char *folder : {"DataPath", "GraphDataPath"}) {
             const QString name = GetAttr(file.root(), folder, QString()).trimmed();
-            if (!name.isEmpty() && !folderExists(name))
-                file.add(file.root(), folder, QStringLiteral("there is no folder '%1'").arg(name));
+            if (!name.isEmpty())
+                checkFolder(file, folder, name);
         }
         for (const char *number : {"GraphDataCommandTimeout", "GraphDataConnectionTimeout"})
             file.requireNumber(file.root(), {number, 0, any});
@@ -246,6 +248,16 @@ private:
         }
     }
 
+    /// The folder that an attribute of the root names has to be there.
+    static void checkFolder(CheckedFile &file, const char *attribute, const QString &name)
+    {
+        const QString fault = platform::nameFault(name);
+        if (!fault.isEmpty())
+            file.add(file.root(), attribute, QStringLiteral("'%1': %2").arg(name, fault));
+        else if (!folderExists(name))
+            file.add(file.root(), attribute, QStringLiteral("there is no folder '%1'").arg(name));
+    }
+
     void checkGrapherConfiguration()
     {
         CheckedFile file(m_findings,
@@ -253,9 +265,9 @@ private:
         if (!file.isRead())
             return;
         file.requireRoot("VTRGRAPHER");
-        if (!folderExists(configurationFolder()))
-            file.add(file.root(), "PTH_Config",
-                     QStringLiteral("there is no folder '%1'").arg(configurationFolder()));
+        checkFolder(file, "PTH_Config", configurationFolder());
+        if (const QString output = gConfig->PTH_Output(); !platform::nameFault(output).isEmpty())
+            checkFolder(file, "PTH_Output", output); // a run makes it where it is missing
         for (const TemplateNames &kind : pageTemplateNames())
             checkTemplate(file, file.root(), kind, QString());
         for (const char *output :
@@ -264,6 +276,11 @@ private:
                 file.add(file.root(), output,
                          QStringLiteral("%1 names no file").arg(QLatin1String(output)));
         }
+        if (!isImageFormat(gConfig->IMG_Format))
+            file.add(file.root(), "IMG_Format",
+                     QStringLiteral("IMG_Format '%1' is not PNG, JPEG or BMP: charts are written "
+                                    "as PNG")
+                         .arg(gConfig->IMG_Format));
         for (const NumberRule &rule : imageSizes)
             file.requireNumber(file.root(), rule);
         forEachElement(file.document(), "COPYFILE", [&](const pugi::xml_node &copy) {

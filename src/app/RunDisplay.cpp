@@ -1,8 +1,8 @@
 #include "app/RunDisplay.h"
 
 #include "core/Clock.h"
-#include "core/Trouble.h"
 #include "core/OneLine.h"
+#include "core/Trouble.h"
 #include "core/platform/Terminal.h"
 
 #include <QStringList>
@@ -58,15 +58,6 @@ QString shortened(const QString &line, int columns)
 
 } // namespace
 
-QString oneLine(QString text)
-{
-    for (QChar &character : text) {
-        if (character.category() == QChar::Other_Control)
-            character = u' ';
-    }
-    return text;
-}
-
 QString progressLine(const Progress &progress, qint64 elapsed, int columns)
 {
     const int all = std::max(progress.all, 1);
@@ -90,7 +81,7 @@ RunDisplay::RunDisplay(std::FILE *stream, std::FILE *errors)
 {
     if (!platform::endTogether(stream, errors))
         setTroubleSink([errors](const QString &text) {
-            print(errors, QLatin1String("VantrelGrapher: ") + oneLine(text) + u'\n');
+            print(errors, QLatin1String("VantrelGrapher: ") + text + u'\n');
         });
     setStatusSink([this](const QString &line) { showStatus(line); });
     setProgressSink([this](const Progress &progress) { show(progress); });
@@ -107,8 +98,7 @@ RunDisplay::~RunDisplay()
 
 void RunDisplay::showStatus(const QString &line)
 {
-    print(m_stream,
-          (m_live.isEmpty() ? QString() : QString(clearLine)) + oneLine(line) + u'\n' + m_live);
+    print(m_stream, (m_live.isEmpty() ? QString() : QString(clearLine)) + line + u'\n' + m_live);
 }
 
 void RunDisplay::show(const Progress &progress)

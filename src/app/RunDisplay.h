@@ -27,9 +27,6 @@ private:
     qint64 m_start = 0; ///< instant of the first progress
 };
 
-/// A text in one line: nothing in it steers a terminal or begins a line of its own.
-QString oneLine(QString text);
-
 /// "25 % (10 of 40), 0:30 left: report, device, item", shortened to `columns`; `elapsed` in
 /// milliseconds. No time is named before the first item is done.
 QString progressLine(const Progress &progress, qint64 elapsed, int columns);

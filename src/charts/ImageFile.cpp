@@ -97,6 +97,13 @@ QByteArray palettedRows(const PalettedImage &image, int depth)
     return rows;
 }
 
+/// How Qt's writers name a format of the configuration.
+QByteArray writerName(const QString &format)
+{
+    const QString name = format.trimmed();
+    return name.isEmpty() ? QByteArray("png") : name.toLower().toUtf8();
+}
+
 QByteArray colorRows(const QImage &image)
 {
     const qsizetype stride = 1 + qsizetype(3) * image.width();
@@ -147,21 +154,25 @@ QByteArray encodePng(const QImage &source, Compression compression)
     return file;
 }
 
+bool isImageFormat(const QString &format)
+{
+    const QByteArray name = writerName(format);
+    const bool isKnown = name == "png" || name == "jpg" || name == "jpeg" || name == "bmp";
+    return isKnown && QImageWriter::supportedImageFormats().contains(name);
+}
+
 QByteArray encodeImage(const QImage &image, const QString &format, Compression compression)
 {
-    const QString name = format.trimmed();
-    if (name.isEmpty() || name.compare(u"PNG", Qt::CaseInsensitive) == 0)
+    const QByteArray wanted = writerName(format);
+    if (wanted == "png" || !isImageFormat(format))
         return encodePng(image, compression);
-    const QByteArray wanted = name.toLower().toUtf8();
-    if (!QImageWriter::supportedImageFormats().contains(wanted))
-        throw Error(InvalidFileFormat, QStringLiteral("Unknown image format '%1'").arg(name));
     QByteArray bytes;
     QBuffer buffer(&bytes);
     buffer.open(QIODevice::WriteOnly);
     QImageWriter writer(&buffer, wanted);
     writer.setQuality(90);
     if (!writer.write(image))
-        throw Error(DeviceIO,
-                    QStringLiteral("Cannot write a %1 image: %2").arg(name, writer.errorString()));
+        throw Error(DeviceIO, QStringLiteral("Cannot write a %1 image: %2")
+                                  .arg(format.trimmed(), writer.errorString()));
     return bytes;
 }

@@ -15,8 +15,10 @@ enum class Compression {
 /// colour. Throws Error when the image is empty or there is no memory.
 QByteArray encodePng(const QImage &image, Compression compression = Compression::Fast);
 
-/// A file in a format of the configuration (`IMG_Format`): "PNG" in any case, or another one that
-/// the system's image plug-ins write ("JPG", "BMP", ...); empty means PNG. Throws Error on an
-/// unknown format and when encoding fails.
+/// Whether charts can be had in a format of the configuration (`IMG_Format`): "PNG", "JPG", "JPEG"
+/// or "BMP" in any case; empty means PNG.
+bool isImageFormat(const QString &format);
+
+/// A file in such a format, in any other case PNG. Throws Error when encoding fails.
 QByteArray encodeImage(const QImage &image, const QString &format,
                        Compression compression = Compression::Fast);

@@ -1,5 +1,10 @@
 #include "core/TimeZone.h"
 
+#include "core/Error.h"
+#include "core/Files.h"
+
+#include <QFile>
+#include <QFileInfo>
 #include <QTimeZone>
 
 #include <algorithm>
@@ -9,10 +14,40 @@ namespace {
 constexpr qint64 second = 1000;
 constexpr qint64 day = 86'400 * second;
 
-/// On some systems Qt does not look at the variable TZ by itself.
+/// The id of the zone whose rules a file holds: one of the system's own files, a link to one, or a
+/// copy. Empty for any other.
+QByteArray zoneOfFile(const QString &path)
+{
+    for (const QString &file : {path, QFileInfo(path).canonicalFilePath()}) {
+        for (const QLatin1String tree :
+             {QLatin1String("/zoneinfo/posix/"), QLatin1String("/zoneinfo/")}) {
+            const qsizetype at = file.lastIndexOf(tree);
+            const QByteArray id = at < 0 ? QByteArray() : file.mid(at + tree.size()).toUtf8();
+            if (QTimeZone(id).isValid())
+                return id;
+        }
+    }
+    constexpr qint64 mostBytes = 1 << 20;
+    try {
+        const QByteArray rules = readFile(path, mostBytes);
+        for (const QByteArray &id : QTimeZone::availableTimeZoneIds()) {
+            const QString file = QLatin1String("/usr/share/zoneinfo/") + QString::fromLatin1(id);
+            if (QFileInfo(file).size() == rules.size() && readFile(file, mostBytes) == rules)
+                return id;
+        }
+    } catch (const Error &) {
+        // No file: the system does not know this zone either.
+    }
+    return QByteArray();
+}
+
+/// On some systems Qt does not look at the variable TZ by itself, on none at a file that it names.
 QTimeZone localZone()
 {
-    const QTimeZone named(qgetenv("TZ"));
+    QByteArray name = qgetenv("TZ");
+    if (name.startsWith(':'))
+        name.remove(0, 1);
+    const QTimeZone named(name.startsWith('/') ? zoneOfFile(QFile::decodeName(name)) : name);
     return named.isValid() ? named : QTimeZone::systemTimeZone();
 }
 

@@ -6,7 +6,8 @@
 #include <limits>
 
 /// The local time zone, with the rules in force at each date-time, on every system alike.
-/// The zone is the one that the environment variable TZ names, else the system's. All functions
+/// The zone is the one that the environment variable TZ names, by its id or its file
+/// (":/usr/share/zoneinfo/Europe/Berlin"), else the system's. All functions
 /// are for the main thread; workers get finished numbers.
 
 /// A stretch of time in which one offset from UTC holds: instants from <= t < to.

@@ -1,5 +1,6 @@
 #include "core/Trouble.h"
 
+#include "core/OneLine.h"
 #include "core/platform/EventLog.h"
 
 #include <algorithm>
@@ -18,7 +19,7 @@ void setTroubleSink(TroubleSink sink)
 void tellTrouble(const QString &text)
 {
     if (troubleSink)
-        troubleSink(text);
+        troubleSink(oneLine(text));
 }
 
 void logTrouble(const QString &text)

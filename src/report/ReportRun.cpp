@@ -1,6 +1,7 @@
 #include "report/ReportRun.h"
 
 #include "charts/ChartStyle.h"
+#include "charts/ImageFile.h"
 #include "core/Clock.h"
 #include "core/Error.h"
 #include "core/Files.h"
@@ -290,6 +291,18 @@ void announceSamples(const std::vector<std::shared_ptr<clsReportDef>> &reports)
     } catch (const std::exception &) {
         // Only a hint; the report that meets the same error names it.
     }
+}
+
+void checkImageFormat()
+{
+    if (isImageFormat(gConfig->IMG_Format))
+        return;
+    const QString text = QStringLiteral("Charts are written as PNG: IMG_Format '%1' is not PNG, "
+                                        "JPEG or BMP")
+                             .arg(gConfig->IMG_Format);
+    ShowStatus(text);
+    if (gAutoMode)
+        LogEvent(runEvent, EventWarning, text);
 }
 
 void CopyTemplateFiles()

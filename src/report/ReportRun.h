@@ -34,6 +34,9 @@ ReportOutcome GenerateReport(clsReportDef &report, Progress &progress, ChartPool
 /// Access file is read only once for all of them. Failures are left to the reports.
 void announceSamples(const std::vector<std::shared_ptr<clsReportDef>> &reports);
 
+/// Says so when charts cannot have the configured image format: they are written as PNG then.
+void checkImageFormat();
+
 /// Copies the configured companion files into the output folder. A file that is missing or cannot
 /// be copied is named in a status line and does not stop the run.
 void CopyTemplateFiles();

@@ -263,6 +263,7 @@ void produce(std::vector<Chosen> chosen, RunRecord &run)
     if (!GenerateMasterTOC(errorText, reportStandings()))
         noteError(run, errorText);
     CopyTemplateFiles();
+    checkImageFormat();
     // The master table of contents has read the report definitions afresh.
     noteUnread(definitionFileErrors(), run);
     std::erase_if(chosen, [](Chosen &entry) {

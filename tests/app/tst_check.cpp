@@ -113,6 +113,12 @@ private Q_SLOTS:
         row("page template's name", config, "\"Report.HTML\"", "\"\"",
             "8:2: TIN_REPORT names no template");
         row("output name", config, "\"SUMMARY.HTM\"", "\"\"", "TOU_REP_Summary names no file");
+        row("image format", config, "IMG_Format=\"PNG\"", "IMG_Format=\"GIF\"",
+            "IMG_Format 'GIF' is not PNG");
+#ifndef Q_OS_WIN
+        row("drive", config, "PTH_Output=\"%%app.path%%\\Reports\"", "PTH_Output=\"D:\\Reports\"",
+            "'D:\\Reports': it names a drive");
+#endif
         row("image size", config, "\"640\"", "\"0\"", "IMG_Width: 0 is not within");
         row("companion file", config, "\"vantrel.css\"", "\"lost.css\"",
             "there is no companion file 'lost.css'");

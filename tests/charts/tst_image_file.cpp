@@ -75,25 +75,22 @@ private Q_SLOTS:
 
     void formats_data()
     {
-        const Rows<QString, QByteArray> row("format", "magic");
-        row.each({{"PNG", "\x89PNG"}, {"png", "\x89PNG"}, {"", "\x89PNG"}});
-        row.each({{"JPG", "\xFF\xD8\xFF"}, {"Bmp", "BM"}});
+        const Rows<QString, bool, QByteArray> row("format", "known", "magic");
+        row.each({{"PNG", true, "\x89PNG"}, {" png", true, "\x89PNG"}, {"", true, "\x89PNG"}});
+        row.each({{"JPG", true, "\xFF\xD8\xFF"}, {"jpeg", true, "\xFF\xD8"}, {"Bmp", true, "BM"}});
+        row.each({{"GIF", false, "\x89PNG"}, {"PPM", false, "\x89PNG"}, {"W/9", false, "\x89PNG"}});
     }
     void formats()
     {
         QFETCH(QString, format);
         QFETCH(QByteArray, magic);
+        QTEST(isImageFormat(format), "known");
         const QByteArray bytes = encodeImage(imageOf(20, 20, 5), format);
         QVERIFY(bytes.startsWith(magic));
         QCOMPARE(QImage::fromData(bytes).size(), QSize(20, 20));
     }
 
-    void whatCannotBeEncodedIsAnError()
-    {
-        QVERIFY_EXCEPTION_THROWN(encodePng(QImage()), Error);
-        const Error error = errorOf([] { encodeImage(imageOf(4, 4, 2), "WMF9"); });
-        QVERIFY2(error.description.contains("WMF9"), error.what());
-    }
+    void whatCannotBeEncodedIsAnError() { QVERIFY_EXCEPTION_THROWN(encodePng(QImage()), Error); }
 };
 
 QTEST_GUILESS_MAIN(ImageFileTest)

@@ -57,6 +57,23 @@ private Q_SLOTS:
         QCOMPARE(wallTime(milliseconds), utc(back).addMSecs(999));
     }
 
+#ifndef Q_OS_WIN
+    void takesTheFileOfAZone()
+    {
+        const Sandbox sandbox;
+        const QString berlin = "/usr/share/zoneinfo/Europe/Berlin";
+        QVERIFY(QFile::link(berlin, sandbox.path("link")));
+        QVERIFY(QFile::copy(berlin, sandbox.path("copy")));
+        for (const QString &name : {berlin, ':' + berlin, QString(berlin).insert(20, "posix/"),
+                                    sandbox.path("link"), sandbox.path("copy")}) {
+            const LocalZone zone(name.toUtf8());
+            QVERIFY2(UTCToLocal(utc("2024-07-01T10:00")) == utc("2024-07-01T12:00") &&
+                         UTCToLocal(utc("2024-01-01T10:00")) == utc("2024-01-01T11:00"),
+                     qPrintable(name));
+        }
+    }
+#endif
+
     void spansFollowEachOther_data()
     {
         const Rows<int> row("spans");
