@@ -25,6 +25,40 @@ target_compile_options(vantrel_common INTERFACE
 target_link_options(vantrel_common INTERFACE
     $<$<BOOL:${VANTREL_SANITIZE}>:-fsanitize=address,undefined>)
 
+# What makes a flaw harder to use, wherever compiler and linker have it.
+include(CheckCXXCompilerFlag)
+include(CheckLinkerFlag)
+if(WIN32)
+    set(hardening_compile)
+    set(hardening_link -Wl,--dynamicbase -Wl,--nxcompat -Wl,--high-entropy-va)
+    check_linker_flag(CXX -fstack-protector-strong VANTREL_HAS_STACK_PROTECTOR) # it has a library
+    if(VANTREL_HAS_STACK_PROTECTOR)
+        list(APPEND hardening_compile -fstack-protector-strong)
+        list(APPEND hardening_link -fstack-protector-strong)
+    endif()
+else()
+    set(hardening_compile -fstack-protector-strong -fstack-clash-protection -fcf-protection)
+    set(hardening_link -Wl,-z,relro -Wl,-z,now -Wl,-z,noexecstack)
+    # It needs an optimiser, and is in the way of the sanitizers.
+    target_compile_options(vantrel_common INTERFACE
+        $<$<NOT:$<OR:$<CONFIG:Debug>,$<BOOL:${VANTREL_SANITIZE}>>>:-U_FORTIFY_SOURCE>
+        $<$<NOT:$<OR:$<CONFIG:Debug>,$<BOOL:${VANTREL_SANITIZE}>>>:-D_FORTIFY_SOURCE=3>)
+endif()
+foreach(option IN LISTS hardening_compile)
+    string(MAKE_C_IDENTIFIER "VANTREL_HAS${option}" known)
+    check_cxx_compiler_flag(${option} ${known})
+    if(${known})
+        target_compile_options(vantrel_common INTERFACE ${option})
+    endif()
+endforeach()
+foreach(option IN LISTS hardening_link)
+    string(MAKE_C_IDENTIFIER "VANTREL_LINKS${option}" known)
+    check_linker_flag(CXX ${option} ${known})
+    if(${known})
+        target_link_options(vantrel_common INTERFACE ${option})
+    endif()
+endforeach()
+
 # Reading Qt's headers takes most of a compilation: they are read once for all that is alike.
 set(precompiled_headers <QByteArray> <QDateTime> <QDir> <QHash> <QList> <QLocale> <QSet> <QString>
     <QStringList> <QVariant> <algorithm> <functional> <memory> <optional> <vector>)

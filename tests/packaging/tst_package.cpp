@@ -15,6 +15,7 @@ class TestPackage : public QObject
 private Q_SLOTS:
     void initTestCase();
     void hasNoLintErrors();
+    void bringsAHardenedProgram();
     void bringsValidUnits();
     void installsRunsAndLeaves();
 
@@ -85,9 +86,20 @@ void TestPackage::hasNoLintErrors()
     QVERIFY2(lint.status == 0 && !lint.output.contains("E: "), qPrintable(lint.output));
 }
 
-void TestPackage::bringsValidUnits()
+void TestPackage::bringsAHardenedProgram()
 {
     QCOMPARE(run("dpkg", {"-x", m_package, path("unpacked")}).status, 0);
+    const QString program = path("unpacked/usr/bin/VantrelGrapher");
+    const QString sections = run("readelf", {"-dlW", program}).output;
+    for (const char *mark : {"BIND_NOW", "GNU_RELRO", "Position-Independent"})
+        QVERIFY2(sections.contains(mark), qPrintable(sections));
+    const QString symbols = run("readelf", {"--dyn-syms", "-W", program}).output;
+    for (const char *function : {"__stack_chk_fail@", "_chk@"}) // canaries, fortified functions
+        QVERIFY2(symbols.contains(function), qPrintable(symbols));
+}
+
+void TestPackage::bringsValidUnits()
+{
     const QString units = path("unpacked/usr/lib/systemd/user/");
     // The program that the service names is looked up in the system's own folders, where this
     // machine does not have it.
