@@ -109,11 +109,11 @@ QString presetQuestion(int option)
 
 } // namespace
 
-QString whyItNeverRuns(const clsScheduleDef &schedule, const QDateTime &from)
+QString whyItNeverRuns(const clsScheduleDef &schedule)
 {
     if (schedule.SchedInterval == NotScheduled)
         return QStringLiteral("Not scheduled: reports run only when you run them.");
-    if (!nextRuns(schedule, from, 1).empty())
+    if (everRuns(schedule))
         return {};
     if (!listNamesAny(schedule.HourList, 0, 23))
         return QStringLiteral("This schedule never runs: no hour is checked.");
@@ -122,7 +122,7 @@ QString whyItNeverRuns(const clsScheduleDef &schedule, const QDateTime &from)
     if (schedule.SchedInterval == Weekly)
         return QStringLiteral("This schedule never runs: no day of the week is checked.");
     if (listNamesAny(schedule.MonthDayList, 1, lastDay - 1))
-        return QStringLiteral("No run within a year: none of the checked days comes in the "
+        return QStringLiteral("This schedule never runs: none of the checked days comes in the "
                               "checked months.");
     if (namesLastDay(schedule))
         return QStringLiteral("This schedule never runs: \u201cLast\u201d is the only day checked, "
@@ -348,12 +348,9 @@ void frmScheduleDefEditor::showNextRuns()
     QStringList lines;
     for (const QDateTime &run : nextRuns(schedule, from, runsShown))
         lines.append(runText(run));
-    lblNextRuns->setText(lines.isEmpty() ? whyItNeverRuns(schedule, from) : lines.join(u'\n'));
+    lblNextRuns->setText(lines.isEmpty() ? whyItNeverRuns(schedule) : lines.join(u'\n'));
 
     QStringList hints;
-    if (!lines.isEmpty() && lines.size() < runsShown)
-        hints.append(QStringLiteral("The search for the next run reaches 365 days ahead; later "
-                                    "ones are not shown."));
     if (!lines.isEmpty() && schedule.SchedInterval != Weekly && namesLastDay(schedule))
         hints.append(QStringLiteral("\u201cLast\u201d is checked, but that day never comes."));
     if (schedule.SchedInterval == Weekly && sscomboMonthDay->checkedKeys().size() < lastDay - 1)

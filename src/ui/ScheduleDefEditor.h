@@ -77,4 +77,4 @@ private:
 };
 
 /// Why a schedule has no next run, in words for the user; empty when it has one.
-QString whyItNeverRuns(const clsScheduleDef &schedule, const QDateTime &from);
+QString whyItNeverRuns(const clsScheduleDef &schedule);

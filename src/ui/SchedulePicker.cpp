@@ -24,7 +24,7 @@ QString label(const clsScheduleDef &schedule)
 {
     if (schedule.SchedInterval == NotScheduled)
         return schedule.ScheduleName + QLatin1String(" (not scheduled)");
-    if (nextRuns(schedule, now(), 1).empty())
+    if (!everRuns(schedule))
         return schedule.ScheduleName + QLatin1String(" (never runs)");
     return schedule.ScheduleName;
 }

@@ -56,18 +56,20 @@ public:
         resetDefinitions();
     }
 
-    /// "Alpha" falls due by a schedule, "Beta" is due in a year, "Gamma" has no schedule.
+    /// "Alpha" falls due by a schedule, "Beta" has just run and is due next month, "Gamma" has no
+    /// schedule.
     static QByteArray definitions(const demo::MonitoredDevice &device)
     {
         const QString report =
             R"(<CUSTOMREPORT ReportID="{%1}" ReportTitle="%1" ChartID="{A1000001-0000-4000-8000-000000000001}">
-<%2 ScheduleID="{B1000001-0000-4000-8000-000000000005}" LastRunDate="%3-01-01T00:00:00-00:00"/>
+<%2 ScheduleID="{B1000001-0000-4000-8000-00000000000%6}" LastRunDate="%3"/>
 <DEVICE MUID="%4"><DATUM DataIDent="%5"/></DEVICE></CUSTOMREPORT>)";
         const QString item = QString::number(device.items.front().dataIdent);
         QString text = "<REPORTDEFINITIONS>";
-        text += report.arg("Beta", "SCHEDULE", "2099", device.muid, item);
-        text += report.arg("Gamma", "NONE", "2024", device.muid, item);
-        text += report.arg("Alpha", "SCHEDULE", "2024", device.muid, item);
+        const QString past = "2024-01-01T00:00:00-00:00";
+        text += report.arg("Beta", "SCHEDULE", DateToXML(now()), device.muid, item, "4");
+        text += report.arg("Gamma", "NONE", past, device.muid, item, "5");
+        text += report.arg("Alpha", "SCHEDULE", past, device.muid, item, "5");
         return (text + "</REPORTDEFINITIONS>").toUtf8();
     }
 
@@ -193,8 +195,9 @@ private Q_SLOTS:
             for (const int column : {0, 2, 5, 6})
                 shown.append(site.cell(row, column));
         }
-        QCOMPARE(shown, QStringList({"Alpha", "1", "", "Due now",         //
-                                     "Beta", "1", "", "2099-01-01 01:00", //
+        const QDate month = now().date().addDays(1 - now().date().day()).addMonths(1);
+        QCOMPARE(shown, QStringList({"Alpha", "1", "", "Due now",                          //
+                                     "Beta", "1", "", month.toString(u"yyyy-MM-dd 06:00"), //
                                      "Gamma", "1", "", "Not scheduled"}));
         QCOMPARE(site.cell(2, 4), QString("Never"));
     }

@@ -252,7 +252,7 @@ private Q_SLOTS:
             "Friday 2027-12-24 06:00\nFriday 2027-12-24 12:00",
             "never comes");
         row("a leap year between", scheduleOf(Yearly, "0", "", "1", "1"),
-            "Friday 2027-01-01 00:00\nSaturday 2028-01-01 00:00", "365 days");
+            "Friday 2027-01-01 00:00\nSaturday 2028-01-01 00:00\nMonday 2029-01-01 00:00", "");
         row("not scheduled", scheduleOf(NotScheduled, "0", "", "1", months), "Not scheduled", "");
         row("no hour", scheduleOf(Daily, "24", "", "1", months), "never runs: no hour", "");
         row("no month", scheduleOf(Daily, "0", "", "1", ""), "never runs: no month", "");

@@ -24,8 +24,8 @@ SQLHANDLE asOdbc3(const OdbcHandle &environment)
     return environment.get();
 }
 
-using Listing = SQLRETURN (*)(SQLHENV, SQLUSMALLINT, SQLWCHAR *, SQLSMALLINT, SQLSMALLINT *,
-                              SQLWCHAR *, SQLSMALLINT, SQLSMALLINT *);
+using Listing = SQLRETURN(SQL_API *)(SQLHENV, SQLUSMALLINT, SQLWCHAR *, SQLSMALLINT, SQLSMALLINT *,
+                                     SQLWCHAR *, SQLSMALLINT, SQLSMALLINT *);
 
 /// What SQLDriversW or SQLDataSourcesW tell: names, and what belongs to each.
 QMap<QString, QString> listed(SQLHANDLE environment, Listing list)
