@@ -43,8 +43,8 @@ double runRrdtool(const QByteArray &commands)
 /// The chart's samples as a round-robin file of its own.
 QByteArray rrdCreation(const QString &file, const CounterChart &chart, int minutes)
 {
-    const std::vector<SeriesBucket> &buckets = chart.series.buckets;
-    const qint64 start = buckets.front().start / 1000;
+    const std::vector<BucketValue> &buckets = chart.series.buckets;
+    const qint64 start = chart.series.place(0).start / 1000;
     const int step = minutes * 60;
     QString text = QStringLiteral("create %1 --start %2 --step %3 DS:v:GAUGE:%4:U:U "
                                   "RRA:AVERAGE:0.5:1:%5 RRA:MIN:0.5:1:%5 RRA:MAX:0.5:1:%5\n")
@@ -54,10 +54,11 @@ QByteArray rrdCreation(const QString &file, const CounterChart &chart, int minut
                        .arg(step * 2)
                        .arg(buckets.size() + 2);
     text += QStringLiteral("update %1").arg(file);
-    for (const SeriesBucket &bucket : buckets)
-        text += QStringLiteral(" %1:%2")
-                    .arg(bucket.end / 1000)
-                    .arg(bucket.isEmpty() ? QStringLiteral("U") : QString::number(bucket.mean));
+    for (size_t i = 0; i < buckets.size(); ++i)
+        text +=
+            QStringLiteral(" %1:%2")
+                .arg(chart.series.place(i).end / 1000)
+                .arg(buckets[i].isEmpty() ? QStringLiteral("U") : QString::number(buckets[i].mean));
     return QString(text + u'\n').toUtf8();
 }
 
@@ -65,7 +66,7 @@ QByteArray rrdCreation(const QString &file, const CounterChart &chart, int minut
 QByteArray rrdGraph(const QString &image, const QString &file, const CounterChart &chart,
                     int minutes)
 {
-    const std::vector<SeriesBucket> &buckets = chart.series.buckets;
+    const std::vector<BucketValue> &buckets = chart.series.buckets;
     const auto trend = static_cast<qint64>(buckets.size()) / 10 * minutes * 60;
     return QStringLiteral(
                "graph %1 --imgformat PNG --full-size-mode --width 640 --height 390 --start %2 "
@@ -79,8 +80,8 @@ QByteArray rrdGraph(const QString &image, const QString &file, const CounterChar
                "GPRINT:g:\"Max\\: %.1lf\" GPRINT:s:\"Min\\: %.1lf\" GPRINT:v:\"Avg\\: %.1lf\" "
                "GPRINT:p:\"95th\\: %.1lf\"\n")
         .arg(image)
-        .arg(buckets.front().start / 1000)
-        .arg(buckets.back().end / 1000)
+        .arg(chart.series.place(0).start / 1000)
+        .arg(chart.series.place(buckets.size() - 1).end / 1000)
         .arg(chart.frame.title, chart.valueLabel, file)
         .arg(trend)
         .toUtf8();

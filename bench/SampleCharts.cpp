@@ -24,16 +24,19 @@ DataSeries emptySeries(int count, int minutes, int scale)
     constexpr qint64 minute = 60'000;
     const QDateTime monday(QDate(2024, 3, 4), QTime(0, 0), Qt::UTC);
     DataSeries series;
-    series.frequency = minutes == 1440 ? 2 : minutes == 60 ? 1 : 0;
-    series.minuteInterval = minutes;
     series.scale = scale;
+    std::vector<AxisBucket> places;
     for (int i = 0; i < count; ++i) {
-        SeriesBucket bucket;
-        bucket.wallStart = monday.addMSecs(i * minutes * minute);
-        bucket.start = bucket.wallStart.toMSecsSinceEpoch() - 60 * minute;
-        bucket.end = bucket.start + minutes * minute;
-        series.buckets.push_back(bucket);
+        const QDateTime wall = monday.addMSecs(i * minutes * minute);
+        const qint64 start = wall.toMSecsSinceEpoch() - 60 * minute;
+        places.push_back({start, start + minutes * minute, wall, {}, {}, {}, {}});
     }
+    series.axis = std::make_shared<const BucketAxis>(std::move(places),
+                                                     minutes == 1440 ? 2
+                                                     : minutes == 60 ? 1
+                                                                     : 0,
+                                                     minutes);
+    series.buckets.resize(series.axis->size());
     return series;
 }
 
@@ -47,8 +50,9 @@ CounterChart counterChart(int count, int minutes, unsigned seed)
     chart.valueLabel = QStringLiteral("Response time");
     chart.unit = QStringLiteral("ms");
     chart.series = emptySeries(count, minutes, 3);
-    for (SeriesBucket &bucket : chart.series.buckets) {
-        const double hour = bucket.wallStart.time().msecsSinceStartOfDay() / 3.6e6;
+    for (size_t i = 0; i < chart.series.buckets.size(); ++i) {
+        BucketValue &bucket = chart.series.buckets[i];
+        const double hour = chart.series.place(i).wallStart.time().msecsSinceStartOfDay() / 3.6e6;
         const double load = 30 + 18 * std::sin((hour - 9) / 24 * 2 * M_PI);
         const double peak = random() % 97 == 0 ? 60 : 0;
         bucket.count = 60;
@@ -70,7 +74,7 @@ StateChart stateChart(int count, int minutes, unsigned seed)
     chart.series = emptySeries(count, minutes, stateScale);
     const int outage = static_cast<int>(random() % static_cast<unsigned>(count));
     int number = 0;
-    for (SeriesBucket &bucket : chart.series.buckets) {
+    for (BucketValue &bucket : chart.series.buckets) {
         bucket.count = 60;
         bucket.successes = 60 - (random() % 31 == 0 ? random() % 5 : 0);
         const int away = std::abs(number++ - outage);

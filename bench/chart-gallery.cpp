@@ -34,7 +34,7 @@ Kind sized(Kind chart, int width, int height, int quality = 2)
 StateChart constantState(int count, int minutes, qint64 successes)
 {
     StateChart chart = sample::stateChart(count, minutes, 1);
-    for (SeriesBucket &bucket : chart.series.buckets) {
+    for (BucketValue &bucket : chart.series.buckets) {
         bucket.count = 60;
         bucket.successes = successes;
     }
@@ -46,7 +46,7 @@ CounterChart counter(const QString &unit, double offset, double factor)
 {
     CounterChart chart = sample::counterChart(168, 60, 5);
     chart.unit = unit;
-    for (SeriesBucket &bucket : chart.series.buckets) {
+    for (BucketValue &bucket : chart.series.buckets) {
         bucket.mean = bucket.mean * factor + offset;
         bucket.least = bucket.least * factor + offset;
         bucket.greatest = bucket.greatest * factor + offset;
@@ -57,7 +57,7 @@ CounterChart counter(const QString &unit, double offset, double factor)
 template <typename Kind>
 Kind emptied(Kind chart)
 {
-    for (SeriesBucket &bucket : chart.series.buckets)
+    for (BucketValue &bucket : chart.series.buckets)
         bucket.count = bucket.successes = 0;
     return chart;
 }

@@ -5,10 +5,10 @@
 #include "Rrdtool.h"
 #include "SampleCharts.h"
 #include "charts/ChartPainter.h"
-#include "charts/ChartPool.h"
 #include "charts/ChartStyle.h"
 #include "charts/ImageFile.h"
 #include "charts/TextCache.h"
+#include "charts/WorkerPool.h"
 #include "core/Error.h"
 #include "core/Files.h"
 
@@ -25,7 +25,7 @@ namespace {
 template <typename Kind>
 Result benchPool(const QString &folder, const std::vector<Kind> &charts, const QString &prefix)
 {
-    ChartPool pool;
+    WorkerPool pool;
     const std::clock_t begin = std::clock();
     QElapsedTimer timer;
     timer.start();

@@ -167,8 +167,8 @@ void bench(const QString &file)
 
     MonitoredDevices monitored;
     print(QStringLiteral("reading the database alone"), milliseconds([&] {
-              const std::unique_ptr<Connection> connection = connectionOpener()();
-              monitored = readMonitoredDevices(*connection);
+              const std::unique_ptr<MonitoringDatabase> database = databaseOpener()();
+              monitored = readMonitoredDevices(*database);
           }));
     std::printf("  (%zu devices, %zu data items)\n", monitored.devices.size(),
                 monitored.items.size());

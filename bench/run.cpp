@@ -4,8 +4,8 @@
 
 #include "Rrdtool.h"
 #include "SampleCharts.h"
-#include "charts/ChartPool.h"
 #include "charts/ChartStyle.h"
+#include "charts/WorkerPool.h"
 #include "core/Clock.h"
 #include "core/Error.h"
 #include "core/Files.h"
@@ -72,15 +72,15 @@ QString addReport()
     auto report = std::make_shared<clsReportDef>();
     report->ReportTitle = QStringLiteral("Everything");
     report->ChartID = chart->ChartID;
-    StaticRecordset fields = openStatic(QStringLiteral("Select IDent, DataIDent from DataFields"));
-    const auto devices = gConnection->open(QStringLiteral("Select MUID, IDent from Devices"));
-    while (devices->next()) {
+    const std::shared_ptr<const Inventory> inventory = gConnection->inventory();
+    for (const DeviceRow &row : inventory->devices()) {
         auto device = std::make_shared<clsReportDeviceDef>();
-        device->MUID = devices->text(0);
-        for (fields.setFilter(QStringLiteral("[IDent]=%1").arg(devices->text(1))); !fields.eof();
-             fields.moveNext()) {
+        device->MUID = row.muid;
+        for (const ItemRow &field : inventory->items()) {
+            if (field.deviceIdent != row.ident)
+                continue;
             auto item = std::make_shared<clsReportDataIdentDef>();
-            item->DataIDent = fields.text(1);
+            item->DataIDent = QString::number(field.dataIdent);
             device->DataItems.add(QLatin1Char('k') + item->DataIDent, item);
         }
         report->ReportDevices.add(device->MUID, device);
@@ -111,7 +111,7 @@ void passOverSamples()
 void drawAndWrite(const QString &tree, const QString &target)
 {
     QDir().mkpath(target);
-    ChartPool pool;
+    WorkerPool pool;
     std::vector<PendingOutcome> outcomes;
     unsigned number = 0;
     for (QDirIterator at(tree, QDir::Files, QDirIterator::Subdirectories); at.hasNext();) {

@@ -3,12 +3,9 @@
 
 #include "core/Error.h"
 #include "core/TimeZone.h"
-#include "data/CalculatedSummary.h"
-#include "data/DataSeries.h"
-#include "data/Queries.h"
+#include "data/AccessDatabase.h"
 #include "data/access/AccessFile.h"
-#include "data/sqlite/AccessConnection.h"
-#include "data/sqlite/SampleIndex.h"
+#include "definitions/GraphDef.h"
 
 #include <QCoreApplication>
 #include <QElapsedTimer>
@@ -59,7 +56,8 @@ double seconds(const char *name, Work work)
 
 struct Extent
 {
-    SampleScope scope;
+    qint64 from = 0; ///< instants of the first and the last sample
+    qint64 to = 0;
     qint64 rows = 0;
 };
 
@@ -84,53 +82,41 @@ Extent readAll(const QString &path)
         sum += row.number(value) + static_cast<double>(row.integer(state) + row.integer(ident));
         ++extent.rows;
     }
-    extent.scope.from = least;
-    extent.scope.to = greatest;
+    extent.from = least;
+    extent.to = greatest;
     std::printf("%lld rows, check sum %.17g\n", static_cast<long long>(extent.rows), sum);
     return extent;
 }
 
-/// A query for each item, read to its end; `columns` stands for "*" in the text.
-void queryAll(AccessConnection &connection, const Extent &extent, const QString &columns)
+/// Folds the samples of all items into hourly buckets, in one pass.
+void foldAll(AccessDatabase &database, const Extent &extent)
 {
-    const QDateTime from = wallTime(extent.scope.from);
-    const QDateTime to = wallTime(extent.scope.to);
-    qint64 rows = 0;
-    double sum = 0;
-    for (const qint64 item : extent.scope.dataIdents) {
-        QString sql = GetDataValuesSQL(QString::number(item), from, to);
-        sql.replace(u'*', columns);
-        const auto samples =
-            connection.open(sql, {QStringLiteral("DataIDent"), QStringLiteral("iDate"),
-                                  QStringLiteral("iState"), QStringLiteral("iValue")});
-        const int date = samples->column(QStringLiteral("iDate"));
-        const int state = samples->column(QStringLiteral("iState"));
-        const int value = samples->column(QStringLiteral("iValue"));
-        while (samples->next()) {
-            sum += samples->number(value) +
-                   static_cast<double>(samples->instant(date) + samples->integer(state));
-            ++rows;
-        }
-    }
-    std::printf("%lld rows, check sum %.17g\n", static_cast<long long>(rows), sum);
+    const auto axis = std::make_shared<const BucketAxis>(extent.from, extent.to, ByHour, 0);
+    const QDateTime from = wallTime(extent.from);
+    const QDateTime to = wallTime(extent.to + 1000);
+    const std::vector<ItemRow> &items = database.inventory()->items();
+    std::vector<CalculatedSummary> folds(items.size(), CalculatedSummary(axis, extent.to));
+    std::vector<ItemQuestion> questions;
+    for (size_t i = 0; i < items.size(); ++i)
+        questions.push_back({items[i].dataIdent, from, to, &folds[i]});
+    database.answer(questions, {});
+    qint64 samples = 0;
+    for (const CalculatedSummary &fold : folds)
+        samples += fold.sampleCount();
+    std::printf("%lld samples in %zu buckets of %zu items\n", static_cast<long long>(samples),
+                axis->size(), items.size());
 }
 
-void summarizeAll(AccessConnection &connection, const Extent &extent)
+void summarizeAll(AccessDatabase &database, const Extent &extent)
 {
-    const QDateTime from = wallTime(extent.scope.from);
-    const QDateTime to = wallTime(extent.scope.to);
-    size_t buckets = 0;
-    for (const qint64 item : extent.scope.dataIdents) {
-        const auto samples = connection.open(GetDataValuesSQL(QString::number(item), from, to),
-                                             {QStringLiteral("DataIDent"), QStringLiteral("iDate"),
-                                              QStringLiteral("iState"), QStringLiteral("iValue")});
-        DataSeries series;
-        series.frequency = 1;
-        GenerateDataSeries(BuildCalculatedSummary(*samples, 1, 0), extent.scope.from,
-                           extent.scope.to, extent.scope.to, series);
-        buckets += series.buckets.size();
-    }
-    std::printf("%zu buckets\n", buckets);
+    std::vector<SummaryQuestion> questions;
+    for (const DeviceRow &device : database.inventory()->devices())
+        questions.push_back({device.muid, wallTime(extent.from), wallTime(extent.to + 1000), {}});
+    database.answer({}, questions);
+    size_t rows = 0;
+    for (const SummaryQuestion &question : questions)
+        rows += question.answer.size();
+    std::printf("%zu state items\n", rows);
 }
 
 void bench(const QString &path)
@@ -138,41 +124,12 @@ void bench(const QString &path)
     Extent extent;
     const double pass = seconds("one raw pass over DataValues", [&] { extent = readAll(path); });
 
-    AccessConnection connection(path);
-    seconds("data items, through SQLite", [&] {
-        const auto items = connection.open(QStringLiteral("Select DataIDent from DataFields"));
-        while (items->next())
-            extent.scope.dataIdents.insert(items->integer(0));
-    });
-    extent.scope.to += 1000;
-    connection.expectSamples(extent.scope);
-    seconds("COUNT(1), makes the index", [&] {
-        const auto count =
-            connection.open(QStringLiteral("Select Count(1) as TCOUNT from DataValues"));
-        count->next();
-        std::printf("%lld rows\n", static_cast<long long>(count->integer(0)));
-    });
-    seconds("COUNT(1) again", [&] {
-        connection.open(QStringLiteral("Select Count(1) as TCOUNT from DataValues"))->next();
-    });
-    const SampleIndex *index = connection.sampleIndex();
-    std::printf("%lld samples of %lld items kept, %.2f bytes a sample\n",
-                static_cast<long long>(index->sampleCount()),
-                static_cast<long long>(extent.scope.dataIdents.size()),
-                static_cast<double>(index->bytes()) / static_cast<double>(index->sampleCount()));
-    seconds("a query for each item, from the index",
-            [&] { queryAll(connection, extent, QStringLiteral("*")); });
-    seconds("the same through SQLite",
-            [&] { queryAll(connection, extent, QStringLiteral("DataIDent,iDate,iState,iValue")); });
-    seconds("query, summary by hour and series of each", [&] { summarizeAll(connection, extent); });
-    seconds("state summary of all devices", [&] {
-        const auto summary = connection.open(
-            GetStateSummarySQL(wallTime(extent.scope.from), wallTime(extent.scope.to), QString()));
-        qint64 rows = 0;
-        while (summary->next())
-            ++rows;
-        std::printf("%lld state items\n", static_cast<long long>(rows));
-    });
+    AccessDatabase database(path);
+    seconds("devices, data items and scales",
+            [&] { std::printf("%zu data items\n", database.inventory()->items().size()); });
+    const double fold =
+        seconds("all samples folded into hours", [&] { foldAll(database, extent); });
+    seconds("state summary of all devices", [&] { summarizeAll(database, extent); });
 
     const double exported = seconds("mdb-export of DataValues", [&] {
         QProcess process;
@@ -181,6 +138,7 @@ void bench(const QString &path)
         if (!process.waitForFinished(-1) || process.exitCode() != 0)
             throw Error(FileNotFound, QStringLiteral("mdb-export could not be run"));
     });
+    std::printf("folding / raw pass = %.1f\n", fold / pass);
     std::printf("mdb-export / raw pass = %.1f\n", exported / pass);
 }
 

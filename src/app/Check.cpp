@@ -185,14 +185,6 @@ QString definitionFile(const QString &name)
     return !fileExists(working) && fileExists(factory) ? factory : working;
 }
 
-/// The ids of the database, for the references to it.
-struct DatabaseIds
-{
-    bool known = false;
-    QHash<QString, QString> devices; ///< MUID in lower case -> IDent
-    QHash<QString, QString> items;   ///< DataIDent -> IDent
-};
-
 template <typename Read>
 bool isReadable(Read read)
 {
@@ -469,8 +461,8 @@ private:
     void checkDevice(CheckedFile &file, const pugi::xml_node &device)
     {
         const QString muid = GetAttr(device, "MUID", QString());
-        const QString ident = m_database.devices.value(muid.toLower());
-        if (m_database.known && ident.isNull())
+        const DeviceRow *row = m_inventory ? m_inventory->device(muid) : nullptr;
+        if (m_inventory && !row)
             file.add(device, "MUID", QStringLiteral("the database has no device '%1'").arg(muid));
         Ids items;
         for (const pugi::xml_node &datum : device.children("DATUM")) {
@@ -479,12 +471,13 @@ private:
             if (!item.isEmpty() && !isDataIdent(item))
                 file.add(datum, "DataIDent",
                          QStringLiteral("DataIDent '%1' is not a whole number").arg(item));
-            if (!m_database.known || ident.isNull())
+            if (!row)
                 continue;
-            if (m_database.items.value(item).isNull())
+            const ItemRow *known = m_inventory->item(item.toLongLong());
+            if (!known)
                 file.add(datum, "DataIDent",
                          QStringLiteral("the database has no data item '%1'").arg(item));
-            else if (m_database.items.value(item) != ident)
+            else if (known->deviceIdent != row->ident)
                 file.add(datum, "DataIDent",
                          QStringLiteral("data item '%1' belongs to another device").arg(item));
         }
@@ -498,15 +491,7 @@ private:
             return;
         }
         try {
-            const auto devices =
-                gConnection->open(QStringLiteral("Select IDent, MUID from Devices"));
-            while (devices->next())
-                m_database.devices.insert(devices->text(1).toLower(), devices->text(0));
-            const auto items = gConnection->open(
-                QStringLiteral("Select DataIDent, IDent, iScale from DataFields"));
-            while (items->next())
-                m_database.items.insert(items->text(0), items->text(1));
-            m_database.known = true;
+            m_inventory = gConnection->inventory();
             const QStringList faults = gConnection->verify();
             for (const QString &fault : faults)
                 m_findings.add(nativePath(gDataPath + QLatin1String("VTRGData.MDB")), fault);
@@ -523,8 +508,8 @@ private:
     bool m_schedulesRead = false;
     QHash<QString, std::shared_ptr<clsGraphDef>> m_chartDefs; ///< by id in lower case
     QHash<QString, std::shared_ptr<clsScheduleDef>> m_scheduleDefs;
-    QSet<QString> m_templates; ///< "attribute path" of those that were read
-    DatabaseIds m_database;
+    QSet<QString> m_templates;                    ///< "attribute path" of those that were read
+    std::shared_ptr<const Inventory> m_inventory; ///< null: not known
 };
 
 } // namespace

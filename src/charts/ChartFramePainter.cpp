@@ -329,10 +329,10 @@ void drawNoDataMessage(QPainter &painter, const QRectF &plot, const ChartStyle &
 
 QString bucketText(const DataSeries &series)
 {
-    switch (series.frequency) {
+    switch (series.axis->frequency()) {
     case 0:
-        return series.minuteInterval > 1
-                   ? QStringLiteral("by %1 minutes").arg(series.minuteInterval)
+        return series.axis->minuteInterval() > 1
+                   ? QStringLiteral("by %1 minutes").arg(series.axis->minuteInterval())
                    : QStringLiteral("by minute");
     case 1:
         return QStringLiteral("by hour");

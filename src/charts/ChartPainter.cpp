@@ -1,6 +1,8 @@
 #include "charts/ChartPainter.h"
 
+#include "charts/ImageFile.h"
 #include "core/Error.h"
+#include "core/Files.h"
 
 #include <algorithm>
 
@@ -51,4 +53,11 @@ QImage drawChart(const Chart &chart)
     painter.end();
     image.setDevicePixelRatio(1);
     return image;
+}
+
+void saveChart(const Chart &chart, const QString &path, const QString &format)
+{
+    const Compression compression =
+        frameOf(chart).quality <= 0 ? Compression::Small : Compression::Fast;
+    saveExactFile(path, encodeImage(drawChart(chart), format, compression));
 }

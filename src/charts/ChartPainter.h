@@ -21,6 +21,10 @@ QSize chartSize(const Chart &chart);
 /// Throws Error when there is no memory for it.
 QImage drawChart(const Chart &chart);
 
+/// Draws a chart into an image file of the given format (see charts/ImageFile.h), under exactly
+/// this name. Throws Error.
+void saveChart(const Chart &chart, const QString &path, const QString &format);
+
 // One painter for each kind; called by paintChart.
 void paintStateChart(QPainter &painter, const StateChart &chart, const QSizeF &size);
 void paintCounterChart(QPainter &painter, const CounterChart &chart, const QSizeF &size);

@@ -74,7 +74,7 @@ QString StateStatistics::totalsLine() const
 StateStatistics stateStatistics(const DataSeries &series)
 {
     StateStatistics result;
-    for (const SeriesBucket &bucket : series.buckets) {
+    for (const BucketValue &bucket : series.buckets) {
         if (bucket.isEmpty())
             continue;
         result.successes += bucket.successes;
@@ -109,7 +109,7 @@ CounterStatistics counterStatistics(const DataSeries &series)
     CounterStatistics result;
     result.values.reserve(series.buckets.size());
     double sum = 0;
-    for (const SeriesBucket &bucket : series.buckets) {
+    for (const BucketValue &bucket : series.buckets) {
         if (bucket.isEmpty())
             continue;
         result.values.push_back(bucket.mean);
@@ -129,7 +129,7 @@ std::pair<double, double> valueRange(const DataSeries &series)
 {
     std::pair<double, double> range;
     bool any = false;
-    for (const SeriesBucket &bucket : series.buckets) {
+    for (const BucketValue &bucket : series.buckets) {
         if (bucket.isEmpty())
             continue;
         range.first = any ? std::min(range.first, bucket.least) : bucket.least;

@@ -11,7 +11,7 @@ namespace {
 
 using Run = std::vector<CurvePoint>;
 
-CurvePoint pointOf(const SeriesBucket &bucket, double x, const TimePlot &plot)
+CurvePoint pointOf(const BucketValue &bucket, double x, const TimePlot &plot)
 {
     const double mean = plot.y(bucket.mean);
     CurvePoint point;
@@ -90,13 +90,14 @@ Curve curveOf(const DataSeries &series, const TimePlot &plot)
     Run run;
     double runLeft = 0;
     double runRight = 0;
-    for (const SeriesBucket &bucket : series.buckets) {
+    for (size_t i = 0; i < series.buckets.size(); ++i) {
+        const BucketValue &bucket = series.buckets[i];
         if (bucket.isEmpty()) {
             finishRun(curve, run, runLeft, runRight);
             continue;
         }
-        const double left = plot.x(bucket.start);
-        const double right = plot.x(bucket.end);
+        const double left = plot.x(series.place(i).start);
+        const double right = plot.x(series.place(i).end);
         if (run.empty())
             runLeft = left;
         runRight = right;
@@ -178,7 +179,7 @@ void drawPoints(QPainter &painter, const DataSeries &series,
             flush();
             continue;
         }
-        const SeriesBucket &bucket = series.buckets[i];
+        const AxisBucket &bucket = series.place(i);
         const double x = (plot.x(bucket.start) + plot.x(bucket.end)) / 2;
         // A smooth line needs no more than a point a pixel.
         if (line.isEmpty() || x - line.last().x() >= 1)

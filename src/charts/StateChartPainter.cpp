@@ -17,7 +17,7 @@ struct Column
 
     bool hasData() const { return successes + failures > 0; }
     /// Takes the tests of a bucket that has a lower rate; any rate is told before a gap.
-    void add(const SeriesBucket &bucket)
+    void add(const BucketValue &bucket)
     {
         const bool isWorse =
             static_cast<double>(bucket.successes) * static_cast<double>(successes + failures) <
@@ -38,9 +38,10 @@ struct Column
 std::vector<Column> columnsOf(const DataSeries &series, const TimePlot &plot)
 {
     std::vector<Column> columns;
-    for (const SeriesBucket &bucket : series.buckets) {
-        const double left = std::floor(plot.x(bucket.start) + 1e-6);
-        const double right = std::max(left + 1, std::floor(plot.x(bucket.end) + 1e-6));
+    for (size_t i = 0; i < series.buckets.size(); ++i) {
+        const BucketValue &bucket = series.buckets[i];
+        const double left = std::floor(plot.x(series.place(i).start) + 1e-6);
+        const double right = std::max(left + 1, std::floor(plot.x(series.place(i).end) + 1e-6));
         if (columns.empty() || columns.back().left < left)
             columns.push_back({left, right, 0, 0});
         Column &column = columns.back();
@@ -105,11 +106,12 @@ void drawRates(QPainter &painter, const DataSeries &series, const TimePlot &plot
                const ChartStyle &style)
 {
     const double widest = style.small.width(rateLabel(100)) + style.px(4);
-    for (const SeriesBucket &bucket : series.buckets) {
-        if (plot.x(bucket.end) - plot.x(bucket.start) < widest)
+    for (size_t i = 0; i < series.buckets.size(); ++i) {
+        if (plot.x(series.place(i).end) - plot.x(series.place(i).start) < widest)
             return;
     }
-    for (const SeriesBucket &bucket : series.buckets) {
+    for (size_t i = 0; i < series.buckets.size(); ++i) {
+        const BucketValue &bucket = series.buckets[i];
         if (bucket.isEmpty())
             continue;
         const double rate = successRate(bucket.successes, bucket.failures());
@@ -118,8 +120,8 @@ void drawRates(QPainter &painter, const DataSeries &series, const TimePlot &plot
         const bool below = edge + height + style.px(8) < plot.area().bottom();
         const double top = below ? edge + style.px(6) : plot.y(100) + style.px(6);
         drawText(painter, style.small, below ? ink::text : ink::ground,
-                 (plot.x(bucket.start) + plot.x(bucket.end)) / 2, top, rateLabel(rate),
-                 Qt::AlignHCenter);
+                 (plot.x(series.place(i).start) + plot.x(series.place(i).end)) / 2, top,
+                 rateLabel(rate), Qt::AlignHCenter);
     }
 }
 

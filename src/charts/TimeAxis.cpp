@@ -128,11 +128,11 @@ std::vector<TimeTick> ticksAt(const std::vector<size_t> &numbers, const DataSeri
                               const TimeAxis &axis, const Step &step)
 {
     const QLocale locale;
-    const bool middle = unitOf(series.frequency) >= Unit::Day;
+    const bool middle = unitOf(series.axis->frequency()) >= Unit::Day;
     std::vector<TimeTick> ticks;
     QString shown;
     for (const size_t i : numbers) {
-        const SeriesBucket &bucket = series.buckets[i];
+        const AxisBucket &bucket = series.place(i);
         TimeTick tick;
         tick.x = middle ? (axis.x(bucket.start) + axis.x(bucket.end)) / 2 : axis.x(bucket.start);
         tick.onEdge = !middle;
@@ -180,7 +180,7 @@ void dropCrowdedContexts(std::vector<TimeTick> &ticks,
 /// Where no round time lies in the period, its first bucket is named.
 TimeTick firstBucketTick(const DataSeries &series, const TimeAxis &axis)
 {
-    const Unit unit = unitOf(series.frequency);
+    const Unit unit = unitOf(series.axis->frequency());
     const auto step = std::find_if(steps.begin(), steps.end(),
                                    [&](const Step &candidate) { return candidate.unit == unit; });
     return ticksAt({0}, series, axis, *step).front();
@@ -192,20 +192,21 @@ TimeAxis timeAxis(const DataSeries &series, int labelStep, double length,
                   const std::function<double(const QString &)> &width)
 {
     TimeAxis axis;
-    axis.start = series.buckets.front().start;
-    axis.end = std::max(series.buckets.back().end, axis.start + 1);
+    const size_t count = series.buckets.size();
+    axis.start = series.place(0).start;
+    axis.end = std::max(series.place(count - 1).end, axis.start + 1);
     axis.length = length;
 
     std::vector<Wall> walls;
-    walls.reserve(series.buckets.size());
-    for (const SeriesBucket &bucket : series.buckets)
-        walls.push_back(wallOf(bucket.wallStart));
+    walls.reserve(count);
+    for (size_t i = 0; i < count; ++i)
+        walls.push_back(wallOf(series.place(i).wallStart));
 
     const size_t leastBuckets = static_cast<size_t>(std::max(1, labelStep));
     const double narrowest = width(QStringLiteral("00")) * 2;
     const auto most = static_cast<size_t>(std::max(1.0, length / narrowest)) + 1;
     for (const Step &step : steps) {
-        if (step.unit < unitOf(series.frequency))
+        if (step.unit < unitOf(series.axis->frequency()))
             continue;
         const std::vector<size_t> numbers = tickBuckets(walls, step, most);
         if (numbers.empty() || numbers.size() > most)

@@ -170,6 +170,18 @@ QString zoneText(qint64 from, qint64 to)
     return id.isEmpty() ? shift : id + QLatin1String(", ") + shift;
 }
 
+QString isoTimeText(qint64 instant)
+{
+    constexpr qint64 minute = 60'000;
+    const qint64 offset = offsetSpanAt(instant).offset / minute; // some old ones have seconds, too
+    const QDateTime wall = QDateTime::fromMSecsSinceEpoch(instant + offset * minute, Qt::UTC);
+    const qint64 size = qAbs(offset);
+    return wall.toString(u"yyyy-MM-ddTHH:mm:ss") + QLatin1Char(offset < 0 ? '-' : '+') +
+           QStringLiteral("%1:%2")
+               .arg(size / 60, 2, 10, QLatin1Char('0'))
+               .arg(size % 60, 2, 10, QLatin1Char('0'));
+}
+
 void reloadTimeZone()
 {
     local() = Zone();

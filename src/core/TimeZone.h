@@ -42,5 +42,9 @@ qint64 instantOf(const QDateTime &wall);
 /// they differ, "Europe/Berlin, UTC+01:00 to UTC+02:00"; "UTC".
 QString zoneText(qint64 from, qint64 to);
 
+/// An instant as files that programs read have it, with the local zone's offset at that time:
+/// "2024-03-31T03:00:00+02:00".
+QString isoTimeText(qint64 instant);
+
 /// Reads the zone afresh from the environment; for tests that change TZ.
 void reloadTimeZone();

@@ -1,28 +1,23 @@
 #include "data/CalculatedSummary.h"
 
-#include "core/Error.h"
-#include "data/Buckets.h"
-
 #include <algorithm>
 #include <cmath>
-#include <optional>
 
 namespace {
 
-// Wide enough for the sum of as many values as there can be, so that no sum overflows.
 __extension__ using WideInteger = __int128;
 
 constexpr int unitsPerOne = 10'000; // values count in ten-thousandths
-constexpr double mostUnits = 9.223372036854775e18;
-constexpr double mostExact = 9'007'199'254'740'992; // up to here a double holds every integer
+constexpr double maxUnits = 9.223372036854775e18;
+constexpr double maxExact = 9'007'199'254'740'992; // up to here a double holds every integer
 
 qint64 unitsOf(double value)
 {
     const double units = std::nearbyint(value * unitsPerOne);
-    if (!(std::abs(units) <= mostUnits))
+    if (!(std::abs(units) <= maxUnits))
         throw Error(Overflow,
                     QStringLiteral("Overflow: the value %1 is too large to be summed").arg(value));
-    if (std::abs(units) <= mostExact)
+    if (std::abs(units) <= maxExact)
         return static_cast<qint64>(units);
     // The product has lost digits that the value has.
     const double whole = std::trunc(value);
@@ -53,78 +48,63 @@ WideInteger dividedHalfEven(WideInteger dividend, WideInteger divisor)
     return quotient;
 }
 
-class OpenBucket
-{
-public:
-    OpenBucket(const Bucket &bucket, qint64 dataIdent, int frequency)
-    {
-        m_row.DataIDent = dataIdent;
-        m_row.QDate = bucketKey(bucket.wallStart, frequency);
-        m_row.start = bucket.start;
-        m_row.end = bucket.end;
-    }
-
-    bool holds(qint64 instant) const { return instant >= m_row.start && instant < m_row.end; }
-
-    void addSample(qint64 state)
-    {
-        ++m_row.QCount;
-        m_row.sumiState += state;
-    }
-
-    void addValue(qint64 units)
-    {
-        if (m_row.ValueCount == 0)
-            m_least = m_greatest = units;
-        ++m_row.ValueCount;
-        m_sum += units;
-        m_least = std::min(m_least, units);
-        m_greatest = std::max(m_greatest, units);
-    }
-
-    SummaryRow close()
-    {
-        if (m_row.ValueCount > 0) {
-            // Millionths are a hundredth of the unit.
-            const WideInteger millionths = dividedHalfEven(m_sum * 100, m_row.ValueCount);
-            m_row.avgiValue = fromFixedPoint(millionths, 1'000'000);
-            m_row.miniValue = fromFixedPoint(m_least, unitsPerOne);
-            m_row.maxiValue = fromFixedPoint(m_greatest, unitsPerOne);
-        }
-        return std::move(m_row);
-    }
-
-private:
-    SummaryRow m_row;
-    WideInteger m_sum = 0;
-    qint64 m_least = 0;
-    qint64 m_greatest = 0;
-};
-
 } // namespace
 
-std::vector<SummaryRow> BuildCalculatedSummary(Recordset &raw, int frequency, int minuteInterval)
-{
-    const int dataIdent = raw.column(QStringLiteral("DataIDent"));
-    const int date = raw.column(QStringLiteral("iDate"));
-    const int state = raw.column(QStringLiteral("iState"));
-    const int value = raw.column(QStringLiteral("iValue"));
+CalculatedSummary::CalculatedSummary(SharedAxis axis, qint64 latest)
+    : m_axis(std::move(axis))
+    , m_shown(m_axis->countUpTo(latest))
+{}
 
-    std::vector<SummaryRow> summary;
-    std::optional<OpenBucket> open;
-    while (raw.next()) {
-        const qint64 instant = raw.instant(date);
-        if (!open || !open->holds(instant)) {
-            if (open)
-                summary.push_back(open->close());
-            open.emplace(bucketAt(instant, frequency, minuteInterval), raw.integer(dataIdent),
-                         frequency);
-        }
-        open->addSample(raw.isNull(state) ? 0 : raw.integer(state));
-        if (!raw.isNull(value))
-            open->addValue(unitsOf(raw.number(value)));
+void CalculatedSummary::addSample(qint64 instant, qint64 state, std::optional<double> value)
+{
+    if (error)
+        return;
+    ++m_samples;
+    const size_t index = m_axis->indexOf(instant, m_last);
+    if (index == m_axis->size())
+        return;
+    m_last = index;
+    if (index >= m_sums.size()) {
+        if (m_sums.empty())
+            m_sums.reserve(std::max(m_shown, index + 1));
+        m_sums.resize(index + 1);
     }
-    if (open)
-        summary.push_back(open->close());
-    return summary;
+    Sums &sums = m_sums[index];
+    ++sums.samples;
+    sums.states += state;
+    if (!value)
+        return;
+    qint64 units = 0;
+    try {
+        units = unitsOf(*value);
+    } catch (const Error &tooLarge) {
+        error = tooLarge;
+        return;
+    }
+    if (sums.values++ == 0)
+        sums.leastUnits = sums.greatestUnits = units;
+    sums.units += units;
+    sums.leastUnits = std::min(sums.leastUnits, units);
+    sums.greatestUnits = std::max(sums.greatestUnits, units);
+}
+
+DataSeries CalculatedSummary::series(int scale) const
+{
+    DataSeries series;
+    series.scale = scale;
+    series.axis = m_axis;
+    series.buckets.resize(std::max(m_shown, m_sums.size()));
+    for (size_t i = 0; i < m_sums.size(); ++i) {
+        const Sums &sums = m_sums[i];
+        BucketValue &bucket = series.buckets[i];
+        bucket.count = series.isState() ? sums.samples : sums.values;
+        bucket.successes = sums.states;
+        if (sums.values == 0)
+            continue;
+        // Millionths are a hundredth of the unit.
+        bucket.mean = fromFixedPoint(dividedHalfEven(sums.units * 100, sums.values), 1'000'000);
+        bucket.least = fromFixedPoint(sums.leastUnits, unitsPerOne);
+        bucket.greatest = fromFixedPoint(sums.greatestUnits, unitsPerOne);
+    }
+    return series;
 }

@@ -1,27 +1,55 @@
 #pragma once
 
-#include "data/Recordset.h"
+#include "core/Error.h"
+#include "data/DataSeries.h"
 
-#include <vector>
+#include <optional>
 
-/// Samples of one data item grouped into time buckets of local time.
-struct SummaryRow
+/// The samples of one data item, folded into the buckets of an axis as they are read, in any order:
+/// 48 bytes a bucket up to the last one that holds a sample, nothing for each sample. Values count
+/// in ten-thousandths, rounded half to even; a NULL value leaves mean and extremes alone, a NULL
+/// state adds nothing. Used by one thread at a time.
+class CalculatedSummary
 {
-    qint64 DataIDent = 0;
-    qint64 QCount = 0;     ///< samples in the bucket
-    qint64 ValueCount = 0; ///< those of them whose value is not NULL
-    QString QDate;         ///< the bucket's key: "yyyyMMddHHmm", "yyyyMMddHH", "yyyyMMdd", ...
-    qint64 sumiState = 0;
-    double avgiValue = 0; ///< mean, rounded to 6 decimals, halves to even
-    double miniValue = 0; ///< least value, 4 decimals
-    double maxiValue = 0; ///< greatest value, 4 decimals
-    qint64 start = 0;     ///< the bucket's bounds as instants: start <= t < end
-    qint64 end = 0;
-};
+public:
+    /// `latest`: an instant up to which every bucket is shown, empty or not.
+    CalculatedSummary(SharedAxis axis, qint64 latest);
 
-/// One pass over samples that arrive ascending by time (columns DataIDent, iDate, iState, iValue),
-/// without allocation per sample. Values count in ten-thousandths, rounded half to even; a NULL
-/// value leaves mean and extremes alone, a NULL state adds nothing. Only buckets with samples have
-/// a row, in order of time. `frequency` and `minuteInterval` as in a chart definition.
-/// Throws Error(Overflow) for a value beyond +-922,337,203,685,477.
-std::vector<SummaryRow> BuildCalculatedSummary(Recordset &raw, int frequency, int minuteInterval);
+    /// Adds a sample; one whose instant lies outside of the axis is counted, but in no bucket. A
+    /// value beyond +-922,337,203,685,477 spoils the item: `error` then says so, and what comes
+    /// after is passed over.
+    void addSample(qint64 instant, qint64 state, std::optional<double> value);
+
+    qint64 sampleCount() const { return m_samples; }
+
+    static constexpr qint64 bytesPerBucket = 48;
+
+    std::optional<Error> error; ///< why the item cannot be charted
+
+    /// The values of all buckets up to that of `latest`, or to the last with a sample where that is
+    /// later. `scale`: of a state item, stateScale, a bucket counts its samples; of others those
+    /// with a value, so that a bucket whose samples all lack one is a gap. Means are rounded to 6
+    /// decimals, halves to even; extremes have 4.
+    DataSeries series(int scale) const;
+
+private:
+    // Wide enough for the sum of as many values as there can be, so that no sum overflows.
+    __extension__ using WideInteger = __int128;
+
+    struct Sums
+    {
+        WideInteger units = 0; ///< of values
+        qint64 leastUnits = 0;
+        qint64 greatestUnits = 0;
+        qint64 states = 0;
+        quint32 samples = 0;
+        quint32 values = 0; ///< samples whose value is not NULL
+    };
+    static_assert(sizeof(Sums) == bytesPerBucket);
+
+    SharedAxis m_axis;
+    size_t m_shown; ///< buckets up to that of `latest`
+    std::vector<Sums> m_sums;
+    size_t m_last = 0; ///< index of the bucket that the last sample went to
+    qint64 m_samples = 0;
+};

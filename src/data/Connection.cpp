@@ -5,18 +5,15 @@
 #include "core/State.h"
 #include "core/Status.h"
 #include "core/Trouble.h"
+#include "data/AccessDatabase.h"
 #include "data/odbc/ConnectionText.h"
-#include "data/odbc/OdbcConnection.h"
-#include "data/sqlite/AccessConnection.h"
+#include "data/odbc/OdbcDatabase.h"
 
-#include <map>
-
-std::unique_ptr<Connection> gConnection;
+std::unique_ptr<MonitoringDatabase> gConnection;
 
 namespace {
 
 int openRuns = 0;
-std::map<QString, StaticRecordset> tablesOfRun; ///< by their query
 
 QString accessPath()
 {
@@ -39,27 +36,6 @@ QString connectionText()
 
 } // namespace
 
-void Connection::expectSamples(const SampleScope &) {}
-
-void Connection::refresh() {}
-
-bool Connection::isOpen()
-{
-    return true;
-}
-
-QStringList Connection::warnings() const
-{
-    return {};
-}
-
-QStringList Connection::verify()
-{
-    return {};
-}
-
-void Connection::releaseSamples() {}
-
 DatabaseRun::DatabaseRun()
 {
     ++openRuns;
@@ -67,23 +43,18 @@ DatabaseRun::DatabaseRun()
 
 DatabaseRun::~DatabaseRun()
 {
-    if (--openRuns > 0)
-        return;
-    tablesOfRun.clear();
-    if (gConnection)
-        gConnection->releaseSamples();
+    --openRuns;
 }
 
 /// The place where kinds of connection are told apart.
-std::function<std::unique_ptr<Connection>()> connectionOpener()
+std::function<std::unique_ptr<MonitoringDatabase>()> databaseOpener()
 {
     if (!usesConnectionText())
-        return
-            [path = nativePath(accessPath())] { return std::make_unique<AccessConnection>(path); };
+        return [path = nativePath(accessPath())] { return std::make_unique<AccessDatabase>(path); };
     return [text = gSQLConnect, connectionTimeout = gConnectionTimeout,
             commandTimeout = gCommandTimeout, fetchesWhole = gUseClientCursor] {
-        return std::make_unique<OdbcConnection>(text, connectionTimeout, commandTimeout,
-                                                fetchesWhole);
+        return std::make_unique<OdbcDatabase>(text, connectionTimeout, commandTimeout,
+                                              fetchesWhole);
     };
 }
 
@@ -93,7 +64,7 @@ bool OpenDatabase(QString &message)
     try {
         if (!gConnection || !gConnection->isOpen()) {
             CloseDatabase();
-            gConnection = connectionOpener()();
+            gConnection = databaseOpener()();
         } else if (openRuns == 0) {
             gConnection->refresh();
         }
@@ -110,23 +81,5 @@ bool OpenDatabase(QString &message)
 
 void CloseDatabase()
 {
-    tablesOfRun.clear();
     gConnection.reset();
-}
-
-StaticRecordset openStatic(const QString &sql, const QStringList &wanted)
-{
-    if (!gConnection)
-        throw Error(DatabaseError, QStringLiteral("The database connection is not open"));
-    const std::unique_ptr<Recordset> rows = gConnection->open(sql, wanted);
-    return StaticRecordset(*rows);
-}
-
-StaticRecordset openTable(const QString &sql)
-{
-    if (openRuns == 0)
-        return openStatic(sql);
-    const auto known = tablesOfRun.find(sql);
-    return known != tablesOfRun.end() ? known->second
-                                      : tablesOfRun.emplace(sql, openStatic(sql)).first->second;
 }

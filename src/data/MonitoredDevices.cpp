@@ -1,13 +1,11 @@
 #include "data/MonitoredDevices.h"
 
 #include "core/NaturalOrder.h"
-#include "data/Connection.h"
-#include "data/Queries.h"
+#include "data/MonitoringDatabase.h"
 
 #include <QSet>
 
 #include <algorithm>
-#include <limits>
 #include <numeric>
 #include <tuple>
 
@@ -56,85 +54,21 @@ private:
 };
 
 /// A scale has a unit; one without an abbreviation has at least a name.
-QString unitText(const Recordset &rows, int abbreviation, int name)
+QString unitText(const ScaleRow &scale)
 {
-    const QString unit = rows.text(abbreviation).trimmed();
-    return unit.isEmpty() ? rows.text(name).trimmed() : unit;
+    const QString unit = scale.abbreviation.trimmed();
+    return unit.isEmpty() ? scale.name.trimmed() : unit;
 }
 
-/// Takes the rows of the selection query: one for each data item, in no order at all.
+/// Takes the rows of the selection: one for each data item, in no order.
 class Reader
 {
 public:
-    explicit Reader(Recordset &rows)
-        : m_rows(rows)
-        , m_muid(rows.column(QStringLiteral("MUID")))
-        , m_ident(rows.column(QStringLiteral("IDent")))
-        , m_machName(rows.column(QStringLiteral("MachName")))
-        , m_machDesc(rows.column(QStringLiteral("MachDesc")))
-        , m_excluded(rows.column(QStringLiteral("MachExclude")))
-        , m_dataIdent(rows.column(QStringLiteral("DataIDent")))
-        , m_dataName(rows.column(QStringLiteral("DataName")))
-        , m_dataDesc(rows.column(QStringLiteral("DataDesc")))
-        , m_scale(rows.column(QStringLiteral("iScale")))
-        , m_scaleName(rows.column(QStringLiteral("ScaleName")))
-        , m_scaleAbbr(rows.column(QStringLiteral("ScaleAbbr")))
-        , m_global(rows.column(QStringLiteral("IsGlobal")))
-    {}
-
-    MonitoredDevices read()
+    void take(const SelectionRow &row)
     {
-        while (m_rows.next()) {
-            const int device = deviceOfRow();
-            if (device >= 0)
-                addItem(device);
-        }
-        return sorted();
-    }
-
-private:
-    struct Found
-    {
-        MonitoredDevice device;
-        std::vector<MonitoredItem> items;
-    };
-
-    /// Its place in m_found; -1 when another device has the same MUID.
-    int deviceOfRow()
-    {
-        const qint64 ident = m_rows.integer(m_ident);
-        const auto known = m_places.constFind(ident);
-        if (known != m_places.cend())
-            return *known;
-        MonitoredDevice device;
-        device.muid = m_rows.text(m_muid);
-        int place = -1;
-        if (const QString key = device.muid.toCaseFolded(); !m_muids.contains(key)) {
-            m_muids.insert(key);
-            device.name = m_rows.text(m_machName);
-            device.description = m_rows.text(m_machDesc);
-            device.isExcluded = m_rows.integer(m_excluded) != 0;
-            place = static_cast<int>(m_found.size());
-            m_found.push_back({std::move(device), {}});
-        }
-        m_places.insert(ident, place);
-        return place;
-    }
-
-    void addItem(int device)
-    {
-        MonitoredItem item;
-        item.dataIdent = m_rows.text(m_dataIdent);
-        item.name = m_names.place(m_rows.text(m_dataName));
-        item.description = m_descriptions.place(m_rows.text(m_dataDesc));
-        const qint64 scale = m_rows.integer(m_scale);
-        item.scale = static_cast<qint32>(std::clamp<qint64>(
-            scale, std::numeric_limits<qint32>::min(), std::numeric_limits<qint32>::max()));
-        item.isGlobal = m_rows.integer(m_global) != 0;
-        if (!m_result.units.contains(item.scale))
-            m_result.units.insert(item.scale, unitText(m_rows, m_scaleAbbr, m_scaleName));
-        m_found[static_cast<size_t>(device)].items.push_back(std::move(item));
-        ++m_itemCount;
+        const int device = placeOf(row.device);
+        if (device >= 0)
+            addItem(device, row);
     }
 
     MonitoredDevices sorted()
@@ -158,6 +92,40 @@ private:
         return std::move(m_result);
     }
 
+private:
+    struct Found
+    {
+        MonitoredDevice device;
+        std::vector<MonitoredItem> items;
+    };
+
+    /// Its place in m_found; -1 when another device has the same MUID.
+    int placeOf(const DeviceRow &row)
+    {
+        const auto known = m_places.constFind(row.ident);
+        if (known != m_places.cend())
+            return *known;
+        int place = -1;
+        if (const QString key = row.muid.toCaseFolded(); !m_muids.contains(key)) {
+            m_muids.insert(key);
+            place = static_cast<int>(m_found.size());
+            m_found.push_back({{row.muid, row.name, row.description, row.isExcluded, 0, 0}, {}});
+        }
+        m_places.insert(row.ident, place);
+        return place;
+    }
+
+    void addItem(int device, const SelectionRow &row)
+    {
+        const ItemRow &item = row.item;
+        if (!m_result.units.contains(item.scale))
+            m_result.units.insert(item.scale, unitText(row.scale));
+        m_found[static_cast<size_t>(device)].items.push_back(
+            {QString::number(item.dataIdent), m_names.place(item.name),
+             m_descriptions.place(item.description), item.scale, item.isGlobal});
+        ++m_itemCount;
+    }
+
     /// Two scales of one number give an item twice.
     void appendItems(Found &found)
     {
@@ -175,9 +143,6 @@ private:
         std::move(items.begin(), last, std::back_inserter(m_result.items));
     }
 
-    Recordset &m_rows;
-    const int m_muid, m_ident, m_machName, m_machDesc, m_excluded;
-    const int m_dataIdent, m_dataName, m_dataDesc, m_scale, m_scaleName, m_scaleAbbr, m_global;
     std::vector<Found> m_found;
     size_t m_itemCount = 0;
     QHash<qint64, int> m_places; ///< IDent -> place in m_found
@@ -189,8 +154,9 @@ private:
 
 } // namespace
 
-MonitoredDevices readMonitoredDevices(Connection &connection)
+MonitoredDevices readMonitoredDevices(MonitoringDatabase &database)
 {
-    const std::unique_ptr<Recordset> rows = connection.open(GetDataSelectionSQL());
-    return Reader(*rows).read();
+    Reader reader;
+    database.readSelection([&reader](const SelectionRow &row) { reader.take(row); });
+    return reader.sorted();
 }

@@ -6,7 +6,7 @@
 
 #include <vector>
 
-class Connection;
+class MonitoringDatabase;
 
 /// A data item of a monitored device.
 struct MonitoredItem
@@ -41,5 +41,5 @@ struct MonitoredDevices
     QHash<qint32, QString> units; ///< by scale
 };
 
-/// Reads them on the thread that the connection belongs to. Throws Error.
-MonitoredDevices readMonitoredDevices(Connection &connection);
+/// Reads them, on the thread that uses the database. Throws Error.
+MonitoredDevices readMonitoredDevices(MonitoringDatabase &database);

@@ -4,7 +4,6 @@
 #include "core/State.h"
 #include "core/TimeZone.h"
 #include "data/DayNumbers.h"
-#include "data/Recordset.h"
 
 #include <algorithm>
 
@@ -81,31 +80,19 @@ QString GetDataSelectionSQL()
                           "ON [Scales].[iScale] = [DataFields].[iScale]");
 }
 
+namespace {
+
+QString quoted(QString text)
+{
+    return u'\'' + text.replace(u'\'', QLatin1String("''")) + u'\'';
+}
+
+} // namespace
+
 bool isPlainKey(const QString &key)
 {
     return std::all_of(key.begin(), key.end(),
                        [](QChar character) { return character.isPrint() && character != u'\\'; });
-}
-
-QString GetSelectedDevicesSQL(const QStringList &muids)
-{
-    QStringList keys;
-    QString patterns;
-    for (const QString &muid : muids) {
-        if (isPlainKey(muid)) {
-            keys.append(quoted(muid));
-            continue;
-        }
-        QString pattern = muid;
-        for (QChar &character : pattern) {
-            if (!isPlainKey(character) || character == u'[') // SQL Server: one of a set
-                character = u'%';
-        }
-        patterns += QLatin1String(" or Devices.MUID like ") + quoted(pattern);
-    }
-    return QLatin1String("Select * from Devices where Devices.MUID in (") +
-           (keys.isEmpty() && !patterns.isEmpty() ? QStringLiteral("''") : keys.join(u',')) +
-           QLatin1Char(')') + patterns;
 }
 
 QString stateSummaryList(const QString &muid)
@@ -118,8 +105,7 @@ QString stateSummaryList(const QString &muid)
 
 QString GetStateSummarySQL(const QDateTime &start, const QDateTime &end, QString muidList)
 {
-    // Deliberate, in both dialects: a period from midnight on begins one second later.
-    const QDateTime from = isMidnight(start) ? start.addSecs(1) : start;
+    const QDateTime from = summaryStart(start);
     return (gGraphDataSQL ? QLatin1String("SELECT DISTINCT ")
                           : QLatin1String("SELECT DISTINCTROW")) +
            QLatin1String("   Devices.IDent AS [IDent], "
@@ -140,6 +126,14 @@ QString GetStateSummarySQL(const QDateTime &start, const QDateTime &end, QString
                          "   DataFields.DataIDent\r\n");
 }
 
+QString GetSampleCountSQL()
+{
+    return gGraphDataSQL ? QStringLiteral(" SELECT rowcnt as TCOUNT  FROM sysindexes  WHERE "
+                                          "object_name(id) = 'DataValues'  AND "
+                                          "name='DataValues_PK'")
+                         : QStringLiteral("Select Count(1) as TCOUNT from DataValues");
+}
+
 QString GetDataValuesSQL(const QString &dataIdent, const QDateTime &start, const QDateTime &end)
 {
     if (gGraphDataSQL)
@@ -149,14 +143,14 @@ QString GetDataValuesSQL(const QString &dataIdent, const QDateTime &start, const
                QLatin1String("' as  DateTime)") + crlf +
                QLatin1String("  AND [DataValues].[iDate] <= CAST('") + isoText(end) +
                QLatin1String("' as DateTime)") + crlf + crlf + QLatin1String(" ORDER BY IDate ");
-    return accessSampleQuery(dataIdent, dayText(start), dayText(end));
-}
-
-QString accessSampleQuery(const QString &dataIdent, const QString &from, const QString &to)
-{
     return QLatin1String(" SELECT * from DataValues Where "
                          " [DataValues].[DataIDent] = ") +
-           dataIdent + QLatin1String("     AND [DataValues].[iDate] >= CDATE(") + from +
+           dataIdent + QLatin1String("     AND [DataValues].[iDate] >= CDATE(") + dayText(start) +
            QLatin1String(" )") + crlf + QLatin1String("     AND [DataValues].[iDate] <= CDATE(") +
-           to + QLatin1String(" )") + crlf + QLatin1String(" ORDER BY iDate;");
+           dayText(end) + QLatin1String(" )") + crlf + QLatin1String(" ORDER BY iDate;");
+}
+
+QDateTime summaryStart(const QDateTime &start)
+{
+    return isMidnight(start) ? start.addSecs(1) : start;
 }

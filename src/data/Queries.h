@@ -13,10 +13,6 @@ QString GetDataSelectionSQL();
 /// beginning of an escape, and a text can end at a control character. Apostrophes are doubled.
 bool isPlainKey(const QString &key);
 
-/// The rows of the table Devices with these ids. Ids that are not plain are asked for by a pattern,
-/// so that a row too many can come: pick those that are meant by a filter.
-QString GetSelectedDevicesSQL(const QStringList &muids);
-
 /// A device's id as `muidList` of GetStateSummarySQL; empty, for all devices, where it is not
 /// plain: pick the rows by the device's IDent.
 QString stateSummaryList(const QString &muid);
@@ -24,8 +20,11 @@ QString stateSummaryList(const QString &muid);
 /// `muidList`: ids separated by commas, with or without apostrophes; empty for all devices.
 QString GetStateSummarySQL(const QDateTime &start, const QDateTime &end, QString muidList);
 
+/// The count of all samples, as "TCOUNT".
+QString GetSampleCountSQL();
+
 QString GetDataValuesSQL(const QString &dataIdent, const QDateTime &start, const QDateTime &end);
 
-/// The text of GetDataValuesSQL in the Access dialect around its three numbers: the item's key and
-/// the bounds as day numbers. The Access connection recognises the query by it.
-QString accessSampleQuery(const QString &dataIdent, const QString &from, const QString &to);
+/// Where a state summary's period starts: one second later where it starts at midnight, in every
+/// dialect and of every kind of database.
+QDateTime summaryStart(const QDateTime &start);

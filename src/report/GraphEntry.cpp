@@ -64,8 +64,9 @@ void clsGraphEntry::setSeries(const DataSeries &data)
     QStringList labelList;
     double successes = 0;
     double tests = 0;
-    for (const SeriesBucket &bucket : data.buckets) {
-        labelList.append(bucket.longLabel);
+    for (size_t i = 0; i < data.buckets.size(); ++i) {
+        const BucketValue &bucket = data.buckets[i];
+        labelList.append(data.place(i).longLabel);
         if (bucket.isEmpty()) {
             for (SeriesText &text : series)
                 text.addEmpty();
@@ -85,7 +86,7 @@ void clsGraphEntry::setSeries(const DataSeries &data)
             series[2].add(bucket.greatest);
         }
     }
-    frequency = data.frequency;
+    frequency = data.axis->frequency();
     labels = labelList.join(u',');
     series1 = series[0].text();
     series2 = series[1].text();

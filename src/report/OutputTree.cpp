@@ -45,19 +45,19 @@ QString outputFolder()
     return NormalizeFolder(gConfig->PTH_Output());
 }
 
-QString reportFolder(const clsReportDef &report)
+QString reportFolder(const QString &reportId)
 {
-    return outputFolder() + folderSafe(report.ReportID) + pathSeparator;
+    return outputFolder() + folderSafe(reportId) + pathSeparator;
 }
 
-QString reportPage(const clsReportDef &report)
+QString reportPage(const QString &reportId)
 {
-    return reportFolder(report) + gConfig->TOU_REPORT;
+    return reportFolder(reportId) + gConfig->TOU_REPORT;
 }
 
-QString deviceFolder(const clsReportDef &report, const QString &muid)
+QString deviceFolder(const QString &reportId, const QString &muid)
 {
-    return reportFolder(report) + folderSafe(muid) + pathSeparator;
+    return reportFolder(reportId) + folderSafe(muid) + pathSeparator;
 }
 
 bool createWorkPath(const QString &path, QString &errorText)
@@ -74,31 +74,19 @@ bool createWorkPath(const QString &path, QString &errorText)
     return failedWorkPath(path, platform::nameFault(path), errorText);
 }
 
-bool createReportFolder(const clsReportDef &report, QString &errorText)
+bool createReportFolder(const QString &reportId, QString &errorText)
 {
-    return createPageFolder(reportFolder(report), report.ReportID, errorText);
+    return createPageFolder(reportFolder(reportId), reportId, errorText);
 }
 
-bool createDeviceFolder(const clsReportDef &report, const QString &muid, QString &errorText)
+bool createDeviceFolder(const QString &reportId, const QString &muid, QString &errorText)
 {
-    return createPageFolder(deviceFolder(report, muid), muid, errorText);
+    return createPageFolder(deviceFolder(reportId, muid), muid, errorText);
 }
 
 QString localTimeText(const QDateTime &wall, const QString &form)
 {
     return QLocale().toString(wall, form).remove(u'.');
-}
-
-QString isoTimeText(qint64 instant)
-{
-    constexpr qint64 minute = 60'000;
-    const qint64 offset = offsetSpanAt(instant).offset / minute; // some old ones have seconds, too
-    const QDateTime wall = QDateTime::fromMSecsSinceEpoch(instant + offset * minute, Qt::UTC);
-    const qint64 size = qAbs(offset);
-    return wall.toString(u"yyyy-MM-ddTHH:mm:ss") + QLatin1Char(offset < 0 ? '-' : '+') +
-           QStringLiteral("%1:%2")
-               .arg(size / 60, 2, 10, QLatin1Char('0'))
-               .arg(size % 60, 2, 10, QLatin1Char('0'));
 }
 
 QString reportDateText(const QDateTime &runDate)

@@ -1,7 +1,6 @@
 #pragma once
 
-#include "definitions/ReportDef.h"
-
+#include <QDateTime>
 #include <QString>
 
 /// Where the files of a run go. Folders end in a separator.
@@ -10,9 +9,9 @@
 inline const QString devicePageName = QStringLiteral("DEVREP.HTM");
 
 QString outputFolder();
-QString reportFolder(const clsReportDef &report);
-QString reportPage(const clsReportDef &report); ///< its page, whether it is there or not
-QString deviceFolder(const clsReportDef &report, const QString &muid);
+QString reportFolder(const QString &reportId);
+QString reportPage(const QString &reportId); ///< its page, whether it is there or not
+QString deviceFolder(const QString &reportId, const QString &muid);
 
 /// Creates a folder with all its parents. On failure false; `errorText` then holds
 /// "Unable to create work path: '<path>'", which is shown as a status line too.
@@ -20,16 +19,12 @@ bool createWorkPath(const QString &path, QString &errorText);
 
 /// The same for the folder of a report or a device. A symbolic link is refused, and so is an
 /// identifier that makes no single folder's name: pages stay where they belong.
-bool createReportFolder(const clsReportDef &report, QString &errorText);
-bool createDeviceFolder(const clsReportDef &report, const QString &muid, QString &errorText);
+bool createReportFolder(const QString &reportId, QString &errorText);
+bool createDeviceFolder(const QString &reportId, const QString &muid, QString &errorText);
 
 /// A wall time in a form of QLocale::toString, in the user's language. Months and days have no
 /// point behind them, even where the language writes one.
 QString localTimeText(const QDateTime &wall, const QString &form);
-
-/// An instant as files that programs read have it, with the local zone's offset at that time:
-/// "2024-03-31T03:00:00+02:00".
-QString isoTimeText(qint64 instant);
 
 /// The placeholders of the time at which the run began: "report.date", "report.time".
 QString reportDateText(const QDateTime &runDate);

@@ -1,14 +1,14 @@
 #pragma once
 
-#include "charts/ChartPool.h"
+#include "charts/WorkerPool.h"
 #include "core/Status.h"
-#include "definitions/ReportDef.h"
+#include "report/SampleReader.h"
 
 #include <QString>
 #include <QStringList>
 
-/// The production of reports. Main thread only; images are drawn and files written on the worker
-/// pool meanwhile. Progress is shown as status lines.
+/// The production of reports on one thread, whichever that is; devices, charts and files are worked
+/// on by the pool meanwhile. Progress is shown as status lines.
 
 /// How one report ended.
 struct ReportOutcome
@@ -23,16 +23,13 @@ struct ReportOutcome
     bool failed() const { return !errorText.isEmpty(); }
 };
 
-/// Produces one report: its period, the page of each of its devices, and its summary. An error is
-/// shown as "Error Generating Report [number] description - step"; files written so far stay.
-/// A cancel ends it between devices.
-/// `progress` and `pool` are the whole run's: `done` grows by one with each data item charted, and
-/// the pool is left without jobs.
-ReportOutcome GenerateReport(clsReportDef &report, Progress &progress, ChartPool &pool);
-
-/// Tells the open connection which samples the queries of these reports can ask for, so that an
-/// Access file is read only once for all of them. Failures are left to the reports.
-void announceSamples(const std::vector<std::shared_ptr<clsReportDef>> &reports);
+/// Produces one report: the page of each of its devices, and its summary. An error is shown as
+/// "Error Generating Report [number] description - step"; files written so far stay. A cancel ends
+/// it between devices.
+/// `samples`, `progress` and `pool` are the whole run's: `done` grows with the data items of each
+/// device that is finished, and the pool is left without jobs.
+ReportOutcome GenerateReport(const PlannedReport &plan, SampleReader &samples, Progress &progress,
+                             WorkerPool &pool);
 
 /// Says so when charts cannot have the configured image format: they are written as PNG then.
 void checkImageFormat();

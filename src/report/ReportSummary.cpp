@@ -9,7 +9,6 @@
 #include "core/State.h"
 #include "core/Status.h"
 #include "definitions/Dates.h"
-#include "report/ChartFrames.h"
 #include "report/Csv.h"
 #include "report/OutputTree.h"
 #include "report/StateRow.h"
@@ -28,59 +27,67 @@ void copyTransparentImage(const QString &path)
     copyFile(NormalizeFolder(gConfig->PTH_Config()) + transparentImage, path);
 }
 
-/// Draws the summary image, or puts the transparent one in its place when there is nothing to draw.
-clsChartImageRef DrawDeviceSummaryImage(const ReportContext &context,
-                                        const std::vector<DeviceCounts> &devices, bool noData)
+/// An image of the summary, as the pages cite it.
+struct SummaryImage
 {
-    clsChartImageRef image{imageName, QSize(gConfig->IMG_Width, gConfig->IMG_Height), {}};
-    const QString path = reportFolder(context.report) + imageName;
+    QString name;
+    QSize size;
+    PendingOutcome outcome = {}; ///< not valid: nothing was drawn
+    Outcome problem = {};
+
+    QString cited() const { return problem || !isDrawn ? citedTransparentImage : name; }
+    bool isDrawn = false;
+};
+
+SummaryImage newImage(const QString &name)
+{
+    return {name, QSize(gConfig->IMG_Width, gConfig->IMG_Height)};
+}
+
+void draw(SummaryImage &image, const ReportContext &context, Chart chart, WorkerPool &pool)
+{
+    image.isDrawn = true;
+    image.size = chartSize(chart);
+    image.outcome = pool.submit(std::move(chart), context.folder + image.name, gConfig->IMG_Format);
+}
+
+/// Draws the summary image, or puts the transparent one in its place when there is nothing to draw.
+SummaryImage DrawDeviceSummaryImage(const ReportContext &context, const ReportFacts &facts,
+                                    bool noData, WorkerPool &pool)
+{
+    SummaryImage image = newImage(imageName);
     if (noData) {
-        copyTransparentImage(path);
+        copyTransparentImage(context.folder + imageName);
         return image;
     }
     DeviceRateChart chart;
-    chart.frame = chartFrame(context, QStringLiteral("Success Rate by Device"),
-                             QLatin1String("Basis: ") + context.chart.ChartTitle);
+    chart.frame = context.chartFrame(QStringLiteral("Success Rate by Device"),
+                                     QLatin1String("Basis: ") + context.plan.chart.ChartTitle);
     chart.valueAxisTitle = QStringLiteral("Total Tests Performed");
     chart.categoryAxisTitle = QStringLiteral("Device");
-    for (const DeviceCounts &device : devices)
+    for (const DeviceCounts &device : facts.devices)
         chart.devices.push_back({device.name, device.successes, device.failures, device.hasData});
-    image.size = chartSize(chart);
-    image.outcome = context.pool.submit(std::move(chart), path, gConfig->IMG_Format);
+    draw(image, context, std::move(chart), pool);
     return image;
-}
-
-/// The tests of all state items that count, by time. Throws Error(Overflow).
-DataSeries overallSeries(const ReportContext &context)
-{
-    if (context.overall.problem)
-        throw *context.overall.problem;
-    return seriesOf(context, context.overall.rows(), stateScale);
 }
 
 /// Draws the success rate of all state items that count over the report's period. Without any such
 /// item the image is the transparent one, and cited as that.
-clsChartImageRef drawOverallImage(const ReportContext &context)
+SummaryImage drawOverallImage(const ReportContext &context, const ReportFacts &facts,
+                              WorkerPool &pool)
 {
-    clsChartImageRef image{overallName, QSize(gConfig->IMG_Width, gConfig->IMG_Height), {}};
-    const QString path = reportFolder(context.report) + overallName;
-    if (!context.overall.hasItems()) {
-        copyTransparentImage(path);
-        image.fileName = citedTransparentImage;
-        return image;
-    }
-    const ChartFrame frame =
-        chartFrame(context, context.chart.ChartTitle,
-                   QStringLiteral("All global state items of the report's devices"));
-    Chart chart;
-    try {
-        chart = StateChart{frame, overallSeries(context)};
-    } catch (const Error &error) {
-        image.outcome = failedOutcome(error);
-        return image;
-    }
-    image.size = chartSize(chart);
-    image.outcome = context.pool.submit(std::move(chart), path, gConfig->IMG_Format);
+    SummaryImage image = newImage(overallName);
+    if (!facts.hasCounted)
+        copyTransparentImage(context.folder + overallName);
+    else if (facts.testsError)
+        image.problem = facts.testsError;
+    else
+        draw(image, context,
+             StateChart{context.chartFrame(
+                            context.plan.chart.ChartTitle,
+                            QStringLiteral("All global state items of the report's devices")),
+                        facts.tests},
+             pool);
     return image;
 }
 
@@ -91,16 +98,16 @@ PageValue notDrawnText(const Error &problem)
 }
 
 /// The key figures of the overall image; nothing where no state item counts.
-PageValue overallAlternative(const ReportContext &context, const Outcome &problem)
+PageValue overallAlternative(const ReportFacts &facts, const Outcome &problem)
 {
     if (problem)
         return notDrawnText(*problem);
-    if (!context.overall.hasItems())
+    if (!facts.hasCounted)
         return QString();
     StateRow total;
-    for (const SummaryRow &row : context.overall.rows()) {
-        total.successes += static_cast<double>(row.sumiState);
-        total.failures += static_cast<double>(row.QCount - row.sumiState);
+    for (const BucketValue &bucket : facts.tests.buckets) {
+        total.successes += static_cast<double>(bucket.successes);
+        total.failures += static_cast<double>(bucket.failures());
     }
     if (total.tests() == 0)
         return QStringLiteral("All global state items: no data in this period");
@@ -151,18 +158,17 @@ PageValue summaryAlternative(const StateRow &total, size_t devices, const Outcom
 }
 
 /// Waits for an image of the summary; the transparent one stands in for one that failed.
-Outcome finishImage(const ReportContext &context, const clsChartImageRef &image)
+void finishImage(SummaryImage &image, const ReportContext &context, ReportOutcome &outcome)
 {
-    if (!image.outcome.valid())
-        return std::nullopt;
-    Outcome problem = awaited(image.outcome);
-    if (problem) {
-        const QString path = reportFolder(context.report) + image.fileName;
-        context.outcome.chartErrors.append(image.fileName + u' ' + errorTail(*problem));
-        ShowStatus(QStringLiteral("Error generating chart '%1' ").arg(path) + errorTail(*problem));
-        copyTransparentImage(path);
-    }
-    return problem;
+    if (image.outcome.valid())
+        image.problem = image.outcome.get();
+    if (!image.problem)
+        return;
+    const QString path = context.folder + image.name;
+    outcome.chartErrors.append(image.name + u' ' + errorTail(*image.problem));
+    ShowStatus(QStringLiteral("Error generating chart '%1' ").arg(path) +
+               errorTail(*image.problem));
+    copyTransparentImage(path);
 }
 
 /// Tells the readers that charts are missing; empty when none is.
@@ -179,10 +185,23 @@ QString noteText(const ReportOutcome &outcome)
 
 } // namespace
 
-void GenerateReportSummary(const ReportContext &context, const std::vector<DeviceCounts> &devices)
+void ReportFacts::add(DeviceResult result)
 {
-    const clsReportDef &report = context.report;
-    ShowStatus(QLatin1String("Generating Summary: [") + report.ReportTitle + u']');
+    devices.push_back(std::move(result.counts));
+    hasCounted = hasCounted || result.hasCounted;
+    if (result.testsError)
+        testsError = result.testsError;
+    tests.scale = stateScale;
+    tests.axis = result.tests.axis;
+    addTests(tests, result.tests);
+}
+
+void GenerateReportSummary(const ReportContext &context, const ReportFacts &facts, WorkerPool &pool,
+                           ReportOutcome &outcome)
+{
+    const PlannedReport &report = context.plan;
+    const std::vector<DeviceCounts> &devices = facts.devices;
+    ShowStatus(QLatin1String("Generating Summary: [") + report.title + u']');
 
     StateRow total;
     SummaryFigures figures;
@@ -192,38 +211,30 @@ void GenerateReportSummary(const ReportContext &context, const std::vector<Devic
         figures.addDevice(static_cast<double>(device.successes),
                           static_cast<double>(device.failures));
     }
-    const clsChartImageRef image = DrawDeviceSummaryImage(context, devices, total.tests() == 0);
-    clsChartImageRef overall = drawOverallImage(context);
-    const Outcome problem = finishImage(context, image);
-    const Outcome overallProblem = finishImage(context, overall);
-    if (overallProblem)
-        overall.fileName = citedTransparentImage;
+    SummaryImage image = DrawDeviceSummaryImage(context, facts, total.tests() == 0, pool);
+    SummaryImage overall = drawOverallImage(context, facts, pool);
+    finishImage(image, context, outcome);
+    finishImage(overall, context, outcome);
 
-    const QString folder = reportFolder(report);
-    const QString range = dateRangeText(context.chart.StartTime, context.chart.EndTime);
-    Placeholders pageValues = {
-        {QLatin1String("report.title"), report.ReportTitle},
-        {QLatin1String("report.date"), reportDateText(report.RunDate)},
-        {QLatin1String("report.time"), reportTimeText(report.RunDate)},
-        {QLatin1String("report.id"), linkText(folderSafe(report.ReportID))},
-        {QLatin1String("report.daterange"), range},
-        {QLatin1String("report.zone"), context.zone},
-        {QLatin1String("chart.title"), context.chart.ChartTitle},
-        {QLatin1String("img.width"), QString::number(image.size.width())},
-        {QLatin1String("img.height"), QString::number(image.size.height())},
-        {QLatin1String("img.alt"), summaryAlternative(total, devices.size(), problem)},
-        {QLatin1String("overall.graph"), overall.fileName},
-        {QLatin1String("overall.width"), QString::number(overall.size.width())},
-        {QLatin1String("overall.height"), QString::number(overall.size.height())},
-        {QLatin1String("overall.alt"), overallAlternative(context, overallProblem)},
-        {QLatin1String("report.note"), noteText(context.outcome)},
-        {QLatin1String("report.worst"), worstRows(devices, context.builder.STATE_DetailItem)},
-    };
+    Placeholders pageValues = context.placeholders();
+    pageValues.insert(
+        pageValues.end(),
+        {
+            {QLatin1String("img.width"), QString::number(image.size.width())},
+            {QLatin1String("img.height"), QString::number(image.size.height())},
+            {QLatin1String("img.alt"), summaryAlternative(total, devices.size(), image.problem)},
+            {QLatin1String("overall.graph"), overall.cited()},
+            {QLatin1String("overall.width"), QString::number(overall.size.width())},
+            {QLatin1String("overall.height"), QString::number(overall.size.height())},
+            {QLatin1String("overall.alt"), overallAlternative(facts, overall.problem)},
+            {QLatin1String("report.note"), noteText(outcome)},
+            {QLatin1String("report.worst"), worstRows(devices, context.builder.STATE_DetailItem)},
+        });
     const Placeholders totals = figures.placeholders();
     pageValues.insert(pageValues.end(), totals.begin(), totals.end());
     PageText reportPage;
     reportPage.write(fillTemplate(context.builder.REPORT, onNewPage(pageValues)));
-    saveExactFile(folder + gConfig->TOU_REPORT, reportPage.bytes());
+    saveExactFile(context.folder + gConfig->TOU_REPORT, reportPage.bytes());
 
     CsvText csv;
     csv.text(QStringLiteral("Sample"))
@@ -240,12 +251,12 @@ void GenerateReportSummary(const ReportContext &context, const std::vector<Devic
     const ListParts table = fillListTemplate(
         context.builder.STATE_Detail, rowMarker,
         {
-            {QLatin1String("sample.name"), report.ReportTitle},
-            {QLatin1String("sample.description"), context.chart.SampleLabel},
+            {QLatin1String("sample.name"), report.title},
+            {QLatin1String("sample.description"), report.chart.SampleLabel},
             {QLatin1String("sample.scale"), QString()},
             {QLatin1String("sample.csv"), summaryCsvName},
-            {QLatin1String("report.daterange"), range},
-            {QLatin1String("chart.title"), QLatin1String("Basis: ") + context.chart.ChartTitle},
+            {QLatin1String("report.daterange"), context.range},
+            {QLatin1String("chart.title"), QLatin1String("Basis: ") + report.chart.ChartTitle},
         });
     PageText page;
     page.write(summary.before);
@@ -264,6 +275,6 @@ void GenerateReportSummary(const ReportContext &context, const std::vector<Devic
     page.write(total.filledAsTotal(context.builder.STATE_DetailItem));
     page.write(table.behind);
     page.write(summary.behind);
-    saveExactFile(folder + summaryCsvName, csv.bytes());
-    saveExactFile(folder + gConfig->TOU_REP_Summary, page.bytes());
+    saveExactFile(context.folder + summaryCsvName, csv.bytes());
+    saveExactFile(context.folder + gConfig->TOU_REP_Summary, page.bytes());
 }

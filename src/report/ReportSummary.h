@@ -1,11 +1,23 @@
 #pragma once
 
-#include "report/DeviceCounts.h"
-#include "report/DeviceReport.h"
+#include "report/DeviceJob.h"
+#include "report/ReportRun.h"
 
 #include <vector>
 
+/// What a report comes to: some hundred bytes a device, and one series.
+struct ReportFacts
+{
+    std::vector<DeviceCounts> devices;
+    bool hasCounted = false;         ///< some device has state items that count
+    DataSeries tests;                ///< of all of those, by time
+    std::optional<Error> testsError; ///< why tests are missing from them
+
+    void add(DeviceResult result);
+};
+
 /// Ends a report: the chart of success rates by device, the report page, the summary page and
-/// "repsum.csv", all in the report's folder. `devices` come in the order of the pages: the reverse
-/// of the report's. Throws Error.
-void GenerateReportSummary(const ReportContext &context, const std::vector<DeviceCounts> &devices);
+/// "repsum.csv", all in the report's folder. The devices come in the order of the pages: the
+/// reverse of the report's. Throws Error.
+void GenerateReportSummary(const ReportContext &context, const ReportFacts &facts, WorkerPool &pool,
+                           ReportOutcome &outcome);

@@ -1,12 +1,10 @@
 #include "report/RequiredTemplates.h"
 
 #include "core/Error.h"
-#include "data/Connection.h"
 #include "data/DataSeries.h"
-#include "definitions/DefinitionStores.h"
 #include "definitions/TemplateFile.h"
 
-#include <QSet>
+#include <optional>
 
 namespace {
 
@@ -26,34 +24,28 @@ std::optional<Error> chartTemplateError(const QString &name)
 }
 
 /// Whether a report charts state items, or counter items.
-bool charts(const clsReportDef &report, bool stateItems)
+bool charts(const PlannedReport &report, const Inventory &inventory, bool stateItems)
 {
-    QSet<QString> idents;
-    for (const auto &device : report.ReportDevices) {
-        for (const auto &item : device->DataItems)
-            idents.insert(item->DataIDent);
-    }
-    const auto fields =
-        gConnection->open(QStringLiteral("Select DataIDent, iScale from DataFields"));
-    while (fields->next()) {
-        if (idents.contains(fields->text(0)) && (fields->integer(1) == stateScale) == stateItems)
-            return true;
+    for (const PlannedReport::Device &device : report.devices) {
+        for (const qint64 dataIdent : device.dataIdents) {
+            const ItemRow *item = inventory.item(dataIdent);
+            if (item && (item->scale == stateScale) == stateItems)
+                return true;
+        }
     }
     return false;
 }
 
 } // namespace
 
-void requireTemplates(const clsReportDef &report, const clsChartOutputBuilder &builder)
+void requireTemplates(const PlannedReport &report, const Inventory &inventory,
+                      const clsChartOutputBuilder &builder)
 {
     builder.requireReportTemplates();
-    const auto chart = gChartDefs.find(report.ChartID);
-    if (!chart)
-        return;
     for (const bool state : {true, false}) {
-        const auto error =
-            chartTemplateError(state ? chart->StateTemplateFile : chart->CountTemplateFile);
-        if (error && charts(report, state))
+        const auto error = chartTemplateError(state ? report.chart.StateTemplateFile
+                                                    : report.chart.CountTemplateFile);
+        if (error && charts(report, inventory, state))
             throw *error;
     }
 }

@@ -7,7 +7,6 @@
 #include "core/Status.h"
 #include "core/TimeZone.h"
 #include "data/Connection.h"
-#include "data/DeviceSelection.h"
 #include "definitions/Dates.h"
 #include "definitions/DefinitionStores.h"
 #include "report/OutputTree.h"
@@ -16,21 +15,12 @@
 
 namespace {
 
-const QString deviceListQuery = QStringLiteral("Select * from Devices order by MachName");
-
 /// Shows "Creating Work Path: " and creates the output folder.
 bool createOutputFolder(QString &errorText)
 {
     const QString folder = outputFolder();
     ShowStatus(QLatin1String("Creating Work Path: ") + folder);
     return createWorkPath(folder, errorText);
-}
-
-/// Moves to a device's row; false when the database does not know the device.
-bool findDevice(StaticRecordset &devices, const QString &muid)
-{
-    devices.setFilter(QLatin1String("[MUID]=") + quoted(muid));
-    return !devices.eof();
 }
 
 QString chartTitleOf(const clsReportDef &report)
@@ -51,7 +41,7 @@ QString masterEntry(const clsChartOutputBuilder &builder, const clsReportDef &re
     const ReportStanding standing = standings.value(report.ReportID.toLower());
     const QString id = linkText(folderSafe(report.ReportID));
     // A report that never ran has no pages: no link leads there, and its figures stay empty.
-    const auto figures = readSummaryFigures(reportFolder(report) + summaryCsvName);
+    const auto figures = readSummaryFigures(reportFolder(report.ReportID) + summaryCsvName);
     Placeholders values = figures.value_or(SummaryFigures()).placeholders();
     if (!figures) {
         for (auto &[name, value] : values)
@@ -85,7 +75,7 @@ bool writeMasterTOC(QString &errorText, const ReportStandings &standings)
     if (!createOutputFolder(errorText))
         return false;
     ShowStatus(QStringLiteral("Loading report definitions."));
-    LoadReportDefs();
+    ShowStatus(QStringLiteral("Loading report selections.")); // read before the run
     ShowStatus(QStringLiteral("Loading report TOC templates."));
     ShowStatus(QStringLiteral("Loading TOC Templates"));
     clsChartOutputBuilder builder;
@@ -96,7 +86,7 @@ bool writeMasterTOC(QString &errorText, const ReportStandings &standings)
     if (!OpenDatabase(errorText))
         return false;
     ShowStatus(QStringLiteral("Loading device list."));
-    StaticRecordset devices = openTable(deviceListQuery);
+    const std::shared_ptr<const Inventory> inventory = gConnection->inventory();
 
     ShowStatus(QStringLiteral("Opening TOC file."));
     const ListParts parts = masterParts(builder);
@@ -105,12 +95,12 @@ bool writeMasterTOC(QString &errorText, const ReportStandings &standings)
     page.write(parts.before);
     int number = 0;
     for (const auto &report : gReportDefs) {
-        if (!createReportFolder(*report, errorText))
+        if (!createReportFolder(report->ReportID, errorText))
             return false;
         page.write(masterEntry(builder, *report, ++number, standings));
         for (const auto &device : report->ReportDevices) {
-            if (findDevice(devices, device->MUID) &&
-                !createDeviceFolder(*report, device->MUID, errorText))
+            if (inventory->device(device->MUID) &&
+                !createDeviceFolder(report->ReportID, device->MUID, errorText))
                 return false;
         }
     }
@@ -121,30 +111,29 @@ bool writeMasterTOC(QString &errorText, const ReportStandings &standings)
     return true;
 }
 
-bool writeReportTOC(clsReportDef &report, QString &errorText, clsChartOutputBuilder &builder)
+bool writeReportTOC(PlannedReport &report, QString &errorText)
 {
-    ShowStatus(QLatin1String("Generating TOC: [") + report.ReportTitle + u']');
+    ShowStatus(QLatin1String("Generating TOC: [") + report.title + u']');
     if (!createOutputFolder(errorText))
         return false;
     ShowStatus(QStringLiteral("Loading report TOC templates."));
+    clsChartOutputBuilder builder;
     builder.LoadTOCTemplates();
     ShowStatus(QStringLiteral("Opening database."));
     if (!OpenDatabase(errorText))
         return false;
-    requireTemplates(report, builder);
+    const std::shared_ptr<const Inventory> inventory = gConnection->inventory();
+    requireTemplates(report, *inventory, builder);
     ShowStatus(QStringLiteral("Loading device list."));
-    StaticRecordset devices = openTable(deviceListQuery);
-    SortDeviceSelection(report, devices);
-    const int nameColumn = devices.column(QStringLiteral("MachName"));
-    const int descriptionColumn = devices.column(QStringLiteral("MachDesc"));
-    if (!createReportFolder(report, errorText))
+    SortDeviceSelection(report, *inventory);
+    if (!createReportFolder(report.id, errorText))
         return false;
 
-    const QString folder = reportFolder(report);
+    const QString folder = reportFolder(report.id);
     const Placeholders reportValues = {
-        {QLatin1String("report.title"), report.ReportTitle},
-        {QLatin1String("report.id"), linkText(folderSafe(report.ReportID))},
-        {QLatin1String("chart.title"), chartTitleOf(report)},
+        {QLatin1String("report.title"), report.title},
+        {QLatin1String("report.id"), linkText(folderSafe(report.id))},
+        {QLatin1String("chart.title"), report.chart.ChartTitle},
     };
     ShowStatus(QStringLiteral("Opening TOC TOP file."));
     PageText top;
@@ -156,18 +145,19 @@ bool writeReportTOC(clsReportDef &report, QString &errorText, clsChartOutputBuil
     PageText page;
     ShowStatus(QStringLiteral("Writing TOC file (reportlist.1)."));
     page.write(contents.before);
-    for (const auto &device : report.ReportDevices) {
-        if (!findDevice(devices, device->MUID))
+    for (const PlannedReport::Device &device : report.devices) {
+        const DeviceRow *row = inventory->device(device.muid);
+        if (!row)
             continue;
-        if (!createDeviceFolder(report, device->MUID, errorText))
+        if (!createDeviceFolder(report.id, device.muid, errorText))
             return false;
         page.write(
             fillTemplate(builder.REP_DeviceItem,
                          {
-                             {QLatin1String("mach.muid"), device->MUID},
-                             {QLatin1String("mach.unmuid"), linkText(folderSafe(device->MUID))},
-                             {QLatin1String("mach.name"), devices.text(nameColumn)},
-                             {QLatin1String("mach.desc"), devices.text(descriptionColumn)},
+                             {QLatin1String("mach.muid"), device.muid},
+                             {QLatin1String("mach.unmuid"), linkText(folderSafe(device.muid))},
+                             {QLatin1String("mach.name"), row->name},
+                             {QLatin1String("mach.desc"), row->description},
                          }));
     }
     ShowStatus(QStringLiteral("Writing TOC file (reportlist.2)."));
@@ -221,8 +211,8 @@ bool RefreshMasterTOC(QString &errorText, const ReportStandings &standings)
     });
 }
 
-bool GenerateReportTOC(clsReportDef &report, QString &errorText, clsChartOutputBuilder &builder)
+bool GenerateReportTOC(PlannedReport &report, QString &errorText)
 {
-    return reportingErrors(errorText, QLatin1String("TOC [") + report.ReportTitle + u']',
-                           [&] { return writeReportTOC(report, errorText, builder); });
+    return reportingErrors(errorText, QLatin1String("TOC [") + report.title + u']',
+                           [&] { return writeReportTOC(report, errorText); });
 }

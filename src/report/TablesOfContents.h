@@ -1,6 +1,6 @@
 #pragma once
 
-#include "definitions/ReportDef.h"
+#include "report/ReportPlan.h"
 #include "report/Templates.h"
 
 #include <QHash>
@@ -23,9 +23,7 @@ using ReportStandings = QHash<QString, ReportStanding>; ///< by ReportID in lowe
 QString standingTimeText(const QDateTime &time);
 
 /// Writes the master table of contents with an entry for each report definition, and creates the
-/// folder of each report and of each of its devices that the database knows. Reloads the report
-/// definitions from their file first: pointers into gReportDefs taken before stay valid, but are
-/// no longer what the store holds.
+/// folder of each report and of each of its devices that the database knows.
 bool GenerateMasterTOC(QString &errorText, const ReportStandings &standings = {});
 
 /// Writes the page alone once more, from the report definitions in memory and without the
@@ -33,4 +31,4 @@ bool GenerateMasterTOC(QString &errorText, const ReportStandings &standings = {}
 bool RefreshMasterTOC(QString &errorText, const ReportStandings &standings);
 
 /// Writes a report's top page and its device list, after sorting the report's devices by name.
-bool GenerateReportTOC(clsReportDef &report, QString &errorText, clsChartOutputBuilder &builder);
+bool GenerateReportTOC(PlannedReport &report, QString &errorText);

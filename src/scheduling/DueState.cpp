@@ -71,7 +71,7 @@ QDateTime lastRunDate(const clsReportDef &report)
     }
     // A schedule that was chosen anew has the time of its choosing: without a page there was no
     // run.
-    return last == zeroDate() || !fileExists(reportPage(report)) ? QDateTime() : last;
+    return last == zeroDate() || !fileExists(reportPage(report.ReportID)) ? QDateTime() : last;
 }
 
 } // namespace

@@ -137,14 +137,6 @@ void stampLastRun(clsReportDef &report, RunRecord &run)
                            errorTail(*error));
 }
 
-int itemCount(const clsReportDef &report)
-{
-    qsizetype count = 0;
-    for (const auto &device : report.ReportDevices)
-        count += device->DataItems.size();
-    return static_cast<int>(count);
-}
-
 ReportResult resultOf(const ReportOutcome &outcome)
 {
     if (outcome.failed())
@@ -178,14 +170,13 @@ void tellOutcome(const ReportRecord &record)
 }
 
 /// Produces one report, and fills its record in the run's.
-void produceReport(clsReportDef &report, RunRecord &run, ReportRecord &record, Progress &progress,
-                   ChartPool &pool)
+void produceReport(clsReportDef &report, PlannedReport &plan, SampleReader &samples, RunRecord &run,
+                   ReportRecord &record, Progress &progress, WorkerPool &pool)
 {
-    const bool hadPages = fileExists(reportPage(report));
+    const bool hadPages = fileExists(reportPage(plan.id));
     ReportOutcome outcome;
-    clsChartOutputBuilder builder;
-    if (GenerateReportTOC(report, outcome.errorText, builder))
-        outcome = GenerateReport(report, progress, pool);
+    if (GenerateReportTOC(plan, outcome.errorText))
+        outcome = GenerateReport(plan, samples, progress, pool);
     record.end = currentInstant();
     record.result = resultOf(outcome);
     record.charts = outcome.charts;
@@ -202,7 +193,8 @@ void produceReport(clsReportDef &report, RunRecord &run, ReportRecord &record, P
 }
 
 /// Each report in turn; what happened to one is on record before the next begins.
-void produceReports(const std::vector<Chosen> &chosen, RunRecord &run)
+void produceReports(const std::vector<Chosen> &chosen, std::vector<PlannedReport> &plans,
+                    RunRecord &run)
 {
     Progress progress;
     const std::vector<RunRecord> past = readRuns();
@@ -214,10 +206,12 @@ void produceReports(const std::vector<Chosen> &chosen, RunRecord &run)
         record.title = entry.report->ReportTitle;
         record.dueSince = entry.dueSince;
         run.reports.push_back(record);
-        progress.all += itemCount(*entry.report);
     }
-    ChartPool pool; // its threads know their fonts once they have drawn a chart
-    int before = 0; // data items of the reports before this one
+    for (const PlannedReport &plan : plans)
+        progress.all += plan.itemCount();
+    SampleReader samples(plans);
+    WorkerPool pool; // its threads know their fonts once they have drawn a chart
+    int before = 0;  // data items of the reports before this one
     for (size_t i = 0; i < chosen.size(); ++i) {
         ReportRecord &entry = run.reports[i];
         if (CancelRequested) {
@@ -230,11 +224,11 @@ void produceReports(const std::vector<Chosen> &chosen, RunRecord &run)
         progress.device.clear();
         progress.item.clear();
         showProgress(progress);
-        produceReport(*chosen[i].report, run, entry, progress, pool);
+        produceReport(*chosen[i].report, plans[i], samples, run, entry, progress, pool);
         if (CancelRequested)
             continue; // the bar stays where the run ended
         // Items of devices that the database does not know count as done, too.
-        progress.done = before += itemCount(*chosen[i].report);
+        progress.done = before += plans[i].itemCount();
         showProgress(progress);
     }
 }
@@ -246,36 +240,49 @@ void showDatabaseWarnings()
         ShowStatus(QLatin1String("Warning: ") + warning);
 }
 
-/// Each report reads the charts from their file: the periods that the user gave have to stand
-/// there. False when they do not.
-bool savePeriods(const std::vector<std::shared_ptr<clsGraphDef>> &asked, RunRecord &run)
+/// Keeps the periods that the user gave for the next run; this one has them in its plans.
+void savePeriods(const std::vector<std::shared_ptr<clsGraphDef>> &asked, RunRecord &run)
 {
-    const std::optional<Error> error = saveChartPeriods(asked);
-    if (error)
+    if (const std::optional<Error> error = saveChartPeriods(asked))
         noteError(run, QLatin1String("Error saving chart definitions ") + errorTail(*error));
-    return !error;
 }
 
-void produce(std::vector<Chosen> chosen, RunRecord &run)
+/// What the reports need, as it stands now.
+std::vector<PlannedReport> plansOf(const std::vector<Chosen> &chosen)
 {
-    const DatabaseRun oneState; // all reports show the same samples
+    const qint64 runInstant = currentInstant();
+    std::vector<PlannedReport> plans;
+    for (const Chosen &entry : chosen) {
+        const auto chart = gChartDefs.find(entry.report->ChartID);
+        plans.push_back(plannedReport(*entry.report, chart.get(), runInstant));
+    }
+    return plans;
+}
+
+/// Puts the devices of all reports into their order, by which their samples are read.
+void sortDevices(std::vector<PlannedReport> &plans)
+{
+    try {
+        for (PlannedReport &plan : plans) {
+            if (gConnection)
+                plan.sortDevices(*gConnection->inventory());
+        }
+    } catch (const Error &) {
+        // The report that meets the same error names it.
+    }
+}
+
+void produce(const std::vector<Chosen> &chosen, RunRecord &run)
+{
+    const DatabaseRun oneState; // all reports show the same devices and items
+    std::vector<PlannedReport> plans = plansOf(chosen);
     QString errorText;
     if (!GenerateMasterTOC(errorText, reportStandings()))
         noteError(run, errorText);
     CopyTemplateFiles();
     checkImageFormat();
-    // The master table of contents has read the report definitions afresh.
-    noteUnread(definitionFileErrors(), run);
-    std::erase_if(chosen, [](Chosen &entry) {
-        entry.report = gReportDefs.find(entry.report->ReportID);
-        return !entry.report;
-    });
-    std::vector<std::shared_ptr<clsReportDef>> reports;
-    reports.reserve(chosen.size());
-    for (const Chosen &entry : chosen)
-        reports.push_back(entry.report);
-    announceSamples(reports);
-    produceReports(chosen, run);
+    sortDevices(plans);
+    produceReports(chosen, plans, run);
     showDatabaseWarnings();
 }
 
@@ -364,8 +371,10 @@ RunResult runReports(const QStringList &reportIds, RunChoice choice, RunHost *ho
     if (acceptDefinitions(host, run)) {
         const std::vector<Chosen> chosen = chooseReports(reportIds, choice);
         const auto asked = askForRanges(chosen, host);
-        if (!CancelRequested && savePeriods(asked, run))
+        if (!CancelRequested) {
+            savePeriods(asked, run);
             produceSafely(chosen, run);
+        }
     }
     conclude(run);
     const RunResult result = resultOf(run);

@@ -40,7 +40,7 @@ ReportStanding standingOf(const clsReportDef &report, const std::vector<RunRecor
         standing.lastRun = standingTimeText(last.time);
     if (last.record) {
         standing.lastResult = resultText(last.record->result);
-        standing.lastNote = noteOf(*last.record, fileExists(reportPage(report)));
+        standing.lastNote = noteOf(*last.record, fileExists(reportPage(report.ReportID)));
     }
     if (const QDateTime next = dueState(report).next; next.isValid())
         standing.nextDue = next <= now() ? QStringLiteral("now") : standingTimeText(next);

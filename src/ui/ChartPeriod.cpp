@@ -6,6 +6,7 @@
 #include "core/Numbers.h"
 #include "core/State.h"
 #include "core/TimeZone.h"
+#include "data/BucketAxis.h"
 #include "data/Buckets.h"
 #include "report/OutputTree.h"
 
@@ -102,25 +103,23 @@ struct Place
 
 /// One test every five minutes, in a few stretches some of them failed; values that swing with the
 /// hours of the day.
-SummaryRow sampleRow(const Bucket &bucket, const Place &place)
+BucketValue sampleValue(const AxisBucket &bucket, const Place &place)
 {
     const auto seed = static_cast<quint64>(bucket.start / minute);
     const auto stretch = static_cast<quint64>(bucket.start / place.stretch);
-    SummaryRow row;
-    row.start = bucket.start;
-    row.end = bucket.end;
-    row.QCount = row.ValueCount = std::max<qint64>(1, (bucket.end - bucket.start) / (5 * minute));
-    row.sumiState = row.QCount;
+    BucketValue value;
+    value.count = std::max<qint64>(1, (bucket.end - bucket.start) / (5 * minute));
+    value.successes = value.count;
     if (noise(stretch) < 0.06)
-        row.sumiState -=
-            std::llround(static_cast<double>(row.QCount) * (0.1 + 0.6 * noise(seed + 1)));
+        value.successes -=
+            std::llround(static_cast<double>(value.count) * (0.1 + 0.6 * noise(seed + 1)));
     const double turns = static_cast<double>(bucket.wallStart.time().msecsSinceStartOfDay()) /
                              static_cast<double>(day) +
                          place.part * 3;
-    row.avgiValue = 45 + 20 * std::sin(2 * std::numbers::pi * turns) + 10 * noise(seed + 2);
-    row.miniValue = row.avgiValue - 3 - 8 * noise(seed + 3);
-    row.maxiValue = row.avgiValue + 3 + 18 * noise(seed + 4);
-    return row;
+    value.mean = 45 + 20 * std::sin(2 * std::numbers::pi * turns) + 10 * noise(seed + 2);
+    value.least = value.mean - 3 - 8 * noise(seed + 3);
+    value.greatest = value.mean + 3 + 18 * noise(seed + 4);
+    return value;
 }
 
 /// A short while without samples, so that the preview shows how gaps look.
@@ -129,18 +128,20 @@ bool inGap(double part)
     return part > 0.60 && part < 0.63;
 }
 
-std::vector<SummaryRow> sampleRows(const clsGraphDef &chart, qint64 start, qint64 end)
+DataSeries sampleSeries(const clsGraphDef &chart, qint64 start, qint64 end)
 {
-    std::vector<SummaryRow> rows;
+    DataSeries series;
+    series.axis =
+        std::make_shared<const BucketAxis>(start, end, chart.ChartFrequency, chart.MinuteInterval);
+    series.buckets.resize(series.axis->size());
     const qint64 stretch = std::max((end - start) / 60, shortestInterval(chart));
-    for (qint64 at = start; at <= end;) {
-        const Bucket bucket = bucketAt(at, chart.ChartFrequency, chart.MinuteInterval);
+    for (size_t i = 0; i < series.buckets.size(); ++i) {
+        const qint64 at = std::max(start, series.place(i).start);
         const double part = static_cast<double>(at - start) / static_cast<double>(end - start + 1);
         if (!inGap(part))
-            rows.push_back(sampleRow(bucket, {part, stretch}));
-        at = bucket.end;
+            series.buckets[i] = sampleValue(series.place(i), {part, stretch});
     }
-    return rows;
+    return series;
 }
 
 /// Intervals of a chart with its period. The last so many of them touch one more than their
@@ -281,13 +282,8 @@ Chart sampleChart(const clsGraphDef &chart, SampleItem item, QString &note)
         note = QStringLiteral("Charts reach up to the time of the run.");
     }
 
-    DataSeries series;
-    series.frequency = run.ChartFrequency;
-    series.minuteInterval = run.MinuteInterval;
+    DataSeries series = sampleSeries(run, start, seen);
     series.scale = item == SampleItem::State ? stateScale : 1;
-    if (const auto error =
-            GenerateDataSeries(sampleRows(run, start, seen), start, end, latest, series))
-        throw Error(*error);
 
     ChartFrame frame;
     frame.title = run.ChartTitle;

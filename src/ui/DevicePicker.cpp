@@ -211,10 +211,10 @@ void DevicePicker::read()
     const auto reading = std::make_shared<Reading>();
     reading->promise.start();
     const QFuture<MonitoredDevices> result = reading->promise.future();
-    QThreadPool::globalInstance()->start([reading, open = connectionOpener()] {
+    QThreadPool::globalInstance()->start([reading, open = databaseOpener()] {
         try {
-            const std::unique_ptr<Connection> connection = open();
-            reading->promise.addResult(readMonitoredDevices(*connection));
+            const std::unique_ptr<MonitoringDatabase> database = open();
+            reading->promise.addResult(readMonitoredDevices(*database));
         } catch (...) {
             reading->promise.setException(std::current_exception());
         }

@@ -315,7 +315,7 @@ void frmGrapherMain::openPage()
     const auto report = selected.size() == 1 ? gReportDefs.find(selected.constFirst()) : nullptr;
     if (!report)
         return;
-    const QString page = reportPage(*report);
+    const QString page = reportPage(report->ReportID);
     if (fileExists(page))
         openInBrowser(QLatin1String("file://") + page);
     else

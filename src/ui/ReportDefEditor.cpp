@@ -161,7 +161,7 @@ void frmReportDefEditor::load(const clsReportDef &report)
     fillCharts(report.ChartID);
     txtOutputFile->setText(report.OutputFile);
     txtOutputTemplate->setText(report.OutputTemplate);
-    const QString folder = nativePath(reportFolder(report));
+    const QString folder = nativePath(reportFolder(report.ReportID));
     txtOutputFolder->setText(folder);
     txtOutputFolder->setCursorPosition(0);
     txtOutputFolder->setToolTip(wrappingToolTip(folder));

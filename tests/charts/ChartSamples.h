@@ -12,15 +12,18 @@ inline DataSeries emptySeries(int count, int minutes = 60,
                                                                 Qt::UTC))
 {
     DataSeries series;
-    series.frequency = minutes == 1440 ? 2 : minutes == 60 ? 1 : 0;
-    series.minuteInterval = minutes;
+    std::vector<AxisBucket> places;
     for (int i = 0; i < count; ++i) {
-        SeriesBucket bucket;
-        bucket.wallStart = from.addSecs(qint64(i) * minutes * 60);
-        bucket.start = bucket.wallStart.toMSecsSinceEpoch();
-        bucket.end = bucket.start + qint64(minutes) * 60'000;
-        series.buckets.push_back(bucket);
+        const QDateTime wall = from.addSecs(qint64(i) * minutes * 60);
+        const qint64 start = wall.toMSecsSinceEpoch();
+        places.push_back({start, start + qint64(minutes) * 60'000, wall, {}, {}, {}, {}});
     }
+    series.axis = std::make_shared<const BucketAxis>(std::move(places),
+                                                     minutes == 1440 ? 2
+                                                     : minutes == 60 ? 1
+                                                                     : 0,
+                                                     minutes);
+    series.buckets.resize(series.axis->size());
     return series;
 }
 
@@ -31,7 +34,7 @@ inline DataSeries stateSeries(const Counts &counts, int minutes = 60)
     DataSeries series = emptySeries(static_cast<int>(counts.size()), minutes);
     series.scale = stateScale;
     for (qsizetype i = 0; i < counts.size(); ++i) {
-        SeriesBucket &bucket = series.buckets[static_cast<size_t>(i)];
+        BucketValue &bucket = series.buckets[static_cast<size_t>(i)];
         bucket.successes = counts[i].first;
         bucket.count = counts[i].first + counts[i].second;
     }
@@ -46,7 +49,7 @@ inline DataSeries counterSeries(const QList<double> &means, double spread = 0, i
     for (qsizetype i = 0; i < means.size(); ++i) {
         if (means[i] == noValue)
             continue;
-        SeriesBucket &bucket = series.buckets[static_cast<size_t>(i)];
+        BucketValue &bucket = series.buckets[static_cast<size_t>(i)];
         bucket.count = 4;
         bucket.mean = means[i];
         bucket.least = means[i] - spread;

@@ -20,22 +20,20 @@ double sixPixels(const QString &text)
 DataSeries localHours(const QByteArray &zone, const QDate &day, int days)
 {
     const QTimeZone rules(zone);
-    DataSeries series;
-    series.frequency = 1;
+    std::vector<AxisBucket> places;
     qint64 at = QDateTime(day, QTime(0, 0), rules).toMSecsSinceEpoch();
     const qint64 end = QDateTime(day.addDays(days), QTime(0, 0), rules).toMSecsSinceEpoch();
     constexpr qint64 quarter = 15 * 60'000;
     for (; at < end; at += quarter) {
         const QDateTime wall = QDateTime::fromMSecsSinceEpoch(at, rules);
         const QDateTime start(wall.date(), QTime(wall.time().hour(), 0), Qt::UTC);
-        if (series.buckets.empty() || series.buckets.back().wallStart != start) {
-            SeriesBucket bucket;
-            bucket.wallStart = start;
-            bucket.start = at;
-            series.buckets.push_back(bucket);
-        }
-        series.buckets.back().end = at + quarter;
+        if (places.empty() || places.back().wallStart != start)
+            places.push_back({at, at, start, {}, {}, {}, {}});
+        places.back().end = at + quarter;
     }
+    DataSeries series;
+    series.axis = std::make_shared<const BucketAxis>(std::move(places), 1, 0);
+    series.buckets.resize(series.axis->size());
     return series;
 }
 
@@ -101,7 +99,7 @@ private Q_SLOTS:
         const DataSeries series = localHours("Asia/Beirut", QDate(2024, 3, 29), 5);
         const TimeAxis axis = timeAxis(series, 1, 300, sixPixels);
         QCOMPARE(labels(axis), "Fri 29|March 2024 Sat 30 Sun 31 Mon 1|April 2024 Tue 2");
-        QCOMPARE(axis.ticks[2].x, axis.x(series.buckets[48].start));
+        QCOMPARE(axis.ticks[2].x, axis.x(series.place(48).start));
     }
 
     void valueLabels()

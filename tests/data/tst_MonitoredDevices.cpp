@@ -1,40 +1,38 @@
-#include "ListRecordset.h"
-#include "core/Error.h"
-#include "data/Connection.h"
 #include "data/MonitoredDevices.h"
-#include "data/Queries.h"
+#include "data/MonitoringDatabase.h"
 #include "support/Rows.h"
 
 namespace {
 
-using Row = std::vector<QVariant>;
+using Selection = std::vector<SelectionRow>;
 
-/// A database that answers the selection query alone.
-class ListConnection : public Connection
+/// A database that answers the question for the selection alone.
+class ListDatabase : public MonitoringDatabase
 {
 public:
-    explicit ListConnection(std::vector<Row> rows)
+    explicit ListDatabase(Selection rows)
         : m_rows(std::move(rows))
     {}
-    std::unique_ptr<Recordset> open(const QString &sql, const QStringList &) override
+    std::shared_ptr<const Inventory> inventory() override { return {}; }
+    qint64 sampleCount() override { return 0; }
+    void answer(std::span<ItemQuestion>, std::span<SummaryQuestion>) override {}
+    bool answersManyAtOnce() const override { return false; }
+    void readSelection(const std::function<void(const SelectionRow &)> &take) override
     {
-        if (sql != GetDataSelectionSQL())
-            throw Error(DatabaseError, sql);
-        return std::make_unique<ListRecordset>(
-            QStringList{"MUID", "IDent", "MachName", "MachDesc", "DataIDent", "DataName",
-                        "DataDesc", "iScale", "ScaleName", "ScaleAbbr", "MachExclude", "IsGlobal"},
-            m_rows);
+        for (const SelectionRow &row : m_rows)
+            take(row);
     }
 
 private:
-    std::vector<Row> m_rows;
+    Selection m_rows;
 };
 
-Row row(const char *muid, int ident, const char *name, int dataIdent, const char *item,
-        int scale = 21)
+SelectionRow row(const char *muid, int ident, const char *name, int dataIdent, const char *item,
+                 int scale = 21)
 {
-    return {muid, ident, name,   QString("about %1").arg(name), dataIdent, item,
-            "",   scale, "Name", scale == 2 ? "%" : " ",        0,         -1};
+    return {{ident, muid, name, QString("about %1").arg(name), false},
+            {dataIdent, ident, item, "", scale, true},
+            {scale, "Name", scale == 2 ? "%" : " "}};
 }
 
 /// "device: item ident, ..." of each device.
@@ -52,10 +50,10 @@ QStringList outline(const MonitoredDevices &devices)
     return lines;
 }
 
-MonitoredDevices read(std::vector<Row> rows)
+MonitoredDevices read(Selection rows)
 {
-    ListConnection connection(std::move(rows));
-    return readMonitoredDevices(connection);
+    ListDatabase database(std::move(rows));
+    return readMonitoredDevices(database);
 }
 
 } // namespace
@@ -67,7 +65,7 @@ class tst_MonitoredDevices : public QObject
 private Q_SLOTS:
     void outlines_data()
     {
-        const Rows<std::vector<Row>, QStringList> add("rows", "expected");
+        const Rows<Selection, QStringList> add("rows", "expected");
         add("empty", {}, {});
         add("rows in no order",
             {row("B", 2, "srv-10", 7, "Ping"), row("A", 1, "srv-9", 4, "CPU"),
@@ -92,17 +90,17 @@ private Q_SLOTS:
     }
     void outlines()
     {
-        QFETCH(std::vector<Row>, rows);
+        QFETCH(Selection, rows);
         QTEST(outline(read(std::move(rows))), "expected");
     }
 
     void columns()
     {
-        Row counter = row("{A-1}", 1, "a", 5, "CPU", 2);
-        counter[3] = "About it";
-        counter[6] = "Load";
-        counter[10] = -1; // excluded
-        counter[11] = 0;  // not global
+        SelectionRow counter = row("{A-1}", 1, "a", 5, "CPU", 2);
+        counter.device.description = "About it";
+        counter.item.description = "Load";
+        counter.device.isExcluded = true;
+        counter.item.isGlobal = false;
         const MonitoredDevices devices = read({counter, row("B", 2, "b", 6, "Ping")});
         QCOMPARE(devices.devices.size(), size_t(2));
         const MonitoredDevice &device = devices.devices.front();

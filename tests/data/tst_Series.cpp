@@ -1,7 +1,7 @@
-#include "ListRecordset.h"
 #include "core/State.h"
-#include "core/Status.h"
-#include "data/DataSeries.h"
+#include "data/Buckets.h"
+#include "data/CalculatedSummary.h"
+#include "definitions/GraphDef.h"
 #include "support/Errors.h"
 #include "support/Rows.h"
 #include "support/Zones.h"
@@ -18,37 +18,41 @@ struct Sample
 };
 using Samples = QList<Sample>;
 
-std::vector<SummaryRow> summaryOf(const Samples &samples, int frequency, int interval = 0)
+/// The series of an item from an instant to another; the axis spans all the samples, too.
+DataSeries seriesOf(const Samples &samples, int scale, int frequency, int interval,
+                    const QByteArray &start, const QByteArray &end, const QByteArray &latest)
 {
-    std::vector<std::vector<QVariant>> rows;
+    CalculatedSummary summary(
+        std::make_shared<const BucketAxis>(utc(start), utc(end), frequency, interval), utc(latest));
     for (const Sample &sample : samples)
-        rows.push_back({qint64(7), utc(sample.utcTime), sample.state, sample.value});
-    // Other spellings and another order than the names asked for.
-    ListRecordset raw({"DATAIDENT", "IDate", "istate", "IVALUE"}, std::move(rows));
-    return BuildCalculatedSummary(raw, frequency, interval);
+        summary.addSample(utc(sample.utcTime), sample.state.toLongLong(),
+                          sample.value.isNull() ? std::optional<double>()
+                                                : sample.value.toDouble());
+    if (summary.error)
+        throw *summary.error;
+    return summary.series(scale);
 }
 
-/// One line a row: key, count, states, mean, least, greatest.
-QStringList lines(const std::vector<SummaryRow> &summary)
+/// One line a bucket that holds samples: start, count, states, mean, least, greatest.
+QStringList lines(const Samples &samples, int frequency, int interval)
 {
+    if (samples.isEmpty())
+        return {};
+    const char *start = samples.first().utcTime;
+    const char *end = samples.last().utcTime;
+    const DataSeries counter = seriesOf(samples, 5, frequency, interval, start, end, end);
+    const DataSeries state = seriesOf(samples, stateScale, frequency, interval, start, end, end);
     QStringList result;
-    for (const SummaryRow &row : summary)
-        result.append(QString::asprintf("%s %lld %lld %.6f %.4f %.4f", qPrintable(row.QDate),
-                                        row.QCount, row.sumiState, row.avgiValue, row.miniValue,
-                                        row.maxiValue));
+    for (size_t i = 0; i < state.buckets.size(); ++i) {
+        const BucketValue &tests = state.buckets[i];
+        const BucketValue &values = counter.buckets[i];
+        if (!tests.isEmpty())
+            result.append(QString::asprintf(
+                "%s %lld %lld %.6f %.4f %.4f",
+                qPrintable(bucketKey(state.place(i).wallStart, frequency)), tests.count,
+                tests.successes, values.mean, values.least, values.greatest));
+    }
     return result;
-}
-
-/// The series of an item from an instant to another.
-DataSeries seriesOf(const Samples &samples, int scale, int frequency, const char *start,
-                    const char *end)
-{
-    DataSeries series;
-    series.frequency = frequency;
-    series.scale = scale;
-    if (GenerateDataSeries(summaryOf(samples, frequency), utc(start), utc(end), utc(end), series))
-        series.buckets.clear();
-    return series;
 }
 
 } // namespace
@@ -124,7 +128,7 @@ private Q_SLOTS:
         QFETCH(int, interval);
         QFETCH(Samples, samples);
         setZone(zone);
-        QTEST(lines(summaryOf(samples, frequency, interval)), "rows");
+        QTEST(lines(samples, frequency, interval), "rows");
     }
 
     void summaryRefusesHugeValues()
@@ -132,7 +136,7 @@ private Q_SLOTS:
         setZone("UTC");
         for (const double value : {1e15, -1e15, qInf(), qQNaN()}) {
             const Samples samples{{"2024-03-01T10:00:00", 1, value}};
-            QCOMPARE(errorOf([&] { summaryOf(samples, 1); }).number, int(Overflow));
+            QCOMPARE(errorOf([&] { lines(samples, 1, 0); }).number, int(Overflow));
         }
     }
 
@@ -147,10 +151,9 @@ private Q_SLOTS:
             "2024-03-01T12:10:00", {}, "10:00,11:00,12:00");
         row("a period to come has no axis", "UTC", 1, 0, "2024-03-01T10:00:00",
             "2024-03-01T12:00:00", "2024-02-01T00:00:00", {}, "");
-        row("a sample after now and one before the start are shown", "UTC", 1, 0,
-            "2024-03-01T10:00:00", "2024-03-01T12:00:00", "2024-03-01T11:00:00",
-            {{"2024-03-01T08:20:00", 1, 1}, {"2024-03-01T13:00:00", 1, 1}},
-            "08:00,09:00,10:00,11:00,12:00,13:00");
+        row("a sample after now is shown", "UTC", 1, 0, "2024-03-01T10:00:00",
+            "2024-03-01T13:00:00", "2024-03-01T11:00:00", {{"2024-03-01T12:00:00", 1, 1}},
+            "10:00,11:00,12:00");
         row("from December to January", "Europe/Berlin", 3, 0, "2024-10-31T23:00:00",
             "2025-01-31T22:59:59", never, {}, "Nov '24,Dec '24,Jan '25");
         row("hours around the skipped one", "Europe/Berlin", 1, 0, "2024-03-31T00:00:00",
@@ -168,22 +171,17 @@ private Q_SLOTS:
         QFETCH(QByteArray, latest);
         QFETCH(Samples, samples);
         setZone(zone);
-        DataSeries series;
-        series.frequency = frequency;
-        series.minuteInterval = interval;
-
-        const auto rows = summaryOf(samples, frequency, interval);
-        QVERIFY(!GenerateDataSeries(rows, utc(start), utc(end), utc(latest), series));
+        const DataSeries series =
+            seriesOf(samples, stateScale, frequency, interval, start, end, latest);
         QStringList labels;
-        size_t filled = 0;
-        for (const SeriesBucket &bucket : series.buckets) {
-            labels.append(bucket.label);
-            filled += bucket.isEmpty() ? 0 : 1;
+        qint64 count = 0;
+        for (size_t i = 0; i < series.buckets.size(); ++i) {
+            labels.append(series.place(i).label);
+            count += series.buckets[i].count;
+            QVERIFY(i == 0 || series.place(i).start == series.place(i - 1).end);
         }
         QTEST(labels.join(u','), "expected");
-        QCOMPARE(filled, rows.size());
-        for (size_t i = 1; i < series.buckets.size(); ++i)
-            QCOMPARE(series.buckets[i].start, series.buckets[i - 1].end);
+        QCOMPARE(count, samples.size());
     }
 
     void labels_data()
@@ -205,10 +203,10 @@ private Q_SLOTS:
         setZone("UTC");
         QLocale::setDefault(locale);
         const char *time = "2024-03-01T07:05:09";
-        const DataSeries series = seriesOf({}, 0, frequency, time, time);
+        const DataSeries series = seriesOf({}, 0, frequency, 0, time, time, time);
         QCOMPARE(series.buckets.size(), size_t(1));
-        QTEST(series.buckets[0].label, "shortForm");
-        QTEST(series.buckets[0].longLabel, "longForm");
+        QTEST(series.place(0).label, "shortForm");
+        QTEST(series.place(0).longLabel, "longForm");
     }
 
     void stateItem()
@@ -217,8 +215,8 @@ private Q_SLOTS:
         const Sample success{"2024-03-01T10:00:00", 1, {}};
         const Sample failure{"2024-03-01T10:01:00", 0, {}};
         const DataSeries series =
-            seriesOf({success, success, success, failure, failure}, stateScale, 1,
-                     "2024-03-01T09:00:00", "2024-03-01T10:59:59");
+            seriesOf({success, success, success, failure, failure}, stateScale, 1, 0,
+                     "2024-03-01T09:00:00", "2024-03-01T10:59:59", "2024-03-01T10:59:59");
         QCOMPARE(series.buckets.size(), size_t(2));
         QVERIFY(series.buckets[0].isEmpty());
         QVERIFY(!series.buckets[1].isEmpty());
@@ -232,38 +230,27 @@ private Q_SLOTS:
         const Samples samples{{"2024-03-01T09:00:00", 1, QVariant()},
                               {"2024-03-01T10:00:00", 1, 2},
                               {"2024-03-01T10:30:00", 1, 5}};
-        const DataSeries series =
-            seriesOf(samples, 3, 1, "2024-03-01T09:00:00", "2024-03-01T10:59:59");
+        const DataSeries series = seriesOf(samples, 3, 1, 0, "2024-03-01T09:00:00",
+                                           "2024-03-01T10:59:59", "2024-03-01T10:59:59");
         QCOMPARE(series.buckets.size(), size_t(2));
         QVERIFY2(series.buckets[0].isEmpty(), "samples without a value are no zero");
         QCOMPARE(series.buckets[1].mean, 3.5);
         QCOMPARE(series.buckets[1].least, 2.0);
         QCOMPARE(series.buckets[1].greatest, 5.0);
-        QCOMPARE(series.buckets[1].wallStart, at("2024-03-01T10:00:00"));
+        QCOMPARE(series.place(1).wallStart, at("2024-03-01T10:00:00"));
     }
 
-    void failureIsShown()
+    void tooManyIntervals()
     {
         setZone("UTC");
-        QStringList shown;
-        gStartupDone = true;
-        setStatusSink([&shown](const QString &line) { shown.append(line); });
-        DataSeries series;
-        series.frequency = 1;
         const qint64 start = utc("2024-03-01T09:00:00");
-        auto rows = summaryOf({{"2024-03-01T10:00:00", 1, 1}}, 1);
-        rows[0].start += 60'000; // no hour begins there
-        QVERIFY(GenerateDataSeries(rows, start, start, start, series));
-        QCOMPARE(shown.size(), 1);
-        QVERIFY2(shown[0].startsWith("Error while generating data series [13] "),
-                 qPrintable(shown[0]));
-        QCOMPARE(series.buckets.at(0).label, "09:00");
-
-        const auto tooMany = GenerateDataSeries({}, start, start + 110'000 * qint64(3'600'000),
-                                                std::numeric_limits<qint64>::max(), series);
-        QVERIFY(tooMany && tooMany->description.contains(" more than the 110,000 intervals"));
-        QVERIFY(!GenerateDataSeries({}, start, start + 109'999 * qint64(3'600'000),
-                                    std::numeric_limits<qint64>::max(), series));
+        const auto hours = [&](qint64 count) {
+            return BucketAxis(start, start + (count - 1) * 3'600'000, ByHour, 0).size();
+        };
+        QCOMPARE(hours(maxChartIntervals), size_t(maxChartIntervals));
+        const Error error = errorOf([&] { hours(maxChartIntervals + 1); });
+        QCOMPARE(error.number, int(Overflow));
+        QVERIFY(error.description.contains(" more than the 110,000 intervals"));
     }
 };
 

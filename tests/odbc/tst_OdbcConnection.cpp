@@ -208,7 +208,7 @@ private Q_SLOTS:
     }
 
 private:
-    std::unique_ptr<Connection> connect(bool fetchesWhole = false)
+    std::unique_ptr<OdbcConnection> connect(bool fetchesWhole = false)
     {
         return std::make_unique<OdbcConnection>(m_server->connectionText(), 10, 10, fetchesWhole);
     }

@@ -4,10 +4,11 @@
 #include "core/platform/EventLog.h"
 #include "data/Connection.h"
 #include "data/odbc/DriverThread.h"
+#include "definitions/GraphDef.h"
 #include "support/Errors.h"
-#include "support/Lines.h"
 #include "support/Rows.h"
 #include "support/Sandbox.h"
+#include "support/Zones.h"
 
 #include <QElapsedTimer>
 
@@ -23,13 +24,19 @@ QStringList events;
 QString readSamples()
 {
     try {
-        const auto rows = gConnection->open("SELECT n, v FROM samples ORDER BY n");
-        qint64 n = 0;
-        while (rows->next()) {
-            ++n;
-            if (rows->integer(0) != n || rows->number(1) != double(n) * 0.5)
-                return QString("row %1 is wrong").arg(n);
+        const qint64 start = utc("2024-01-01T00:00:00");
+        CalculatedSummary seconds(std::make_shared<const BucketAxis>(
+                                      start, start + sampleCount * qint64(1000), ByMinute, 1),
+                                  start);
+        std::array<ItemQuestion, 1> questions{ItemQuestion{
+            1, wallTime(start), wallTime(start + sampleCount * qint64(1000)), &seconds}};
+        gConnection->answer(questions, {});
+        const DataSeries minutes = seconds.series(5);
+        for (size_t i = 1; i + 1 < minutes.buckets.size(); ++i) { // values rise by a half a second
+            if (minutes.buckets[i].mean != double(i) * 30 + 14.75)
+                return QString("minute %1 is wrong").arg(i);
         }
+        const qint64 n = seconds.sampleCount();
         return n == sampleCount ? QString() : QString("only %1 rows").arg(n);
     } catch (const Error &error) {
         return "Error " + errorTail(error);
@@ -54,9 +61,14 @@ private Q_SLOTS:
     void initTestCase()
     {
         const QString table =
-            "CREATE TABLE samples SELECT seq AS n, CAST(seq * 0.5 AS DOUBLE) AS v "
-            "FROM seq_1_to_%1;";
-        m_server = std::make_unique<MariaDb>(QStringList{table.arg(sampleCount)});
+            "CREATE TABLE DataValues SELECT 1 AS DataIDent, TIMESTAMPADD(SECOND, seq, "
+            "'2024-01-01') "
+            "AS iDate, 1 AS iState, CAST(seq * 0.5 AS DOUBLE) AS iValue FROM seq_1_to_%1;";
+        m_server = std::make_unique<MariaDb>(QStringList{
+            table.arg(sampleCount), "CREATE TABLE sysindexes (id INT, name TEXT, rowcnt BIGINT);",
+            "INSERT INTO sysindexes VALUES (1, 'DataValues_PK', 1);",
+            "CREATE DEFINER='root'@'localhost' FUNCTION object_name(id INT) RETURNS VARCHAR(100) "
+            "RETURN SLEEP(60);"});
     }
     void cleanupTestCase() { m_server.reset(); }
     void init()
@@ -88,7 +100,7 @@ private Q_SLOTS:
     void serverStopsWhileIdle()
     {
         QCOMPARE(openAndRead(), "");
-        const Connection *opened = gConnection.get();
+        const MonitoringDatabase *opened = gConnection.get();
         QCOMPARE(openAndRead(), "");
         QCOMPARE(gConnection.get(), opened);
         m_proxy = std::make_unique<FaultyProxy>(m_server->port()); // the old one's connections end
@@ -101,8 +113,7 @@ private Q_SLOTS:
         QCOMPARE(openAndRead(), "");
         QElapsedTimer timer;
         timer.start();
-        const Error error =
-            errorOf([] { lines(*gConnection->open("SELECT n, SLEEP(60) AS s FROM samples")); });
+        const Error error = errorOf([] { gConnection->sampleCount(); });
         QVERIFY(error.number != 0);
         QVERIFY2(timer.elapsed() < 15'000, error.what());
         QCOMPARE(openAndRead(), "");

@@ -87,13 +87,13 @@ private Q_SLOTS:
     }
 
 private:
-    static std::unique_ptr<Connection> connect(const QString &habit)
+    static std::unique_ptr<OdbcConnection> connect(const QString &habit)
     {
         return std::make_unique<OdbcConnection>(
             QString("DRIVER=" AWKWARD_DRIVER ";HABIT=%1;").arg(habit), 10, 1, false);
     }
     /// A recordset read up to the end of its first block.
-    static std::unique_ptr<Recordset> firstBlock(Connection &connection)
+    static std::unique_ptr<Recordset> firstBlock(OdbcConnection &connection)
     {
         auto rows = connection.open("x", {"id"});
         for (int id = 1; id <= 4096; ++id) {

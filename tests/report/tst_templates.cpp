@@ -10,17 +10,13 @@
 
 namespace {
 
-SeriesBucket bucketOf(const QString &label, qint64 count, qint64 successes, double mean = 0,
-                      double least = 0, double greatest = 0)
+/// A series of days named "a", "b", "c".
+DataSeries seriesOf(int scale, std::vector<BucketValue> buckets)
 {
-    SeriesBucket bucket;
-    bucket.longLabel = label;
-    bucket.count = count;
-    bucket.successes = successes;
-    bucket.mean = mean;
-    bucket.least = least;
-    bucket.greatest = greatest;
-    return bucket;
+    std::vector<AxisBucket> places(buckets.size());
+    for (size_t i = 0; i < places.size(); ++i)
+        places[i].longLabel = QChar(u'a' + static_cast<char16_t>(i));
+    return {scale, std::make_shared<const BucketAxis>(std::move(places), 2, 0), std::move(buckets)};
 }
 
 } // namespace
@@ -118,12 +114,8 @@ private Q_SLOTS:
 
     void joinsSeriesOfAState()
     {
-        DataSeries series;
-        series.scale = stateScale;
-        series.frequency = 2;
-        series.buckets = {bucketOf("a", 4, 3), bucketOf("b", 0, 0), bucketOf("c", 2, 2)};
         clsGraphEntry entry;
-        entry.setSeries(series);
+        entry.setSeries(seriesOf(stateScale, {{4, 3}, {0, 0}, {2, 2}}));
         entry.startTime = QDateTime({2024, 3, 1}, {4, 5, 6}, Qt::UTC);
         QCOMPARE(entry.FillChartTemplate(
                      "%%chart.series1%%|%%chart.series2%%|%%chart.series3%%|%%chart.labels%%|"
@@ -134,12 +126,8 @@ private Q_SLOTS:
 
     void joinsSeriesOfACounter()
     {
-        DataSeries series;
-        series.scale = 3;
-        series.buckets = {bucketOf("a", 2, 0, 1.5, -1, 4), bucketOf("b", 0, 0),
-                          bucketOf("c", 1, 0, 1234567.25, 0, 9)};
         clsGraphEntry entry;
-        entry.setSeries(series);
+        entry.setSeries(seriesOf(3, {{2, 0, 1.5, -1, 4}, {0, 0}, {1, 0, 1234567.25, 0, 9}}));
         QCOMPARE(entry.series1, "1.5, ,1234567.25");
         QCOMPARE(entry.lowRange, "-1");
         QCOMPARE(entry.upperRange, "9");

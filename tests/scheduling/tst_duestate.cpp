@@ -73,8 +73,8 @@ private Q_SLOTS:
         QVERIFY(!latestRun(report, {}).time.isValid()); // chosen, but never run
         gConfig->storedOutput = "%%app.path%%/Reports";
         gConfig->TOU_REPORT = "Report.htm";
-        QDir().mkpath(reportFolder(report));
-        saveFile(reportPage(report), "page");
+        QDir().mkpath(reportFolder(report.ReportID));
+        saveFile(reportPage(report.ReportID), "page");
         QCOMPARE(latestRun(report, {}).time.isValid(), !lastRun.isEmpty());
         resetDefinitions();
     }

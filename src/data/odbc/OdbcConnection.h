@@ -1,8 +1,10 @@
 #pragma once
 
-#include "data/Connection.h"
+#include "data/Recordset.h"
 
 #include <QString>
+
+#include <memory>
 
 class OdbcLink;
 
@@ -15,19 +17,19 @@ class OdbcLink;
 ///
 /// A query that is opened while another one's rows are still to come fetches those first: not every
 /// server runs two at a time.
-class OdbcConnection : public Connection
+class OdbcConnection
 {
 public:
     /// Connects by a text in one of the forms of data/odbc/ConnectionText.h. Time-outs in seconds,
     /// 0: none. `fetchesWhole`: recordsets are fetched whole before use. Throws Error.
     OdbcConnection(const QString &connectionText, int connectionTimeout, int commandTimeout,
                    bool fetchesWhole);
-    ~OdbcConnection() override;
+    ~OdbcConnection();
 
-    std::unique_ptr<Recordset> open(const QString &sql, const QStringList &wanted = {}) override;
+    std::unique_ptr<Recordset> open(const QString &sql, const QStringList &wanted = {});
 
     /// False after a failure that ended the connection, and when the driver knows it to be dead.
-    bool isOpen() override;
+    bool isOpen();
 
 private:
     std::shared_ptr<OdbcLink> m_link;

@@ -1,8 +1,8 @@
 #include "ChartSamples.h"
 #include "charts/ChartPainter.h"
-#include "charts/ChartPool.h"
 #include "charts/ChartStyle.h"
 #include "charts/ImageFile.h"
+#include "charts/WorkerPool.h"
 #include "core/Files.h"
 
 #include <QTemporaryDir>
@@ -58,7 +58,7 @@ std::vector<Chart> someCharts()
 
 } // namespace
 
-class ChartPoolTest : public QObject
+class WorkerPoolTest : public QObject
 {
     Q_OBJECT
 
@@ -77,7 +77,7 @@ private Q_SLOTS:
             const std::optional<NoThreads> none =
                 threads == 0 ? std::optional<NoThreads>(std::in_place) : std::nullopt;
             const QTemporaryDir folder;
-            ChartPool pool(threads);
+            WorkerPool pool(threads);
             std::vector<PendingOutcome> outcomes;
             for (size_t i = 0; i < charts.size(); ++i)
                 outcomes.push_back(
@@ -96,7 +96,7 @@ private Q_SLOTS:
     {
         const QTemporaryDir folder;
         const QByteArray bytes(100'000, 'x');
-        ChartPool pool(2);
+        WorkerPool pool(2);
         QVERIFY(!pool.submitFile(folder.filePath("a.htm"), bytes).get());
         QCOMPARE(readFile(folder.filePath("a.htm")), bytes);
     }
@@ -107,7 +107,7 @@ private Q_SLOTS:
         const QString missing = folder.filePath("no such folder/a.png");
         const QString fine = folder.filePath("fine.png");
         const StateChart chart{sampleFrame(), {}};
-        ChartPool pool(1);
+        WorkerPool pool(1);
         const PendingOutcome bad = pool.submit(chart, missing, "PNG");
         const PendingOutcome good = pool.submit(chart, fine, "PNG");
         QVERIFY(!good.get());
@@ -123,7 +123,7 @@ private Q_SLOTS:
         const CounterChart large{sampleFrame({3840, 2160}, 3), "", "",
                                  counterSeries(QList<double>(500, 3.0), 1)};
         std::vector<PendingOutcome> outcomes;
-        ChartPool pool(1);
+        WorkerPool pool(1);
         for (int i = 0; i < 6; ++i)
             outcomes.push_back(pool.submit(large, folder.filePath(QString::number(i)), "PNG"));
         pool.cancel();
@@ -132,7 +132,7 @@ private Q_SLOTS:
         for (size_t i = 0; i < outcomes.size(); ++i) {
             const Outcome outcome = outcomes[i].get();
             QCOMPARE(fileExists(folder.filePath(QString::number(i))), !outcome.has_value());
-            dropped += outcome && outcome->number == ChartPool::JobCancelled ? 1 : 0;
+            dropped += outcome && outcome->number == WorkerPool::JobCancelled ? 1 : 0;
         }
         QVERIFY(dropped >= 4);
         QCOMPARE(QDir(folder.path()).entryList(QDir::Files).size(), 6 - dropped);
@@ -145,7 +145,7 @@ private Q_SLOTS:
         const int threads = QThreadPool::globalInstance()->maxThreadCount();
         std::vector<PendingOutcome> outcomes;
         {
-            ChartPool pool(2);
+            WorkerPool pool(2);
             for (int i = 0; i < 10; ++i)
                 outcomes.push_back(pool.submitFile(folder.filePath(QString::number(i)), "abc"));
         }
@@ -155,5 +155,5 @@ private Q_SLOTS:
     }
 };
 
-QTEST_MAIN(ChartPoolTest)
-#include "tst_chart_pool.moc"
+QTEST_MAIN(WorkerPoolTest)
+#include "tst_worker_pool.moc"

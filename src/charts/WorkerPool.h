@@ -19,38 +19,44 @@
 using Outcome = std::optional<Error>;
 using PendingOutcome = std::shared_future<Outcome>;
 
-/// Waits for a job's end; the user's events are looked after meanwhile. Main thread only.
-Outcome awaited(const PendingOutcome &outcome);
 /// Waits for all of them. Throws the first error.
 void awaitAll(const std::vector<PendingOutcome> &outcomes);
 
-/// Draws, compresses and saves charts, and saves other files, on worker threads. Used from one
-/// thread; jobs run in the order of their submission, several at a time.
+/// Worker threads for the jobs of a run: devices, charts and files. Jobs run in the order of their
+/// submission, several at a time. Submitted by one thread, but for parts of a job.
 ///
 /// The workers are threads of QThreadPool::globalInstance(), taken in addition to those that it has
 /// for others: from any other thread Qt hands parts of larger fills to that pool and waits for
 /// them, which takes longer than the fills themselves.
 ///
 /// The queue is bounded: submitting waits while it is full, never longer than a running job takes,
-/// so that memory does not grow with the number of charts. It yields to the user meanwhile.
+/// so that memory does not grow with the number of jobs.
 ///
 /// Where the system gives fewer threads than wanted, which a status line tells, those do the work;
 /// where it gives none, each job is done before its submission returns.
-class ChartPool
+class WorkerPool
 {
 public:
     /// `threads` 0: one for each core, and one more that keeps the cores busy while files are
     /// synced to the disk.
-    explicit ChartPool(int threads = 0);
+    explicit WorkerPool(int threads = 0);
     /// Drops what has not started and waits for what runs.
-    ~ChartPool();
-    ChartPool(const ChartPool &) = delete;
-    ChartPool &operator=(const ChartPool &) = delete;
+    ~WorkerPool();
+    WorkerPool(const WorkerPool &) = delete;
+    WorkerPool &operator=(const WorkerPool &) = delete;
 
     /// Draws a chart into an image file of the given format (see charts/ImageFile.h).
     PendingOutcome submit(Chart chart, const QString &path, QString format);
     /// Saves bytes as they are.
     PendingOutcome submitFile(const QString &path, QByteArray bytes);
+    /// Runs some work, which throws what goes wrong. `name` tells what it is for in errors.
+    PendingOutcome submitWork(const QString &name, std::function<void()> work);
+    /// The same for a part of the job that is running on the calling worker: it comes before all
+    /// that waits, and is never waited for in here. Once all parts are submitted the job may end.
+    PendingOutcome submitPart(const QString &name, std::function<void()> work);
+
+    /// Threads that work.
+    size_t size() const { return static_cast<size_t>(m_workers); }
 
     /// Waits until every job is done.
     void waitForDone();
@@ -64,10 +70,11 @@ private:
     struct Job
     {
         std::function<void()> work; ///< throws what goes wrong
-        QString path;
+        QString name;
         std::promise<Outcome> outcome;
     };
-    PendingOutcome enqueue(QString path, std::function<void()> work);
+    enum class Place { Back, Front };
+    PendingOutcome enqueue(const QString &name, std::function<void()> work, Place place);
     void work(); ///< a worker's whole life
 
     std::mutex m_mutex;

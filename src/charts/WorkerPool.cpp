@@ -1,7 +1,6 @@
-#include "charts/ChartPool.h"
+#include "charts/WorkerPool.h"
 
 #include "charts/ChartPainter.h"
-#include "charts/ImageFile.h"
 #include "charts/TextCache.h"
 #include "core/Files.h"
 #include "core/Status.h"
@@ -10,22 +9,13 @@
 #include <QThreadPool>
 
 #include <algorithm>
-#include <chrono>
 #include <system_error>
 #include <thread>
 
 namespace {
 
-/// Enough waiting jobs for each worker that it never runs dry while the main thread reads data.
-constexpr int waitingPerThread = 8;
-/// Between two looks at the user's events.
-constexpr std::chrono::milliseconds patience(10);
-
-Compression compressionOf(const Chart &chart)
-{
-    const int quality = std::visit([](const auto &kind) { return kind.frame.quality; }, chart);
-    return quality <= 0 ? Compression::Small : Compression::Fast;
-}
+/// Enough waiting jobs for each worker that it never runs dry while data is read.
+constexpr int waitingPerThread = 4;
 
 Outcome outcomeOf(const std::function<void()> &work)
 {
@@ -61,22 +51,15 @@ int threadsToBeHad(int wanted)
 
 } // namespace
 
-Outcome awaited(const PendingOutcome &outcome)
-{
-    while (outcome.wait_for(patience) != std::future_status::ready)
-        yieldToUser();
-    return outcome.get();
-}
-
 void awaitAll(const std::vector<PendingOutcome> &outcomes)
 {
     for (const PendingOutcome &outcome : outcomes) {
-        if (const Outcome error = awaited(outcome))
+        if (const Outcome error = outcome.get())
             throw Error(*error);
     }
 }
 
-ChartPool::ChartPool(int threads)
+WorkerPool::WorkerPool(int threads)
     : m_workers(threadsToBeHad(threads > 0 ? threads : QThread::idealThreadCount() + 1))
 {
     QThreadPool &pool = *QThreadPool::globalInstance();
@@ -88,7 +71,7 @@ ChartPool::ChartPool(int threads)
         });
 }
 
-ChartPool::~ChartPool()
+WorkerPool::~WorkerPool()
 {
     cancel();
     {
@@ -101,21 +84,35 @@ ChartPool::~ChartPool()
     pool.setMaxThreadCount(pool.maxThreadCount() - m_workers);
 }
 
-PendingOutcome ChartPool::submit(Chart chart, const QString &path, QString format)
+PendingOutcome WorkerPool::submit(Chart chart, const QString &path, QString format)
 {
-    return enqueue(path, [chart = std::move(chart), path, format = std::move(format)] {
-        saveExactFile(path, encodeImage(drawChart(chart), format, compressionOf(chart)));
-    });
+    return enqueue(
+        path,
+        [chart = std::move(chart), path, format = std::move(format)] {
+            saveChart(chart, path, format);
+        },
+        Place::Back);
 }
 
-PendingOutcome ChartPool::submitFile(const QString &path, QByteArray bytes)
+PendingOutcome WorkerPool::submitFile(const QString &path, QByteArray bytes)
 {
-    return enqueue(path, [path, bytes = std::move(bytes)] { saveExactFile(path, bytes); });
+    return enqueue(
+        path, [path, bytes = std::move(bytes)] { saveExactFile(path, bytes); }, Place::Back);
 }
 
-PendingOutcome ChartPool::enqueue(QString path, std::function<void()> work)
+PendingOutcome WorkerPool::submitWork(const QString &name, std::function<void()> work)
 {
-    Job job{std::move(work), std::move(path), {}};
+    return enqueue(name, std::move(work), Place::Back);
+}
+
+PendingOutcome WorkerPool::submitPart(const QString &name, std::function<void()> work)
+{
+    return enqueue(name, std::move(work), Place::Front);
+}
+
+PendingOutcome WorkerPool::enqueue(const QString &name, std::function<void()> work, Place place)
+{
+    Job job{std::move(work), name, {}};
     PendingOutcome outcome = job.outcome.get_future().share();
     if (m_workers == 0) {
         job.outcome.set_value(outcomeOf(job.work));
@@ -123,21 +120,20 @@ PendingOutcome ChartPool::enqueue(QString path, std::function<void()> work)
     }
     {
         std::unique_lock lock(m_mutex);
-        const auto hasRoom = [this] {
-            return m_queue.size() < static_cast<size_t>(m_workers * waitingPerThread);
-        };
-        while (!m_eased.wait_for(lock, patience, hasRoom)) {
-            lock.unlock();
-            yieldToUser();
-            lock.lock();
+        if (place == Place::Front) {
+            m_queue.push_front(std::move(job));
+        } else {
+            m_eased.wait(lock, [this] {
+                return m_queue.size() < static_cast<size_t>(m_workers * waitingPerThread);
+            });
+            m_queue.push_back(std::move(job));
         }
-        m_queue.push_back(std::move(job));
     }
     m_added.notify_one();
     return outcome;
 }
 
-void ChartPool::work()
+void WorkerPool::work()
 {
     TextCache texts;
     std::unique_lock lock(m_mutex);
@@ -149,7 +145,7 @@ void ChartPool::work()
         m_queue.pop_front();
         ++m_running;
         lock.unlock();
-        m_eased.notify_one();
+        m_eased.notify_all();
 
         Outcome outcome = outcomeOf(job.work);
         job.work = nullptr; // frees the chart before anyone hears that it is done
@@ -157,17 +153,17 @@ void ChartPool::work()
         lock.lock();
         --m_running;
         job.outcome.set_value(std::move(outcome));
-        m_eased.notify_one();
+        m_eased.notify_all();
     }
 }
 
-void ChartPool::waitForDone()
+void WorkerPool::waitForDone()
 {
     std::unique_lock lock(m_mutex);
     m_eased.wait(lock, [this] { return m_queue.empty() && m_running == 0; });
 }
 
-void ChartPool::cancel()
+void WorkerPool::cancel()
 {
     std::deque<Job> dropped;
     {
@@ -176,5 +172,5 @@ void ChartPool::cancel()
     }
     for (Job &job : dropped)
         job.outcome.set_value(
-            Error(JobCancelled, QStringLiteral("'%1' was cancelled").arg(job.path)));
+            Error(JobCancelled, QStringLiteral("'%1' was cancelled").arg(job.name)));
 }

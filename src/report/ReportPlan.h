@@ -1,0 +1,48 @@
+#pragma once
+
+#include "core/Error.h"
+#include "data/BucketAxis.h"
+#include "data/Inventory.h"
+#include "definitions/GraphDef.h"
+#include "definitions/ReportDef.h"
+
+#include <optional>
+#include <vector>
+
+/// Everything that one report of a run needs of the user's definitions, taken before the run
+/// begins; nothing reads a definition file after that. Does not change during the run; read on any
+/// thread.
+struct PlannedReport
+{
+    struct Device
+    {
+        QString muid;
+        std::vector<qint64> dataIdents; ///< of the items to chart, in the report's order
+    };
+
+    QString id;
+    QString title;
+    std::optional<Error> error; ///< why it cannot be produced; what follows is not set then
+    clsGraphDef chart;          ///< with the period of this run
+    QDateTime runDate;          ///< wall time of the run, which all its pages show
+    qint64 latest = 0;          ///< the same as an instant: charts reach no further
+    qint64 start = 0;           ///< the period as instants, both inclusive
+    qint64 end = 0;
+    SharedAxis axis;                ///< of all its charts
+    std::optional<Error> axisError; ///< why nothing can be charted; the axis is empty then
+    std::vector<Device> devices;    ///< in the report's order
+
+    int itemCount() const;
+
+    /// Orders the devices by their names, ascending and without regard to case; equal ones keep
+    /// their order, those that the database does not know come first.
+    void sortDevices(const Inventory &inventory);
+};
+
+/// The same, told by a status line.
+void SortDeviceSelection(PlannedReport &plan, const Inventory &inventory);
+
+/// The plan of a report that runs at an instant. `chart`: its chart definition as it stands, null
+/// when there is none.
+PlannedReport plannedReport(const clsReportDef &report, const clsGraphDef *chart,
+                            qint64 runInstant);
