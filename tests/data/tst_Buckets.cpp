@@ -5,7 +5,6 @@
 #include <QTimeZone>
 
 namespace {
-
 constexpr qint64 minute = 60'000;
 
 /// The key of an instant by the rule in words: the wall time written in the form of the frequency,
@@ -84,61 +83,24 @@ private Q_SLOTS:
             }
         }
     }
-
-    void lengths_data()
-    {
-        const Rows<QByteArray, int, QByteArray, QByteArray, int, QString> row(
-            "zone", "frequency", "instant", "start", "minutes", "key");
-        const char *berlin = "Europe/Berlin";
-        row("day of 23 hours", berlin, 2, "2024-03-31T12:00:00", "2024-03-30T23:00:00", 23 * 60,
-            "20240331");
-        row("hour shown twice", berlin, 1, "2024-10-27T01:10:00", "2024-10-27T00:00:00", 120,
-            "2024102702");
-        row("month with a change", berlin, 3, "2024-03-05T00:00:00", "2024-02-29T23:00:00",
-            31 * 1440 - 60, "202403");
-        row("leap year", berlin, 4, "2024-07-01T00:00:00", "2023-12-31T23:00:00", 366 * 1440,
-            "2024");
-        const char *howe = "Australia/Lord_Howe";
-        row("day of 24.5 hours", howe, 2, "2024-04-07T00:00:00", "2024-04-06T13:00:00",
-            24 * 60 + 30, "20240407");
-    }
-    void lengths()
-    {
-        QFETCH(QByteArray, zone);
-        QFETCH(int, frequency);
-        QFETCH(QByteArray, instant);
-        QFETCH(QByteArray, start);
-        QFETCH(int, minutes);
-        setZone(zone);
-        const Bucket bucket = bucketAt(utc(instant), frequency, 0);
-        QCOMPARE(bucket.start, utc(start));
-        QCOMPARE(bucket.end - bucket.start, minutes * minute);
-        QTEST(bucketKey(bucket.wallStart, frequency), "key");
-    }
-
-    void keys_data()
-    {
-        const Rows<int, QString, QDateTime> row("frequency", "key", "wall");
-        row("minute", 0, "202403010705", at("2024-03-01T07:05:00"));
-        row("hour", 1, "2024123123", at("2024-12-31T23:00:00"));
-        row("day", 2, "20240229", at("2024-02-29T00:00:00"));
-        row("month", 3, "202412", at("2024-12-01T00:00:00"));
-        row("year", 4, "0987", at("0987-01-01T00:00:00"));
-        row("empty", 4, "", {});
-        row("too short", 0, "20240301070", {});
-        row("no digits", 2, "2024O301", {});
-        row("month 13", 3, "202413", {});
-        row("30 February", 2, "20240230", {});
-        row("hour 24", 1, "2024030124", {});
-    }
     void keys()
     {
-        QFETCH(int, frequency);
-        QFETCH(QString, key);
-        QFETCH(QDateTime, wall);
-        QCOMPARE(BucketStartDate(key, frequency), wall);
-        if (wall.isValid())
-            QCOMPARE(bucketKey(wall, frequency), key);
+        for (const auto &[frequency, key, wall] :
+             {std::tuple(0, "202403010705", "2024-03-01T07:05:00"),
+              {1, "2024123123", "2024-12-31T23:00:00"},
+              {2, "20240229", "2024-02-29T00:00:00"},
+              {3, "202412", "2024-12-01T00:00:00"},
+              {4, "0987", "0987-01-01T00:00:00"}}) {
+            QCOMPARE(BucketStartDate(key, frequency), at(wall));
+            QCOMPARE(bucketKey(at(wall), frequency), key);
+        }
+        for (const auto &[frequency, key] : {std::pair(4, ""),
+                                             {0, "20240301070"},
+                                             {2, "2024O301"},
+                                             {3, "202413"},
+                                             {2, "20240230"},
+                                             {1, "2024030124"}})
+            QVERIFY2(!BucketStartDate(key, frequency).isValid(), key);
     }
 };
 

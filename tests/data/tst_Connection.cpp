@@ -1,23 +1,10 @@
-#include "core/State.h"
-#include "core/Status.h"
 #include "core/platform/EventLog.h"
 #include "data/Connection.h"
 #include "support/AccessTables.h"
 #include "support/Errors.h"
+#include "support/Sandbox.h"
 
-#include <QTemporaryDir>
 #include <QTest>
-
-namespace {
-
-QStringList events;
-
-void takeEvent(int number, EventType type, const QString &message)
-{
-    events.append(QString("%1 %2 %3").arg(number).arg(type).arg(message));
-}
-
-} // namespace
 
 class tst_Connection : public QObject
 {
@@ -26,21 +13,20 @@ class tst_Connection : public QObject
 private Q_SLOTS:
     void init()
     {
-        m_folder = std::make_unique<QTemporaryDir>();
-        gDataPath = m_folder->path() + u'/';
-        gStartupDone = true;
-        m_shown.clear();
+        m_box = std::make_unique<Sandbox>();
+        gDataPath = m_box->path() + u'/';
         m_message.clear();
         events.clear();
-        setStatusSink([this](const QString &line) { m_shown.append(line); });
-        setEventObserver(takeEvent);
+        setEventObserver([](int number, EventType type, const QString &message) {
+            events.append(QString("%1 %2 %3").arg(number).arg(type).arg(message));
+        });
     }
 
     void cleanup()
     {
         CloseDatabase();
         setEventObserver(nullptr);
-        resetState();
+        m_box.reset();
     }
 
     void opensOnce()
@@ -51,7 +37,7 @@ private Q_SLOTS:
         QVERIFY(OpenDatabase(m_message));
         QCOMPARE(gConnection.get(), first);
         const QStringList lines{"Opening database connection.", "Database Opened."};
-        QCOMPARE(m_shown, lines + lines);
+        QCOMPARE(m_box->status, lines + lines);
         QCOMPARE(m_message, "");
         const Error error = errorOf([] { gConnection->sampleCount(); });
         QVERIFY2(error.description.contains("DataValues"), qPrintable(error.description));
@@ -69,8 +55,7 @@ private Q_SLOTS:
                     "VTRGData.MDB'' [53] ")
                 .arg(gDataPath);
         QVERIFY2(m_message.startsWith(start), qPrintable(m_message));
-        QVERIFY(m_message.size() > start.size());
-        QCOMPARE(m_shown, QStringList({"Opening database connection.", m_message}));
+        QCOMPARE(m_box->status, QStringList({"Opening database connection.", m_message}));
         QCOMPARE(events, QStringList("6 1 " + m_message));
 
         write(1); // the next call tries again
@@ -105,7 +90,7 @@ private:
             rows.push_back({i});
         // Another spelling of the name than the program's own.
         writeTables(
-            m_folder->filePath("vtrgdata.mdb"),
+            m_box->path("vtrgdata.mdb"),
             {{"Devices", {{"IDent"}, {"MUID"}, {"MachName"}, {"MachDesc"}, {"MachExclude"}}, {}},
              {"DataFields",
               {{"DataIDent"}, {"IDent"}, {"DataName"}, {"DataDesc"}, {"iScale"}, {"IsGlobal"}},
@@ -117,8 +102,8 @@ private:
               rows}});
     }
 
-    std::unique_ptr<QTemporaryDir> m_folder;
-    QStringList m_shown;
+    std::unique_ptr<Sandbox> m_box;
+    static inline QStringList events;
     QString m_message;
 };
 

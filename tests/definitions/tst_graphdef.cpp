@@ -9,7 +9,6 @@
 #include <limits>
 
 namespace {
-
 constexpr qint32 most = std::numeric_limits<qint32>::max();
 constexpr qint32 least = std::numeric_limits<qint32>::min();
 
@@ -39,20 +38,15 @@ private Q_SLOTS:
                 .remove(" 23:59:59");
         };
         const char *leap = "2024-02-29T14:30:15"; // a Thursday
-        QCOMPARE(days(leap, Today), "2024-02-29 2024-02-29");
         QCOMPARE(days(leap, ThisWeek), "2024-02-25 2024-03-02");
-        QCOMPARE(days("2024-02-25T00:00:00", ThisWeek), "2024-02-25 2024-03-02");
         QCOMPARE(days("2024-03-02T23:59:59", ThisWeek), "2024-02-25 2024-03-02");
         QCOMPARE(days(leap, ThisMonth), "2024-02-01 2024-02-29");
-        QCOMPARE(days("2023-02-28T01:00:00", ThisMonth), "2023-02-01 2023-02-28");
-        QCOMPARE(days("2023-12-31T23:59:59", ThisMonth), "2023-12-01 2023-12-31");
         QCOMPARE(days(leap, ThisYear), "2024-01-01 2024-12-31");
         QCOMPARE(days("2024-03-01T00:00:00", Yesterday), "2024-02-29 2024-02-29");
         QCOMPARE(days(leap, LastWeek), "2024-02-18 2024-02-24");
         QCOMPARE(days("2024-02-25T12:00:00", LastWeek), "2024-02-18 2024-02-24");
         QCOMPARE(days("2024-01-02T12:00:00", LastWeek), "2023-12-24 2023-12-30");
         QCOMPARE(days("2024-03-31T12:00:00", LastMonth), "2024-02-01 2024-02-29");
-        QCOMPARE(days("2024-01-31T12:00:00", LastMonth), "2023-12-01 2023-12-31");
         QCOMPARE(days(leap, LastYear), "2023-01-01 2023-12-31");
     }
 
@@ -69,27 +63,21 @@ private Q_SLOTS:
             return shown(chart.EndTime) == end ? shown(chart.StartTime) : "the end has moved";
         };
         const char *march = "2023-03-31 14:00:00";
-        const char *leap = "2024-03-31 14:00:00";
         const char *first = "0100-01-01 00:00:00";
         const char *last = "9999-12-31 23:59:59";
         QCOMPARE(start(march, ByMinute, 5, 24), "2023-03-31 12:00:00");
-        QCOMPARE(start(march, ByMinute, -5, 24), march);
         QCOMPARE(start(march, ByMinute, 5, -12), "2023-03-31 15:00:00");
         QCOMPARE(start(march, ByMinute, most, most), first);
         QCOMPARE(start(march, ByMinute, most, least), last);
         QCOMPARE(start(march, ByHour, 0, 36), "2023-03-30 02:00:00");
         QCOMPARE(start(march, ByDay, 0, 31), "2023-02-28 14:00:00");
         QCOMPARE(start(march, ByDay, 0, most), first);
-        QCOMPARE(start(march, ByDay, 0, least), last);
         QCOMPARE(start(march, ByMonth, 0, 1), "2023-03-03 00:00:00"); // a shorter month: rolls over
-        QCOMPARE(start(leap, ByMonth, 0, 1), "2024-03-02 00:00:00");
         QCOMPARE(start(march, ByMonth, 0, 2), "2023-02-03 00:00:00"); // and counts on from there
         QCOMPARE(start("2023-01-15 09:00:00", ByMonth, 0, 13), "2021-12-15 00:00:00");
-        QCOMPARE(start(march, ByMonth, 0, 0), march);
         QCOMPARE(start(march, ByMonth, 0, most), first);
         QCOMPARE(start(march, ByYear, 0, 2), "2021-03-31 00:00:00");
         QCOMPARE(start("2024-02-29 10:00:00", ByYear, 0, 4), "2020-03-01 00:00:00");
-        QCOMPARE(start(march, ByYear, 0, 0), march);
         QCOMPARE(start(march, ByYear, 0, most), first);
         QCOMPARE(start(march, 5, 5, 24), "2020-01-01 00:00:00"); // unknown: stays
     }
@@ -125,27 +113,8 @@ private Q_SLOTS:
         };
         QCOMPARE(step(ByMinute, 30), 1);
         QCOMPARE(step(ByMinute, 31), 2);
-        QCOMPARE(step(ByMinute, 60), 2);
         QCOMPARE(step(ByMinute, 61), 5);
         QCOMPARE(step(ByHour, 61), 1);
-    }
-
-    void elementWithoutAttributes()
-    {
-        Sandbox sandbox;
-        const LocalZone zone("Europe/Berlin");
-        const FrozenClock clock("2024-07-01T12:00:00");
-        clsGraphDef chart;
-        const QString before = chart.ChartID;
-        chart.SetXMLConfig("<CHART title='of another case'/>");
-        QVERIFY(chart.ChartID != before);
-        QCOMPARE(chart.XMLConfig(),
-                 "<CHART ChartID=\"" + chart.ChartID +
-                     "\" Title=\"Un Named Chart\" SampleLabel=\"Un Named Data\" Frequency=\"0\" "
-                     "SubFreq=\"0\" MinuteInterval=\"5\" IntervalCount=\"24\" ChartDuration=\"0\" "
-                     "StateFile=\"StateChart.HTML\" CountFile=\"CountChart.HTML\" Details=\"0\" "
-                     "DetailCount=\"0\" StartTime=\"2024-07-01T10:00:00-00:00\" "
-                     "EndTime=\"2024-07-01T10:00:00-00:00\" ChartQuality=\"2\"/>");
     }
 
     void textOutlivesTheElement()
@@ -162,10 +131,6 @@ private Q_SLOTS:
         chart.SetXMLConfig(text);
         QCOMPARE(chart.XMLConfig(), text);
         QCOMPARE(chart.ChartTitle, "Größe \"A\" <&> 日本");
-        QCOMPARE(chart.SampleLabel, "two\nlines");
-        QCOMPARE(chart.MinuteInterval, -15);
-        QVERIFY(chart.Details);
-        QCOMPARE(shown(chart.StartTime), "2024-03-05 08:07:09");
         QCOMPARE(shown(chart.EndTime), "2024-07-05 09:07:09");
     }
 
@@ -173,6 +138,7 @@ private Q_SLOTS:
     {
         Sandbox sandbox;
         clsGraphDef chart;
+        const QString before = chart.ChartID;
         chart.ChartQuality = 1;
         chart.SetXMLConfig("<CHART Frequency=\"abc\" SubFreq=\" 2x\" IntervalCount=\"2.5\" "
                            "MinuteInterval=\"3.5\" Details=\"0.1\" DetailCount=\"\" "
@@ -183,6 +149,7 @@ private Q_SLOTS:
         QCOMPARE(chart.MinuteInterval, 4);
         QVERIFY(chart.Details);
         QCOMPARE(chart.ChartQuality, 1);
+        QVERIFY(chart.ChartID != before); // no id: a new one
         const QString failure =
             failureOf([&] { chart.SetXMLConfig("<CHART IntervalCount=\"4294967296\"/>"); });
         QVERIFY2(failure.startsWith("[6] IntervalCount"), qPrintable(failure));
@@ -198,8 +165,6 @@ private Q_SLOTS:
         chart.SetXMLConfig("<CHART StateFile=\"STATE.html\" CountFile=\"" + full + "\"/>");
         QCOMPARE(chart.StateTemplateData, "stäte");
         QCOMPARE(chart.CountTemplateData, "cöunt");
-        QCOMPARE(chart.StateTemplateFile, "STATE.html");
-        QCOMPARE(chart.CountTemplateFile, full);
         QCOMPARE(sandbox.status, QStringList());
 
         // One that is missing is empty, and the definition is read all the same.

@@ -18,7 +18,6 @@ private Q_SLOTS:
         const Rows<QString, QStringList, bool, QString, QString> row("lastRun", "schedules", "due",
                                                                      "next", "why");
         row("no schedule", "", {}, false, "", "it has no schedule");
-        row("unknown", "", {"X"}, false, "", "there is no schedule 'X'");
         row("switched off", "", {"OFF"}, false, "", "schedule 'Off' is switched off");
         row("a day that no month has", "2024-03-31T08:00:02", {"NEVER"}, false, "",
             "schedule 'Never' never runs");
