@@ -9,6 +9,7 @@
 #include <QThreadPool>
 
 #include <algorithm>
+#include <chrono>
 #include <system_error>
 #include <thread>
 
@@ -16,6 +17,8 @@ namespace {
 
 /// Enough waiting jobs for each worker that it never runs dry while data is read.
 constexpr int waitingPerThread = 4;
+/// Between two looks at the user's events.
+constexpr std::chrono::milliseconds patience(10);
 
 Outcome outcomeOf(const std::function<void()> &work)
 {
@@ -51,10 +54,17 @@ int threadsToBeHad(int wanted)
 
 } // namespace
 
+Outcome awaited(const PendingOutcome &outcome)
+{
+    while (outcome.wait_for(patience) != std::future_status::ready)
+        yieldToUser();
+    return outcome.get();
+}
+
 void awaitAll(const std::vector<PendingOutcome> &outcomes)
 {
     for (const PendingOutcome &outcome : outcomes) {
-        if (const Outcome error = outcome.get())
+        if (const Outcome error = awaited(outcome))
             throw Error(*error);
     }
 }
@@ -123,9 +133,14 @@ PendingOutcome WorkerPool::enqueue(const QString &name, std::function<void()> wo
         if (place == Place::Front) {
             m_queue.push_front(std::move(job));
         } else {
-            m_eased.wait(lock, [this] {
+            const auto hasRoom = [this] {
                 return m_queue.size() < static_cast<size_t>(m_workers * waitingPerThread);
-            });
+            };
+            while (!m_eased.wait_for(lock, patience, hasRoom)) {
+                lock.unlock();
+                yieldToUser();
+                lock.lock();
+            }
             m_queue.push_back(std::move(job));
         }
     }

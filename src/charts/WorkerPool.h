@@ -19,6 +19,8 @@
 using Outcome = std::optional<Error>;
 using PendingOutcome = std::shared_future<Outcome>;
 
+/// Waits for a job's end; on the main thread the user's events are looked after meanwhile.
+Outcome awaited(const PendingOutcome &outcome);
 /// Waits for all of them. Throws the first error.
 void awaitAll(const std::vector<PendingOutcome> &outcomes);
 
@@ -30,7 +32,7 @@ void awaitAll(const std::vector<PendingOutcome> &outcomes);
 /// them, which takes longer than the fills themselves.
 ///
 /// The queue is bounded: submitting waits while it is full, never longer than a running job takes,
-/// so that memory does not grow with the number of jobs.
+/// so that memory does not grow with the number of jobs. It yields to the user meanwhile.
 ///
 /// Where the system gives fewer threads than wanted, which a status line tells, those do the work;
 /// where it gives none, each job is done before its submission returns.

@@ -2,6 +2,7 @@
 
 #include "core/Error.h"
 #include "core/State.h"
+#include "core/Status.h"
 #include "core/TimeZone.h"
 #include "data/Queries.h"
 #include "data/access/AccessFile.h"
@@ -195,6 +196,7 @@ public:
         qint64 rows = 0;
         while (m_walk.next()) {
             if (++rows % rowsBetweenChecks == 0) {
+                yieldToUser();
                 if (CancelRequested)
                     return std::nullopt;
             }

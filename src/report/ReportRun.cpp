@@ -157,11 +157,14 @@ private:
 
     void finishDevice(DeviceJob &job, ReportFacts &facts)
     {
-        constexpr std::chrono::milliseconds betweenLooks(50);
+        constexpr std::chrono::milliseconds betweenLooks(10);
         const int before = m_progress.done;
         while (!job.waitUntilDone(betweenLooks)) {
-            m_progress.done = before + job.itemsDone();
-            showProgress(m_progress);
+            if (const int done = before + job.itemsDone(); done != m_progress.done) {
+                m_progress.done = done;
+                showProgress(m_progress);
+            }
+            yieldToUser();
         }
         DeviceResult result = job.result();
         for (const auto &[path, error] : result.chartErrors) {

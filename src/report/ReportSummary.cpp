@@ -161,7 +161,7 @@ PageValue summaryAlternative(const StateRow &total, size_t devices, const Outcom
 void finishImage(SummaryImage &image, const ReportContext &context, ReportOutcome &outcome)
 {
     if (image.outcome.valid())
-        image.problem = image.outcome.get();
+        image.problem = awaited(image.outcome);
     if (!image.problem)
         return;
     const QString path = context.folder + image.name;
