@@ -95,22 +95,6 @@ build_pugixml() {
     keep_licence pugixml "$2"
 }
 
-# As Debian's own library, less what nothing here uses.
-sqlite3_options=(-O2 -DSQLITE_THREADSAFE=1 -DSQLITE_OMIT_LOAD_EXTENSION -DSQLITE_USE_URI=0)
-build_sqlite3() {
-    fetch_source sqlite3 "$1"
-    # The amalgamation is made by the source's own Makefile, which wants a compiler of this machine.
-    (mkdir -p "$work/sqlite3-build" && cd "$work/sqlite3-build" &&
-        ../sqlite3/configure --disable-tcl >/dev/null && make sqlite3.c >/dev/null)
-    local object=$work/sqlite3.o
-    "${low[@]}" $cross-gcc-posix "${sqlite3_options[@]}" -c "$work/sqlite3-build/sqlite3.c" -o "$object"
-    mkdir -p "$2/lib" "$2/include"
-    rm -f "$2/lib/libsqlite3.a"
-    $cross-gcc-ar-posix rcs "$2/lib/libsqlite3.a" "$object"
-    cp "$work/sqlite3-build/sqlite3.h" "$2/include"
-    keep_licence sqlite3 "$2"
-}
-
 libdeflate_options=(-O2)
 build_libdeflate() {
     fetch_source libdeflate "$1"
@@ -156,6 +140,5 @@ ensure_library() {
 build_libraries() {
     ensure_library qt qt6-base-dev
     ensure_library pugixml libpugixml-dev
-    ensure_library sqlite3 libsqlite3-dev
     ensure_library libdeflate libdeflate-dev
 }
