@@ -47,6 +47,14 @@ Took timed(Work work)
             static_cast<double>(std::clock() - begin) / CLOCKS_PER_SEC};
 }
 
+/// Processor time of the calling thread.
+double threadSeconds()
+{
+    timespec time{};
+    ::clock_gettime(CLOCK_THREAD_CPUTIME_ID, &time);
+    return static_cast<double>(time.tv_sec) + static_cast<double>(time.tv_nsec) / 1e9;
+}
+
 void print(const char *what, const Took &took)
 {
     std::printf("  %-44s %6.2f s, processor time %6.2f s\n", what, took.seconds,
@@ -140,13 +148,17 @@ void bench(const QString &folder)
     const QString report = addReport();
 
     RunResult result;
+    const double threadBefore = threadSeconds();
     const Took run = timed([&] { result = runReports({report}, RunChoice::All); });
+    const double alone = threadSeconds() - threadBefore;
     if (result.failed())
         throw Error(DeviceIO, QStringLiteral("the run failed"));
     rusage usage{};
     ::getrusage(RUSAGE_SELF, &usage);
     const QString tree = gConfig->PTH_Output();
     print("the whole run", run);
+    std::printf("  the thread that reads the file: %.2f s, %.0f %% of the processor time\n", alone,
+                alone / run.processorSeconds * 100);
     std::printf("  peak memory of the run: %.0f MB\n", static_cast<double>(usage.ru_maxrss) / 1024);
 
     const Took pass = timed(passOverSamples);

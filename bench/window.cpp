@@ -12,6 +12,7 @@
 #include <QAction>
 #include <QApplication>
 #include <QDesktopServices>
+#include <QDir>
 #include <QElapsedTimer>
 #include <QTimer>
 
@@ -72,7 +73,7 @@ int main(int argc, char *argv[])
         std::fputs("Usage: bench-window HOME\n", stderr);
         return 2;
     }
-    locateProgramFolder(QString::fromLocal8Bit(argv[1]));
+    locateProgramFolder(QDir(QString::fromLocal8Bit(argv[1])).absolutePath());
     InitGrapher();
     loadGrapherConfig();
     const NoBrowser noBrowser;

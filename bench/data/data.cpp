@@ -9,6 +9,7 @@
 
 #include <QCoreApplication>
 #include <QElapsedTimer>
+#include <QFileInfo>
 #include <QProcess>
 
 #include <cstdio>
@@ -152,7 +153,7 @@ int main(int argc, char **argv)
         return 2;
     }
     try {
-        bench(QString::fromLocal8Bit(argv[1]));
+        bench(QFileInfo(QString::fromLocal8Bit(argv[1])).absoluteFilePath());
     } catch (const Error &error) {
         std::fprintf(stderr, "bench-data: %s\n", qPrintable(errorTail(error)));
         return 1;

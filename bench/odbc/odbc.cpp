@@ -33,7 +33,7 @@ QString query()
     return QStringLiteral("SELECT * FROM DataValues WHERE DataIDent = 7 ORDER BY iDate");
 }
 
-Sum throughTheTool(Connection &connection)
+Sum throughTheTool(OdbcConnection &connection)
 {
     const auto rows =
         connection.open(query(), {QStringLiteral("DataIDent"), QStringLiteral("iDate"),
