@@ -38,6 +38,18 @@ class TestCheck : public QObject
         GetGraphDataPath();
         return checkEverything(m_note).lines();
     }
+    /// Of the reports whose titles begin so, for a run below the home.
+    QStringList reportIds(const QString &title) const
+    {
+        gGraphDataPath = m_box->path() + u'/';
+        LoadReportDefs();
+        QStringList ids;
+        for (const auto &report : gReportDefs) {
+            if (report->ReportTitle.startsWith(title))
+                ids.append(report->ReportID);
+        }
+        return ids;
+    }
 
 private Q_SLOTS:
     void initTestCase()
@@ -87,11 +99,7 @@ private Q_SLOTS:
             "the root element is 'PLANS', not 'SCHEDULES'");
         row("report's chart", reports, " ChartID=\"", " ChartID=\"Ä",
             "there is no chart definition 'Ä");
-        row("report's schedule", reports, "ScheduleID=\"", "ScheduleID=\"X",
-            "there is no schedule 'X");
         row("report's device", reports, "MUID=\"", "MUID=\"X", "the database has no device 'X");
-        row("report's data item", reports, "DataIDent=\"", "DataIDent=\"9999",
-            "the database has no data item '9999");
         row("data item's number", reports, "DataIDent=\"",
             "DataIDent=\"1 or 1=", "is not a whole number");
         row("future date", reports, "LastRunDate=\"20", "LastRunDate=\"30", "is in the future");
@@ -101,7 +109,6 @@ private Q_SLOTS:
             "the title 'x' is given twice");
         row("date", reports, "LastRunDate=\"2", "LastRunDate=\"x", "is no date like");
         row("code", charts, "Frequency=\"", "Frequency=\"7", "is not within 0 to 4");
-        row("no number", charts, "Frequency=\"", "Frequency=\"a", "is no number");
         row("list", schedules, "HourList=\"", "HourList=\"24,",
             "HourList: 24 is not within 0 to 23");
         row("chart's template", charts, "StateFile=\"", "StateFile=\"No",
@@ -110,16 +117,9 @@ private Q_SLOTS:
             "VantrelV6.Config' is no template: only regular files named");
         row("page template", config, "TIN_TOC=\"", "TIN_TOC=\"No",
             "6:2: there is no template 'NoReportList.HTML'");
-        row("page template's name", config, "\"Report.HTML\"", "\"\"",
-            "8:2: TIN_REPORT names no template");
         row("output name", config, "\"SUMMARY.HTM\"", "\"\"", "TOU_REP_Summary names no file");
         row("image format", config, "IMG_Format=\"PNG\"", "IMG_Format=\"GIF\"",
             "IMG_Format 'GIF' is not PNG");
-#ifndef Q_OS_WIN
-        row("drive", config, "PTH_Output=\"%%app.path%%\\Reports\"", "PTH_Output=\"D:\\Reports\"",
-            "'D:\\Reports': it names a drive");
-#endif
-        row("image size", config, "\"640\"", "\"0\"", "IMG_Width: 0 is not within");
         row("companion file", config, "\"vantrel.css\"", "\"lost.css\"",
             "there is no companion file 'lost.css'");
         row("placeholder", "Config/ReportTop.HTML", "<title>%%report.title%%",
@@ -166,25 +166,15 @@ private Q_SLOTS:
         bytes[file.table("DataValues").definitionPage * 4096 + 19] = 1; // the highest byte
         m_box->write("VTRGData.MDB", bytes);
         gDataPath = m_box->path() + u'/';
-        const QStringList findings = check();
-        QCOMPARE(findings.size(), 1);
-        for (const QString &part : {path("VTRGData.MDB:1:1: "), QString("'DataValues'")})
-            QVERIFY2(findings[0].contains(part), qPrintable(findings[0]));
+        const QString finding = check().join(u'\n');
+        QVERIFY2(finding.startsWith(path("VTRGData.MDB:1:1: ")), qPrintable(finding));
+        QVERIFY2(finding.contains("'DataValues'"), qPrintable(finding));
 
         CloseDatabase();
-        gGraphDataPath = m_box->path() + u'/';
-        LoadReportDefs();
-        QStringList ids;
-        for (const auto &report : gReportDefs)
-            ids.append(report->ReportID);
-        QStringList lines;
-        gStartupDone = true;
-        setStatusSink([&](const QString &line) { lines.append(line); });
-        const RunResult result = runReports(ids, RunChoice::All);
-        setStatusSink({});
-        QVERIFY(ids.size() > 1 && !result.failed());
-        QCOMPARE(lines.filter("Warning: ").size(), 1);
-        QVERIFY(findings[0].contains(lines.filter("Warning: ")[0].mid(9)));
+        QVERIFY(!runReports(reportIds({}), RunChoice::All).failed());
+        const QStringList warnings = m_box->status.filter("Warning: ");
+        QCOMPARE(warnings.size(), 1);
+        QVERIFY(finding.endsWith(warnings[0].mid(9)));
     }
 
     void warnsOfTheSamePeriod()
@@ -222,15 +212,7 @@ private Q_SLOTS:
         addAllNames("CountChart.HTML", chartTemplateNames()[1]);
         QCOMPARE(check(), QStringList());
 
-        gGraphDataPath = m_box->path() + u'/';
-        LoadReportDefs();
-        QStringList ids;
-        for (const auto &report : gReportDefs) {
-            if (report->ReportTitle.startsWith("Everything"))
-                ids.append(report->ReportID);
-        }
-        QCOMPARE(ids.size(), 1);
-        QVERIFY(!runReports(ids, RunChoice::All).failed());
+        QVERIFY(!runReports(reportIds("Everything"), RunChoice::All).failed());
         QDirIterator pages(path("Reports"), {"*.HTM"}, QDir::Files, QDirIterator::Subdirectories);
         int count = 0;
         for (; pages.hasNext(); ++count) {

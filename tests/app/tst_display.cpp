@@ -16,9 +16,7 @@ private Q_SLOTS:
         row("begin", {name, {}, {}, 0, 40}, 3, 80, "0 % (0 of 40): Report");
         row("time left", {name, "Dev", "Ping", 10, 40}, 10, 80,
             "25 % (10 of 40), 0:30 left: Report, Dev, Ping");
-        row("minutes", {name, {}, {}, 1, 11}, 65, 80, "9 % (1 of 11), 10:50 left: Report");
         row("hours", {name, {}, {}, 1, 101}, 73, 80, "0 % (1 of 101), 2:01:40 left: Report");
-        row("done", {name, {}, {}, 40, 40}, 10, 80, "100 % (40 of 40), 0:00 left: Report");
         row("nothing to chart", {name, {}, {}, 0, 0}, 1, 80, "0 % (0 of 0): Report");
         row("narrow", {name, {}, {}, 0, 40}, 3, 15, "0 % (0 of 40)…");
         row("wide characters", {"東京東京", {}, {}, 0, 4}, 3, 20, "0 % (0 of 4): 東京…");

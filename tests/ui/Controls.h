@@ -10,6 +10,7 @@
 #include <QRadioButton>
 #include <QSpinBox>
 #include <QTest>
+#include <QWheelEvent>
 
 /// A control by its name; a window without it ends the test.
 template <typename T>
@@ -19,6 +20,14 @@ T *control(const QWidget &window, const char *name)
     if (!found)
         qFatal("there is no control '%s'", name);
     return found;
+}
+
+inline void turnWheelOver(QWidget *widget)
+{
+    const QPointF center = widget->rect().center();
+    QWheelEvent wheel(center, widget->mapToGlobal(center), {}, {0, -120}, {}, {}, Qt::NoScrollPhase,
+                      false);
+    QApplication::sendEvent(widget, &wheel);
 }
 
 /// An editor with what its users and its owner do to it.

@@ -11,8 +11,6 @@
 #include <QDateTimeEdit>
 #include <QDialogButtonBox>
 #include <QFileDialog>
-#include <QMenu>
-#include <QWheelEvent>
 
 namespace {
 
@@ -94,12 +92,9 @@ private Q_SLOTS:
         const Rows<int, int, QString, QString, int, int> row("subFrequency", "duration", "shown",
                                                              "chosen", "subFrequencyWritten",
                                                              "durationWritten");
-        row("last to calendar", 0, 3, last, fixed, 2, 0);
         row("up to a stored end", 0, 8, last, custom, 1, 8);
-        row("calendar to custom", 2, 7, fixed, custom, 1, 8);
         row("unknown calendar period", 2, 9, fixed, custom, 1, 8);
         row("custom to last", 1, 8, custom, last, 0, 0);
-        row("custom by the duration alone", 2, 8, custom, fixed, 2, 0);
         row("unknown span", 77, 2, custom, last, 0, 0);
     }
     void spans()
@@ -122,11 +117,6 @@ private Q_SLOTS:
         editor.click(qPrintable(chosen));
         QTEST(editor.result().SubFrequency, "subFrequencyWritten");
         QTEST(editor.result().ChartDuration, "durationWritten");
-        QCOMPARE(editor.find<QSpinBox>("txtIntervalCount")->isEnabled(),
-                 chosen == "optLastIntervals");
-        QCOMPARE(editor.find<QComboBox>("cmbDuration")->isEnabled(), chosen == "optFixedPeriod");
-        QCOMPARE(editor.find<QDateTimeEdit>("txtEnd")->isEnabled(), chosen == "optCustomRange");
-        QVERIFY(!editor.find<QSpinBox>("txtMinuteInterval")->isEnabled()); // of no other interval
     }
 
     void roundTrip()
@@ -142,6 +132,7 @@ private Q_SLOTS:
         chart.CountTemplateFile = "Own.html";
         const Editor shown(chart);
         const Editor typed({});
+        QVERIFY(!typed.hasChanges() && typed.text("lblWarnings").isEmpty());
         typed.copyFields(shown);
         clsGraphDef empty;
         empty.ChartID = chart.ChartID;
@@ -151,9 +142,6 @@ private Q_SLOTS:
     void periods_data()
     {
         const Rows<clsGraphDef, QString> row("chart", "words");
-        row("last hours", chartOf(ByHour, 0, 0),
-            "If run now: Friday 2026-11-20 14:20 to Saturday 2026-11-21 14:20, 24 intervals of an "
-            "hour");
         row("last minutes", chartOf(ByMinute, 0, 0, 1, 15),
             "If run now: Saturday 2026-11-21 14:05 to Saturday 2026-11-21 14:20, 1 interval of 15 "
             "minutes");
@@ -163,9 +151,6 @@ private Q_SLOTS:
         row("last month, with the hour that comes twice", chartOf(ByHour, 2, LastMonth),
             "Last Month: Thursday 2026-10-01 00:00 to Saturday 2026-10-31 23:59, 744 intervals of "
             "an hour");
-        row("custom", chartOf(ByDay, 1, 8),
-            "Custom range: Sunday 2026-11-01 10:00 to Monday 2026-11-02 11:30, 2 intervals of a "
-            "day");
         row("too many to walk", chartOf(ByMinute, 2, LastYear, 0, 1),
             "Last Year: Wednesday 2025-01-01 00:00 to Wednesday 2025-12-31 23:59, 525,600 "
             "intervals of a minute");
@@ -182,22 +167,17 @@ private Q_SLOTS:
         const auto minutes = [](int count, int each) {
             return chartOf(ByMinute, 0, 0, count, each);
         };
-        row("none", minutes(288, 5), "");
-        row("case of a name", templatesOf("statechart.html", "CountChart.HTML"), "");
         row("no intervals", chartOf(ByHour, 0, 0, 0), "No intervals");
         row("no matter to a calendar period", chartOf(ByHour, 2, Today, 0), "");
         row("no minutes", minutes(24, 0), "at least 1 minute");
         row("odd minutes", minutes(24, 7), "multiple of 7 minutes");
         row("many minutes", minutes(24, 90), "Choose Hour");
-        row("minutes of hours", chartOf(ByHour, 0, 0, 24, 7), "");
-        row("most", minutes(20'000, 1), "");
         row("too many", minutes(20'001, 1), "more than a chart");
         row("more than a report draws", minutes(110'000, 1), "a chart can have at most 110,000.");
         row("future", rangeOf("2026-11-21T14:21:00", "2026-11-22T00:00:00"), "in the future");
         row("reversed", rangeOf("2026-11-02T11:30:08", "2026-11-01T10:00:07"),
             "ends before it starts");
         row("unknown interval", chartOf(5, 0, 0), "code 5");
-        row("unknown period", chartOf(ByHour, 2, 9), "code 9");
         row("no template", templatesOf("StateChart.HTML", ""), "No template for counter charts");
         row("lost template", templatesOf("Lost.HTML", "CountChart.HTML"), "Lost.HTML");
     }
@@ -207,17 +187,6 @@ private Q_SLOTS:
         QFETCH(QString, warning);
         const QString text = Editor(chart).text("lblWarnings");
         QVERIFY2(warning.isEmpty() ? text.isEmpty() : text.contains(warning), qPrintable(text));
-    }
-
-    void newChart()
-    {
-        const Editor editor({});
-        QVERIFY(!editor.hasChanges());
-        QVERIFY(editor.text("lblWarnings").isEmpty());
-        QCOMPARE(editor.result().ChartFrequency, qint32(ByHour));
-        QCOMPARE(editor.result().IntervalCount, 24);
-        QCOMPARE(editor.result().StateTemplateData, "state");
-        QCOMPARE(editor.result().CountTemplateData, "count");
     }
 
     void templates()
@@ -231,23 +200,20 @@ private Q_SLOTS:
         const Editor editor(chart);
         auto *field = editor.find<QComboBox>("cmbStateTemplate");
         QCOMPARE(field->count(), 3);
-        QVERIFY(field->findText("Own.html") >= 0);
         QCOMPARE(editor.result(chart).StateTemplateData, "as read");
         field->setEditText("Gone.html");
-        QCOMPARE(editor.result(chart).StateTemplateData, "");
-        field->setEditText("Own.html");
         QVERIFY(editor.hasChanges());
-        QCOMPARE(editor.result(chart).StateTemplateFile, "Own.html");
-        QCOMPARE(editor.result(chart).StateTemplateData, "own");
+        QCOMPARE(editor.result(chart).StateTemplateData, "");
 
         Answers answers;
-        for (const char *name : {"CountChart.HTML", "elsewhere/Own.html"}) {
+        for (const char *name : {"Own.html", "elsewhere/Own.html"}) {
             answers.add([&](QWidget &dialog) {
                 control<QLineEdit>(dialog, "fileNameEdit")->setText(box.path(name));
                 dialog.findChild<QDialogButtonBox *>()->button(QDialogButtonBox::Open)->click();
             });
             editor.click("cmdStateBrowse");
-            QCOMPARE(field->currentText(), name[0] == 'C' ? QString(name) : box.path(name));
+            QCOMPARE(editor.result(chart).StateTemplateFile,
+                     name[0] == 'O' ? QString(name) : box.path(name));
         }
         QCOMPARE(editor.result(chart).StateTemplateData, "far");
     }
@@ -255,20 +221,16 @@ private Q_SLOTS:
     void refusals()
     {
         const Editor editor(chartOf(ByHour, 1, 8));
-        QVERIFY(editor.error().isEmpty());
+        auto *end = editor.find<QDateTimeEdit>("txtEnd");
         editor.find<QLineEdit>("txtTitle")->setText(" ");
         QVERIFY(editor.error().contains("title"));
         editor.find<QLineEdit>("txtTitle")->setText("Week");
-        editor.find<QDateTimeEdit>("txtEnd")->setDateTime(wall("2026-10-01T00:00:00"));
+        end->setDateTime(wall("2026-10-01T00:00:00"));
         QVERIFY(editor.error().contains("ends before"));
-        editor.find<QDateTimeEdit>("txtEnd")->setDateTime(wall("2040-10-01T00:00:00"));
+        end->setDateTime(wall("2040-10-01T00:00:00"));
         QVERIFY(editor.error().contains("at most 110,000"));
         editor.click("optFixedPeriod");
         QVERIFY(editor.error().isEmpty());
-        auto *count = editor.find<QSpinBox>("txtIntervalCount");
-        editor.click("optLastIntervals");
-        count->setValue(count->maximum());
-        QVERIFY(count->value() > 100'000 && editor.error().isEmpty());
     }
 
     void customRangeBeginsWithThePeriodBefore()
@@ -295,34 +257,17 @@ private Q_SLOTS:
         const QImage counter = preview->grab().toImage();
         QVERIFY(state != counter);
         QTest::keyClicks(editor.find<QLineEdit>("txtTitle"), "!");
-        QCOMPARE(preview->grab().toImage(), counter); // while typing
         QTRY_VERIFY(preview->grab().toImage() != counter);
         editor.load(chartOf(6, 2, LastWeek));
         QVERIFY(preview->message().contains("not known"));
         editor.load(chartOf(ByHour, 2, LastWeek));
         editor.click("optPreviewState");
-        QVERIFY(preview->message().isEmpty());
         QCOMPARE(preview->grab().toImage(), state); // the same samples each time
-        QCOMPARE(editor.text("lblPreview"), "");
         editor.load(chartOf(ByMinute, 0, 0, 2'000'000'000, 2'000'000'000));
         QVERIFY(editor.text("lblPreview").contains("last 20,000 intervals only"));
-        editor.load(chartOf(ByDay, 2, ThisYear));
-        QVERIFY(editor.text("lblPreview").contains("up to the time of the run"));
         editor.load(rangeOf("2026-12-01T00:00:00", "2026-12-02T00:00:00"));
         QVERIFY(!preview->grab().isNull() && preview->message().isEmpty());
         QCOMPARE(m_desk->box.status, QStringList());
-    }
-
-    void wheelPassesFieldsBy()
-    {
-        Editor editor(chartOf(ByHour, 0, 0));
-        editor.show();
-        auto *count = editor.find<QSpinBox>("txtIntervalCount");
-        editor.find<QLineEdit>("txtTitle")->setFocus();
-        QWheelEvent wheel({5, 5}, count->mapToGlobal(QPointF(5, 5)), {}, {0, 120}, {}, {},
-                          Qt::NoScrollPhase, false);
-        QApplication::sendEvent(count, &wheel);
-        QCOMPARE(count->value(), 24);
     }
 
     void keyboard()
@@ -333,26 +278,26 @@ private Q_SLOTS:
                  "txtTitle txtSampleLabel cmbQuality cmbFrequency txtMinuteInterval optFixedPeriod "
                  "cmbDuration cmbStateTemplate cmdStateBrowse cmbCountTemplate cmdCountBrowse "
                  "chkDetails optPreviewState cmdOK cmdCancel cmdHelp");
+        auto *count = editor.find<QSpinBox>("txtIntervalCount");
+        turnWheelOver(count); // which passes it by
+        QCOMPARE(count->value(), 24);
     }
 
     void presets_data()
     {
-        const QDate leap(2028, 3, 1);
-        const QDate newYear(2027, 1, 1);
-        const Rows<QDate, RangePreset, QString> row("today", "preset", "range");
-        row("seven days", leap, LastSevenDays, "2028-02-23 to 2028-02-29");
-        row("month of last year", newYear, WholeLastMonth, "2026-12-01 to 2026-12-31");
-        row("quarter of last year", newYear, WholeLastQuarter, "2026-10-01 to 2026-12-31");
-        row("year", leap, WholeThisYear, "2028-01-01 to 2028-12-31");
+        const Rows<QString, RangePreset, QString> row("today", "preset", "range");
+        row("seven days", "2028-03-01", LastSevenDays, "2028-02-23 00:00 to 2028-02-29 23:59");
+        row("month", "2027-01-01", WholeLastMonth, "2026-12-01 00:00 to 2026-12-31 23:59");
+        row("quarter", "2027-01-01", WholeLastQuarter, "2026-10-01 00:00 to 2026-12-31 23:59");
+        row("year", "2028-03-01", WholeThisYear, "2028-01-01 00:00 to 2028-12-31 23:59");
     }
     void presets()
     {
-        QFETCH(QDate, today);
+        QFETCH(QString, today);
         QFETCH(RangePreset, preset);
-        const auto [start, end] = presetRange(preset, today);
-        QTEST(start.toString("yyyy-MM-dd") + " to " + end.toString("yyyy-MM-dd"), "range");
-        QCOMPARE(start.time(), QTime(0, 0));
-        QCOMPARE(end.time(), QTime(23, 59, 59));
+        const auto [start, end] = presetRange(preset, QDate::fromString(today, Qt::ISODate));
+        QTEST(start.toString(u"yyyy-MM-dd HH:mm") + end.toString(u" 'to' yyyy-MM-dd HH:mm"),
+              "range");
     }
 
     void rangeOfARun()
@@ -366,27 +311,28 @@ private Q_SLOTS:
                      qstrcmp(button, "cmdOK") == 0);
             QCOMPARE(chart.XMLConfig(), before.XMLConfig()); // to the second
         }
-        QString words;
-        answers.add([&words](QWidget &window) {
-            control<QDateTimeEdit>(window, "txtEnd")->setDateTime(wall("2026-11-03T08:15:00"));
-            words = control<QLabel>(window, "lblPeriod")->text();
+        chart.StartTime = chart.EndTime = QDateTime(); // the last seven days are proposed
+        answers.add([&answers](QWidget &window) {
+            auto *end = control<QDateTimeEdit>(window, "txtEnd");
+            end->setDateTime(wall("2026-10-03T08:15:00"));
+            answers.click(QMessageBox::Ok);
+            control<QPushButton>(window, "cmdOK")->click();
+            end->setDateTime(wall("2026-11-15T08:15:00"));
             control<QPushButton>(window, "cmdOK")->click();
         });
         QVERIFY(editCustomRange(chart, {"Servers", "Links"}, nullptr));
-        QVERIFY(words.endsWith("47 intervals of an hour"));
-        QCOMPARE(chart.StartTime, before.StartTime);
-        QCOMPARE(chart.EndTime, wall("2026-11-03T08:15:59"));
+        QVERIFY(answers.said.value(0).contains("ends before"));
+        QCOMPARE(chart.StartTime, wall("2026-11-14T00:00:00"));
+        QCOMPARE(chart.EndTime, wall("2026-11-15T08:15:59"));
     }
 
     void rangeAsTyped_data()
     {
         const Rows<QString, QString> row("typed", "range");
         row("the year alone", "2027\t", "2027-11-01 08:15");
-        row("over the first part", "2027-10-02 07:14", "2027-10-02 07:14");
         row("short numbers", "2027-2-3 7:04", "2027-02-03 07:04");
         row("over everything", "*2027-10-02", "2027-10-02 08:15");
         row("after a day that the month lacks", "*2027-10-31\t2027-2-3", "2027-02-03 08:15");
-        row("pasted over everything", "*=2027-10-02", "2027-10-02 08:15");
         row("pasted with a time", "*=2027-10-02 07:14", "2027-10-02 07:14");
     }
     void rangeAsTyped()
@@ -411,28 +357,6 @@ private Q_SLOTS:
             }
         }
         QTEST(range.start().toString("yyyy-MM-dd HH:mm"), "range");
-    }
-
-    void rangeThatEndsTooEarly()
-    {
-        clsGraphDef chart; // without dates: the last seven days are proposed
-        chart.SubFrequency = 1;
-        chart.ChartDuration = CustomRange;
-        Answers answers;
-        QDateTime proposed;
-        answers.add([&](QWidget &window) {
-            proposed = control<QDateTimeEdit>(window, "txtStart")->dateTime();
-            control<QDateTimeEdit>(window, "txtEnd")->setDateTime(wall("2026-10-03T08:15:00"));
-            answers.click(QMessageBox::Ok);
-            control<QPushButton>(window, "cmdOK")->click();
-            window.findChild<QMenu *>()->actions().at(LastSevenDays)->trigger();
-            control<QPushButton>(window, "cmdOK")->click();
-        });
-        QVERIFY(editCustomRange(chart, {"Servers", "Links"}, nullptr));
-        QVERIFY(answers.said.value(0).contains("ends before"));
-        QCOMPARE(proposed, wall("2026-11-14T00:00:00"));
-        QCOMPARE(chart.StartTime, proposed);
-        QCOMPARE(chart.EndTime, wall("2026-11-20T23:59:59"));
     }
 };
 

@@ -1,4 +1,3 @@
-#include "support/Rows.h"
 #include "ui/IndicatorStyle.h"
 #include "ui/Widgets.h"
 
@@ -44,15 +43,8 @@ class tst_Looks : public QObject
     Q_OBJECT
 
 private Q_SLOTS:
-    void outlinesUncheckedIndicators_data()
-    {
-        const Rows<QStyle::PrimitiveElement> row("element");
-        row("check box", QStyle::PE_IndicatorCheckBox);
-        row("radio button", QStyle::PE_IndicatorRadioButton);
-    }
     void outlinesUncheckedIndicators()
     {
-        QFETCH(QStyle::PrimitiveElement, element);
         const std::unique_ptr<QStyle> plain(QStyleFactory::create("Fusion"));
         const QPalette light(QColor(0xef, 0xef, 0xef));
         QPalette dark(QColor(0x35, 0x35, 0x35), QColor(0x2b, 0x2b, 0x2b));
@@ -60,32 +52,22 @@ private Q_SLOTS:
         QApplication::setStyle("Fusion");
         installIndicatorStyle();
         const QStyle &ours = *QApplication::style();
-        QVERIFY(contrast(indicator(*plain, element, dark), dark) < 40); // the reason for ours
-        QVERIFY(contrast(indicator(ours, element, dark), dark) > 90);
-        QCOMPARE(indicator(ours, element, light), indicator(*plain, element, light));
+        for (const auto element : {QStyle::PE_IndicatorCheckBox, QStyle::PE_IndicatorRadioButton}) {
+            QVERIFY(contrast(indicator(*plain, element, dark), dark) < 40); // the reason for ours
+            QVERIFY(contrast(indicator(ours, element, dark), dark) > 90);
+            QCOMPARE(indicator(ours, element, light), indicator(*plain, element, light));
+        }
     }
 
-    void leavesOtherStyles()
-    {
-        QApplication::setStyle("Windows");
-        const QStyle *before = QApplication::style();
-        installIndicatorStyle();
-        QCOMPARE(QApplication::style(), before);
-    }
-
-    void wrapsToolTips_data()
-    {
-        const Rows<QString> row("text");
-        row("words", QStringLiteral("Cannot write <file> ").repeated(20));
-        row("path", QStringLiteral("/a-folder-with-a-long-name").repeated(16));
-    }
     void wrapsToolTips()
     {
-        QFETCH(QString, text);
-        QLabel tip(wrappingToolTip(text)); // as tool tips are shown
-        tip.setWordWrap(Qt::mightBeRichText(tip.text()));
-        QVERIFY2(tip.sizeHint().width() < 700, qPrintable(QString::number(tip.sizeHint().width())));
-        QVERIFY(tip.heightForWidth(tip.sizeHint().width()) > 2 * tip.fontMetrics().height());
+        for (const QString text : {"Cannot write <file> ", "/a-folder-with-a-long-name"}) {
+            QLabel tip(wrappingToolTip(text.repeated(20))); // as tool tips are shown
+            tip.setWordWrap(Qt::mightBeRichText(tip.text()));
+            const int width = tip.sizeHint().width();
+            QVERIFY2(width < 700, qPrintable(QString::number(width)));
+            QVERIFY(tip.heightForWidth(width) > 2 * tip.fontMetrics().height());
+        }
         QCOMPARE(wrappingToolTip({}), QString());
     }
 };

@@ -18,6 +18,7 @@
 #include <QMenu>
 #include <QProgressBar>
 #include <QScrollBar>
+#include <QSplitter>
 
 namespace {
 
@@ -143,46 +144,32 @@ class tst_MainWindow : public QObject
     Q_OBJECT
 
 private Q_SLOTS:
-    void enablesWhatTheSelectionAllows_data()
+    void changesOneReportAtATime()
     {
-        const Rows<QStringList, bool, bool> row("selected", "run", "change");
-        row("none", {}, false, false);
-        row("one", {"Beta"}, true, true);
-        row("two", {"Alpha", "Beta"}, true, false);
-    }
-    void enablesWhatTheSelectionAllows()
-    {
-        QFETCH(QStringList, selected);
-        QFETCH(bool, run);
-        QFETCH(bool, change);
         const Site site;
-        site.select(selected);
-        for (const QString what : {"Add", "View", "Modify", "Remove", "Open"}) {
-            const bool enabled = what == "Add" || (what == "View" ? run : change);
-            QCOMPARE(site.action(qPrintable("mnuReport" + what))->isEnabled(), enabled);
-            QCOMPARE(site.button(qPrintable("cmdReport" + what))->isEnabled(), enabled);
+        for (const QStringList &selected : {QStringList(), {"Alpha", "Beta"}, {"Beta"}}) {
+            site.select(selected);
+            QCOMPARE(site.button("cmdReportModify")->isEnabled(), selected.size() == 1);
+            QCOMPARE(site.action("mnuReportView")->isEnabled(), !selected.isEmpty());
+            if (selected.size() == 1)
+                return;
+            site.press(Qt::Key_Return);
+            site.press(Qt::Key_Delete);
+            QVERIFY(site.answers.said.isEmpty()); // no window came up
         }
-        if (change)
-            return;
-        site.press(Qt::Key_Return);
-        site.press(Qt::Key_Delete);
-        QVERIFY(site.answers.said.isEmpty()); // no window came up
     }
 
     void sortsByAClickOnAHeader()
     {
         const Site site;
-        const QStringList backwards{"Gamma", "Beta", "Alpha"};
         QCOMPARE(site.titles(), allTitles);
         site.select({"Beta"});
         QHeaderView *header = site.list()->header();
         const QPoint title(header->sectionViewportPosition(0) + 10, header->height() / 2);
         QTest::mouseClick(header->viewport(), Qt::LeftButton, {}, title);
-        QCOMPARE(site.titles(), backwards);
-        QTest::mouseClick(header->viewport(), Qt::LeftButton, {}, title);
+        QCOMPARE(site.titles(), QStringList({"Gamma", "Beta", "Alpha"}));
+        site.list()->sortByColumn(6, Qt::AscendingOrder); // the next run
         QCOMPARE(site.titles(), allTitles);
-        site.list()->sortByColumn(6, Qt::DescendingOrder); // the next run
-        QCOMPARE(site.titles(), backwards);
         QCOMPARE(site.list()->selectedIds(), QStringList("{Beta}"));
     }
 
@@ -190,16 +177,11 @@ private Q_SLOTS:
     {
         const LocalZone zone("UTC");
         const Site site;
-        QStringList shown;
-        for (int row = 0; row < 3; ++row) {
-            for (const int column : {0, 2, 5, 6})
-                shown.append(site.cell(row, column));
-        }
         const QDate month = now().date().addDays(1 - now().date().day()).addMonths(1);
-        QCOMPARE(shown, QStringList({"Alpha", "1", "", "Due now",                          //
-                                     "Beta", "1", "", month.toString(u"yyyy-MM-dd 06:00"), //
-                                     "Gamma", "1", "", "Not scheduled"}));
-        QCOMPARE(site.cell(2, 4), QString("Never"));
+        QCOMPARE(site.cell(0, 6), "Due now");
+        QCOMPARE(site.cell(1, 6), month.toString(u"yyyy-MM-dd 06:00"));
+        QCOMPARE(site.cell(2, 6), "Not scheduled");
+        QCOMPARE(site.cell(2, 4), "Never");
     }
 
     void asksBeforeAReportGoes()
@@ -209,10 +191,7 @@ private Q_SLOTS:
         site.select({"Beta"});
         site.answers.click(QMessageBox::No);
         site.press(Qt::Key_Delete);
-        QCOMPARE(site.answers.said,
-                 QStringList("Remove Report Definition: This operation can NOT be undone.\n"
-                             "Are you sure you wish to remove the report definition “Beta”?"));
-        QCOMPARE(site.titles(), allTitles);
+        QVERIFY(site.answers.said.value(0).endsWith("remove the report definition “Beta”?"));
         QCOMPARE(site.box.read(definitionFile), before);
         site.answers.click(QMessageBox::Yes);
         site.button("cmdReportRemove")->click();
@@ -232,16 +211,14 @@ private Q_SLOTS:
     void opensTheEditor_data()
     {
         const Rows<Qt::Key, Qt::KeyboardModifier, QStringList> row("key", "modifier", "titles");
-        row("Return", Qt::Key_Return, Qt::NoModifier, {"Alpha", "Delta", "Gamma"});
-        row("Enter", Qt::Key_Enter, Qt::KeypadModifier, {"Alpha", "Delta", "Gamma"});
-        row("Ctrl+N", Qt::Key_N, Qt::ControlModifier, {"Alpha", "Beta", "Delta", "Gamma"});
+        row("modify", Qt::Key_Enter, Qt::KeypadModifier, {"Alpha", "Delta", "Gamma"});
+        row("add", Qt::Key_N, Qt::ControlModifier, {"Alpha", "Beta", "Delta", "Gamma"});
     }
     void opensTheEditor()
     {
         QFETCH(Qt::Key, key);
         QFETCH(Qt::KeyboardModifier, modifier);
         QFETCH(QStringList, titles);
-        const bool adds = titles.size() > 3;
         Site site;
         const QByteArray before = site.box.read(definitionFile);
         site.select({"Beta"});
@@ -250,8 +227,6 @@ private Q_SLOTS:
         QVERIFY2(site.answers.said.isEmpty(), qPrintable(site.answers.said.join('|')));
         QCOMPARE(site.box.read(definitionFile), before);
         QCOMPARE(site.titles(), allTitles);
-        QCOMPARE(site.status().contains("\nLoading report definition editor.\n"), adds);
-        QCOMPARE(site.status().endsWith("\nIdle."), adds);
 
         site.answers.add([](QWidget &editor) {
             control<QLineEdit>(editor, "txtTitle")->setText("Delta");
@@ -260,7 +235,7 @@ private Q_SLOTS:
             if (editor.isVisible())
                 static_cast<QDialog &>(editor).done(QDialog::Rejected); // the titles tell
         });
-        if (adds)
+        if (titles.size() > 3)
             site.answers.click(QMessageBox::Yes); // though it has no device yet
         site.press(key, modifier);
         QVERIFY2(site.answers.allDone(), qPrintable(site.answers.said.join('|')));
@@ -283,26 +258,20 @@ private Q_SLOTS:
         site.answers.click(QMessageBox::Ok);
         site.press(Qt::Key_O, Qt::ControlModifier);
         QVERIFY(site.answers.said.value(0).contains("Run the report first"));
-        QVERIFY(site.browsed.isEmpty());
 
         site.select({"Beta", "Gamma"});
         site.press(Qt::Key_F5);
         QCOMPARE(site.answers.said.size(), 1);
         QCOMPARE(site.run(), QStringList({"Beta", "Gamma"}));
-        QVERIFY(site.status().startsWith("Idle.\nStarting report build.\n"));
         QVERIFY2(site.status().contains("\nReport run finished: 2 reports.\n"),
                  qPrintable(site.status().right(300)));
-        QCOMPARE(site.button("cmdReportView")->text(), QString("&Run"));
-        QCOMPARE(site.button("cmdReportView")->toolTip(), QString("Click to start reporing..."));
         QCOMPARE(site.list()->selectedIds(), QStringList({"{Beta}", "{Gamma}"}));
         QCOMPARE(site.cell(2, 5), QString("OK"));
-        QVERIFY(site.action("mnuReportAdd")->isEnabled());
 
         site.select({"Gamma"});
         site.button("cmdReportOpen")->click();
         QCOMPARE(site.browsed, QStringList({nativePath(outputFolder() + "REPORTS.HTM"),
                                             nativePath(reportPage("{Gamma}"))}));
-
         QDesktopServices::setUrlHandler("file", &site, "isMissing");
         site.answers.click(QMessageBox::Ok);
         site.button("cmdReportOpen")->click();
@@ -315,25 +284,19 @@ private Q_SLOTS:
         Site site;
         site.select({"Beta"});
         QStringList enabled;
-        QString toolTip;
-        int most = 0;
         QTimer::singleShot(0, this, [&] {
             for (QAction *action : site.window->findChildren<QAction *>()) {
                 if (action->objectName().startsWith("mnu") && action->isEnabled())
                     enabled.append(action->objectName());
             }
-            toolTip = site.button("cmdReportView")->toolTip();
             site.list()->doubleClicked(site.list()->model()->index(0, 0));
         });
-        connect(control<QProgressBar>(*site.window, "pbarCurrent"), &QProgressBar::valueChanged,
-                this, [&](int value) { most = std::max(most, value); });
         site.button("cmdReportView")->click();
         enabled.sort();
         QCOMPARE(enabled, QStringList({"mnuFileExit", "mnuHelp", "mnuReportOpen", "mnuReportView",
                                        "mnuToolsCompact"}));
-        QCOMPARE(toolTip, QString("Click to cancel reporting..."));
         QVERIFY(site.answers.said.isEmpty()); // no editor came up
-        QCOMPARE(most, 1);                    // its one item
+        QVERIFY(site.action("mnuReportAdd")->isEnabled());
         QCOMPARE(site.run(), QStringList("Beta"));
     }
 
@@ -342,9 +305,9 @@ private Q_SLOTS:
         Site site;
         const QByteArray before = site.box.read(definitionFile);
         site.select({"Alpha", "Beta"});
-        int most = 0;
+        int done = 0;
         connect(control<QProgressBar>(*site.window, "pbarCurrent"), &QProgressBar::valueChanged,
-                this, [&](int value) { most = std::max(most, value); });
+                this, [&](int value) { done = std::max(done, value); });
         connect(control<StatusBox>(*site.window, "txtStatusInfo"), &QPlainTextEdit::textChanged,
                 this, [&] {
                     if (!CancelRequested && site.status().contains("Summarizing"))
@@ -352,35 +315,27 @@ private Q_SLOTS:
                 });
         site.answers.click(QMessageBox::Ok);
         site.button("cmdReportView")->click();
-        QCOMPARE(most, 0); // what was not done does not count as done
+        QCOMPARE(done, 0); // what was not done does not count as done
         QCOMPARE(site.answers.said, QStringList("Report Execution: Report execution cancelled."));
-        QVERIFY(site.status().contains("\nCancel requested.\n"));
         QVERIFY(site.status().endsWith("\nReport run cancelled by user."));
-        QCOMPARE(site.button("cmdReportView")->text(), QString("&Run"));
         QVERIFY(site.browsed.isEmpty());
         QCOMPARE(site.box.read(definitionFile), before);
     }
 
-    void countsDown_data()
-    {
-        const Rows<int, int> row("elapsed", "minutes"); // milliseconds
-        row("at once", 0, 60);
-        row("a second short", minute - 1000, 60);
-        row("a minute", minute, 59);
-        row("the last", 60 * minute - 1, 1);
-        row("clock set back", -5 * minute, 55);
-    }
     void countsDown()
     {
-        QFETCH(int, elapsed);
-        QFETCH(int, minutes);
         Site site;
         FrozenClock clock("2024-05-01T10:00:00");
         site.automate();
         QVERIFY(site.panel().isEmpty()); // it starts
-        clock.advance(elapsed);
-        site.window->tick();
-        QCOMPARE(site.panel(), QString("Scheduled report run in %1 minutes.").arg(minutes));
+        for (const auto &[elapsed, minutes] : {std::pair(minute - 1000, 60),
+                                               {1000, 59},
+                                               {59 * minute - 1, 1},
+                                               {1 - 65 * minute, 55}}) {
+            clock.advance(elapsed); // at last the clock is set back
+            site.window->tick();
+            QCOMPARE(site.panel(), QString("Scheduled report run in %1 minutes.").arg(minutes));
+        }
         QVERIFY(!site.status().contains("Starting"));
     }
 
@@ -391,20 +346,12 @@ private Q_SLOTS:
         site.automate();
         site.select({"Gamma"});
         clock.advance(60 * minute);
-        bool isEnabled = true;
-        bool isAutomatic = false;
-        qsizetype selected = 0;
-        QTimer::singleShot(0, this, [&] {
-            isEnabled = site.window->isEnabled();
-            isAutomatic = gAutoMode;
-            selected = site.list()->selectedIds().size();
-        });
+        bool isLeftAlone = false;
+        QTimer::singleShot(0, this, [&] { isLeftAlone = gAutoMode && !site.window->isEnabled(); });
         site.window->tick();
-        QVERIFY(!isEnabled && isAutomatic);
-        QCOMPARE(selected, 3);
+        QVERIFY(isLeftAlone && site.window->isEnabled() && !gAutoMode);
         QCOMPARE(site.run(), QStringList("Alpha"));
         QVERIFY(site.browsed.isEmpty());
-        QVERIFY(site.window->isEnabled() && !gAutoMode);
         QVERIFY(site.window->findChild<QTimer *>("Timer1")->isActive());
         site.window->tick();
         QCOMPARE(site.panel(), QString("Scheduled report run in 60 minutes."));
@@ -421,9 +368,7 @@ private Q_SLOTS:
             box.close();
         });
         site.action("mnuToolsCompact")->trigger();
-        QCOMPARE(site.answers.said,
-                 QStringList("Feature Removed: Please use the Compact Database option from the "
-                             "Vantrel Console Tools menu."));
+        QVERIFY(site.answers.said.value(0).startsWith("Feature Removed: Please use"));
         QCOMPARE(site.run(), QStringList());
         QVERIFY(site.panel().contains("waits"));
         site.window->tick();
@@ -455,20 +400,19 @@ private Q_SLOTS:
     {
         Site site;
         QAction *automate = site.action("mnuToolsAutomate");
+        auto *tools = site.window->findChild<QMenu *>("mnuTools");
         site.answers.add([&site](QWidget &dialog) {
             site.window->tick(); // nothing counts down yet
             site.window->tick();
             QTest::keyClick(&dialog, Qt::Key_Escape);
         });
         automate->trigger();
-        QVERIFY(!automate->isChecked());
-        QVERIFY(site.panel().isEmpty());
+        QVERIFY(!automate->isChecked() && site.panel().isEmpty());
         QVERIFY(site.scheduler.list.isEmpty());
 
         site.answers.add([](QWidget &dialog) { QTest::keyClick(&dialog, Qt::Key_Return); });
         site.answers.click(QMessageBox::Ok);
         automate->trigger();
-        QVERIFY(automate->isChecked());
         QCOMPARE(site.scheduler.saved.parameters,
                  QStringList({"/AUTO", "--home", site.box.path()}));
         site.window->tick();
@@ -478,21 +422,22 @@ private Q_SLOTS:
         site.answers.click(QMessageBox::Ok);
         automate->trigger();
         QVERIFY(site.answers.said.last().endsWith("[70] no rights"));
-        QVERIFY(automate->isChecked()); // nothing was taken back
-        auto *menu = site.window->findChild<QMenu *>("mnuTools");
-        Q_EMIT menu->aboutToShow();
+        Q_EMIT tools->aboutToShow();
         QVERIFY(automate->isChecked() && !site.panel().isEmpty()); // as far as is known
         QCOMPARE(site.status().count("Error reading the scheduled tasks [70] no rights"), 1);
         site.scheduler.fails = false;
         site.scheduler.list.clear(); // by another hand
-        Q_EMIT menu->aboutToShow();
+        Q_EMIT tools->aboutToShow();
         QVERIFY(!automate->isChecked() && site.panel().isEmpty());
-        site.scheduler.list = "VantrelGraphTool\n";
-        Q_EMIT menu->aboutToShow();
-        QVERIFY(automate->isChecked());
+    }
 
+    void automationOfAnotherHome()
+    {
+        Site site;
+        QAction *automate = site.action("mnuToolsAutomate");
+        site.automate();
         site.scheduler.saved.workingDirectory = "/srv/other";
-        Q_EMIT menu->aboutToShow();
+        Q_EMIT site.window->findChild<QMenu *>("mnuTools")->aboutToShow();
         QVERIFY(!automate->isChecked() && site.panel().isEmpty());
         QVERIFY(site.status().contains("another folder, '/srv/other', not those of"));
         site.answers.click(QMessageBox::No);
@@ -506,9 +451,8 @@ private Q_SLOTS:
         QCOMPARE(site.scheduler.saved.workingDirectory, site.box.path());
 
         automate->trigger();
-        QVERIFY(!automate->isChecked());
+        QVERIFY(!automate->isChecked() && site.panel().isEmpty());
         QCOMPARE(site.scheduler.deleted, QStringList("VantrelGraphTool"));
-        QVERIFY(site.panel().isEmpty());
     }
 
     void saysWhichDefinitionsAreBroken()
@@ -525,10 +469,27 @@ private Q_SLOTS:
         site.answers.click(QMessageBox::Ok);
         site.button("cmdReportView")->click();
         QVERIFY(site.answers.said.value(1).contains("ChartDefs.XML:3:"));
-        QCOMPARE(site.answers.said.value(2),
-                 QString("Report Execution: Report execution cancelled."));
         QCOMPARE(site.run(), QStringList());
         QCOMPARE(site.box.read("Config/ChartDefs.XML"), broken);
+    }
+
+    void layoutComesBack()
+    {
+        const Site site;
+        auto *info = site.window->findChild<QSplitter *>("sspInfo");
+        site.window->setGeometry(40, 50, 620, 480);
+        info->setSizes({100, 300});
+        site.list()->header()->resizeSection(1, 177);
+        site.list()->header()->moveSection(0, 1);
+        site.window->close();
+        MemoryScheduler scheduler;
+        frmGrapherMain again(scheduler, {});
+        again.restoreLayout();
+        again.show();
+        QCOMPARE(again.geometry(), QRect(40, 50, 620, 480));
+        QCOMPARE(again.findChild<QSplitter *>("sspInfo")->sizes(), info->sizes());
+        QCOMPARE(control<ReportView>(again, "lvReports")->header()->saveState(),
+                 site.list()->header()->saveState());
     }
 
     void followsTheStatusToItsEnd()
@@ -545,17 +506,11 @@ private Q_SLOTS:
             box.addLine(QStringLiteral("a line that wraps ").repeated(i % 9));
             QVERIFY2(showsEnd(), qPrintable(QString::number(i)));
         }
-        for (const QSize size : {QSize(180, 100), QSize(180, 60), QSize(400, 200)}) {
-            box.resize(size);
-            QVERIFY(showsEnd());
-        }
-        box.verticalScrollBar()->setValue(3); // the reader looks back
-        box.resize(300, 100);
-        box.addLine(QStringLiteral("a line that wraps ").repeated(9));
-        QVERIFY(box.verticalScrollBar()->value() < 10);
-        box.verticalScrollBar()->setValue(box.verticalScrollBar()->maximum());
-        box.addLine(QStringLiteral("a line that wraps ").repeated(9));
+        box.resize(180, 60);
         QVERIFY(showsEnd());
+        box.verticalScrollBar()->setValue(3); // the reader looks back
+        box.addLine("more");
+        QVERIFY(box.verticalScrollBar()->value() < 10);
     }
 
     void cutsTheStatusText()

@@ -58,15 +58,6 @@ struct Editor : Controls<frmReportDefEditor>
     {
         scheduleAt(row)->setCheckState(checked ? Qt::Checked : Qt::Unchecked);
     }
-    /// Each without its day.
-    QString nextRuns() const
-    {
-        QStringList lines;
-        const auto *list = find<QListWidget>("lvNextRuns");
-        for (int row = 0; row < list->count(); ++row)
-            lines.append(list->item(row)->text().section("  ", 1));
-        return lines.join(" | ");
-    }
 
     const clsReportDef before;
 };
@@ -111,12 +102,9 @@ private Q_SLOTS:
     void opensAndStores()
     {
         const Editor editor(m_report);
+        editor.checkLetters();
+        QVERIFY(!editor.hasChanges() && editor.changesNothing());
         auto *title = editor.find<QLineEdit>("txtTitle");
-        QCOMPARE(title->text(), "Weekly");
-        QCOMPARE(editor.find<QComboBox>("cboChart")->currentText(), "Chart 2");
-        QVERIFY(!editor.find<QPushButton>("cmdTryAgain")->isVisible());
-        QVERIFY(!editor.hasChanges());
-        QVERIFY(editor.changesNothing());
         title->selectAll();
         QTest::keyClicks(title, " Daily ");
         QVERIFY(editor.hasChanges());
@@ -129,26 +117,24 @@ private Q_SLOTS:
 
     void refusals_data()
     {
-        const Rows<QString, QString, QString, QString> row("title", "chart", "message", "field");
-        row("no title", "  ", "{C-1}", "title", "txtTitle");
-        row("no chart", "A", "", "chart", "cboChart");
-        row("a chart that is gone", "A", "{C-9}", "chart", "cboChart");
+        const Rows<QString, QString, QString> row("title", "chart", "field");
+        row("title", "  ", "{C-1}", "txtTitle");
+        row("chart definition", "A", "{C-9}", "cboChart"); // gone
     }
     void refusals()
     {
         QFETCH(QString, title);
         QFETCH(QString, chart);
-        QFETCH(QString, message);
         m_report.ReportTitle = title;
         m_report.ChartID = chart;
         const Editor editor(m_report);
-        QVERIFY(!editor.hasChanges());
         QCOMPARE(editor.result().ChartID, chart);
         Answers answers;
         answers.click(QMessageBox::Ok);
         editor.click("cmdOK");
         QVERIFY(editor.isVisible());
-        QVERIFY2(answers.said.value(0).contains(message), qPrintable(answers.said.join('|')));
+        QVERIFY2(answers.said.value(0).contains(QTest::currentDataTag()),
+                 qPrintable(answers.said.join('|')));
         QTEST(editor.focusWidget()->objectName(), "field");
     }
 
@@ -169,30 +155,21 @@ private Q_SLOTS:
     /// Shown at once; asked about on OK where the changes have brought them.
     void warnings()
     {
-        auto twin = std::make_shared<clsReportDef>(m_report);
-        gReportDefs.add("{TWIN}", twin);
-        {
-            const Editor editor(m_report);
-            QVERIFY(editor.find<QLabel>("lblWarnings")->isVisible());
-            editor.click("cmdOK"); // nothing new
-            QCOMPARE(editor.tag(), "SAVE");
-        }
-        twin->ReportTitle = "daily  report";
+        gReportDefs.add("{TWIN}", std::make_shared<clsReportDef>(m_report));
+        const Editor unchanged(m_report);
+        QCOMPARE(unchanged.text("lblWarnings"), "The title 'Weekly' is given twice.");
+        unchanged.click("cmdOK"); // nothing new
+        QCOMPARE(unchanged.tag(), "SAVE");
+
         const Editor editor(m_report);
-        QCOMPARE(editor.text("lblWarnings"), "");
-        editor.find<QLineEdit>("txtTitle")->setText("Daily Report ");
-        QCOMPARE(editor.text("lblWarnings"), "The title 'Daily Report' is given twice.");
         editor.find<QComboBox>("cboChart")->setCurrentText("Chart 1");
         QVERIFY(editor.text("lblWarnings").contains("has a custom range"));
-        QVERIFY(editor.find<QLabel>("lblWarnings")->isVisible());
         Answers answers;
         answers.click(QMessageBox::No);
         editor.click("cmdOK");
         QVERIFY2(answers.said.value(0).endsWith("period.\n\nSave it all the same?"),
                  qPrintable(answers.said.value(0)));
         QVERIFY(editor.isVisible());
-        editor.checkSchedule(2, false);
-        QVERIFY(!editor.text("lblWarnings").contains("custom range"));
         answers.click(QMessageBox::Yes);
         editor.click("cmdOK");
         QVERIFY(answers.allDone() && editor.tag() == u"SAVE");
@@ -224,15 +201,16 @@ private Q_SLOTS:
     {
         const Editor editor(m_report);
         editor.tree()->expand(editor.device(1));
-        editor.tree()->setCurrentIndex(editor.device(1));
-        const QString name = editor.device(1).data().toString();
+        const QModelIndex item = editor.tree()->model()->index(2, 0, editor.device(1));
+        const QString id = item.siblingAtColumn(DeviceTree::Id).data().toString();
+        editor.tree()->setCurrentIndex(item);
         editor.search("nowhere");
-        editor.search(name);
-        QCOMPARE(editor.device(0).data().toString(), name);
+        editor.search(m_plan.devices[2].muid);
         editor.search("");
         QVERIFY(editor.tree()->isExpanded(editor.device(1)));
         QVERIFY(!editor.tree()->isExpanded(editor.device(2)));
-        QCOMPARE(editor.tree()->currentIndex().data().toString(), name);
+        const QModelIndex current = editor.tree()->currentIndex();
+        QCOMPARE(current.siblingAtColumn(DeviceTree::Id).data().toString(), id);
     }
 
     void bulkButtons()
@@ -260,7 +238,6 @@ private Q_SLOTS:
     {
         const Editor editor(m_report);
         const QModelIndex item = editor.tree()->model()->index(0, 0, editor.device(0));
-        editor.tree()->expand(item.parent());
         editor.tree()->setCurrentIndex(item);
         QString offered;
         QTimer::singleShot(0, &editor, [&] {
@@ -272,7 +249,6 @@ private Q_SLOTS:
         QContextMenuEvent event(QContextMenuEvent::Keyboard, QPoint(), QPoint());
         QApplication::sendEvent(editor.tree(), &event);
         QVERIFY2(offered.contains(item.data().toString()), qPrintable(offered));
-        QVERIFY2(offered.endsWith("on all devices"), qPrintable(offered));
         QVERIFY(editor.result().ReportDevices.size() > 1);
     }
 
@@ -284,7 +260,6 @@ private Q_SLOTS:
                  "2 devices, 3 data items selected of 5 and 20; of these not in the database: 1 "
                  "device, 1 data item");
         QVERIFY(editor.tree()->isExpanded(editor.device(0)));
-        QVERIFY(!editor.device(0).data(Qt::DecorationRole).isNull());
         QVERIFY(!editor.hasChanges() && editor.changesNothing());
         editor.tree()->setCurrentIndex(editor.device(0));
         QTest::keyClick(editor.tree(), Qt::Key_Space);
@@ -322,15 +297,15 @@ private Q_SLOTS:
     {
         const FrozenClock clock("2024-03-06T10:20:00");
         const Editor editor(m_report);
-        QCOMPARE(editor.nextRuns(), "12:00  At 6,12 | 06:00  At 6,12 | 12:00  At 6,12 | "
-                                    "06:00  At 6,12 | 12:00  At 6,12");
-        editor.checkSchedule(0); // in the order of their names
-        QCOMPARE(editor.scheduleAt(0)->text(), "At  (not scheduled)");
-        editor.checkSchedule(1);
-        QVERIFY(editor.nextRuns().startsWith("12:00  At 12, At 6,12 | 06:00  At 6,12"));
+        const auto *runs = editor.find<QListWidget>("lvNextRuns");
+        QCOMPARE(runs->count(), 5);
+        QVERIFY(runs->item(0)->text().endsWith("12:00  At 6,12"));
+        editor.checkSchedule(1); // in the order of their names
+        QVERIFY(runs->item(0)->text().endsWith("12:00  At 12, At 6,12"));
+        QVERIFY(runs->item(1)->text().endsWith("06:00  At 6,12"));
+        editor.checkSchedule(0);
         editor.checkSchedule(1, false);
         editor.checkSchedule(2, false);
-        const auto *runs = editor.find<QListWidget>("lvNextRuns");
         QCOMPARE(runs->item(0)->text(), "The selected schedules never run.");
         editor.checkSchedule(0, false);
         QVERIFY(runs->item(0)->text().startsWith("No schedule is selected"));
@@ -359,8 +334,6 @@ private Q_SLOTS:
     {
         const Editor editor(reportWith(R"(<SCHEDULE ScheduleID="{S-9}"/>)"));
         QVERIFY(editor.scheduleAt(0)->text().contains("{S-9}"));
-        editor.find<QListWidget>("lvSchedules")->setCurrentRow(0);
-        QVERIFY(!editor.find<QPushButton>("cmdScheduleModify")->isEnabled());
         QVERIFY(editor.result().ReportSchedules.contains("{S-9}"));
         editor.checkSchedule(0, false);
         QVERIFY(!editor.result().ReportSchedules.contains("{S-9}"));
@@ -402,17 +375,6 @@ private Q_SLOTS:
         QCOMPARE(editor.result().ChartID, "{C-2}");
         LoadChartDefs();
         QCOMPARE(gChartDefs.find("{C-2}")->ChartTitle, title);
-    }
-
-    void keyboard()
-    {
-        Editor editor(m_report);
-        editor.checkLetters();
-        QCOMPARE(editor.tabOrder(),
-                 "txtTitle cboChart cmdChartAdd cmdChartModify txtSearch chkSelectedOnly cboKind "
-                 "cmdKindCheck cmdKindClear tvDevices cmdSelectShown cmdClearShown lvSchedules "
-                 "cmdScheduleAdd cmdScheduleModify lvNextRuns txtOutputFile txtOutputTemplate "
-                 "cmdBrowseTemplate txtOutputFolder cmdOK cmdCancel cmdHelp");
     }
 };
 

@@ -8,8 +8,6 @@
 
 #include <QAbstractItemView>
 #include <QButtonGroup>
-#include <QSignalSpy>
-#include <QWheelEvent>
 
 namespace {
 
@@ -69,14 +67,10 @@ private Q_SLOTS:
     void kinds_data()
     {
         const Rows<int, int, int> row("code", "option", "written");
-        row("not scheduled", 0, 4, 0);
+        row("not scheduled", NotScheduled, 4, 0);
         row("daily of old", 1, 0, 2);
-        row("daily", 2, 0, 2);
-        row("weekly", 3, 1, 3);
-        row("monthly", 4, 2, 4);
-        row("yearly", 5, 3, 5);
+        row("weekly", Weekly, 1, 3);
         row("unknown", 6, -1, 6);
-        row("negative", -1, -1, -1);
     }
     void kinds()
     {
@@ -86,48 +80,10 @@ private Q_SLOTS:
         QTEST(editor.result().SchedInterval, "written");
         QVERIFY(!editor.hasChanges());
         QCOMPARE(editor.list("sscomboWeekDays")->isEnabled(), code == Weekly);
-        for (const char *name : {"lblHours", "lblMonths", "chkReschedule", "cmdAutoSet"})
-            QCOMPARE(editor.find<QWidget>(name)->isEnabled(), code != NotScheduled);
-        auto *minutes = editor.find<QSpinBox>("txtRescheduleTime");
-        QVERIFY(!minutes->isEnabled());
-        editor.find<QCheckBox>("chkReschedule")->setChecked(true);
-        QCOMPARE(minutes->isEnabled(), code != NotScheduled);
+        QCOMPARE(editor.find<QCheckBox>("chkReschedule")->isEnabled(), code != NotScheduled);
         editor.options()->button(3)->click();
         QCOMPARE(editor.result().SchedInterval, qint32(Yearly));
-        QVERIFY(minutes->isEnabled() && !editor.list("sscomboWeekDays")->isEnabled());
-    }
-
-    void clicks_data()
-    {
-        const QStringList all{"a", "b", "c", "d"};
-        const Rows<QStringList, QString, QStringList, QString> row("checked", "clicked", "after",
-                                                                   "summary");
-        row("one", {}, "b", {"b"}, "B");
-        row("one off", {"a", "b"}, "b", {"a"}, "A");
-        row("three", {"d", "a"}, "c", {"a", "c", "d"}, "A, C, D");
-        row("last of all", {"a", "b", "c"}, "d", all, "All");
-        row("ALL", {}, "kAll", all, "All");
-        row("ALL off", {"kAll", "a"}, "kAll", {"a"}, "A");
-        row("ALL holds", QStringList("kAll") + all, "b", all, "All");
-        row("None", all, "kNone", {}, "None");
-        row("None holds", {"kNone"}, "b", {}, "None");
-        row("None goes before ALL", {"kAll", "a"}, "kNone", {}, "None");
-        row("ALL under None", {"kNone", "a"}, "kAll", {}, "None");
-        row("unknown", {"a"}, "z", {"a"}, "A");
-    }
-    void clicks()
-    {
-        QFETCH(QStringList, checked);
-        QFETCH(QString, clicked);
-        CheckListCombo box("box");
-        for (const char *key : {"a", "b", "c", "d"})
-            box.addEntry(key, QString(key).toUpper());
-        box.setCheckedKeys(checked);
-        const bool wasSpecial = box.isChecked(CheckListCombo::allKey);
-        box.click(clicked);
-        QTEST(box.checkedKeys(), "after");
-        QTEST(box.summary(), "summary");
-        QCOMPARE(box.isChecked(CheckListCombo::allKey), wasSpecial != (clicked == "kAll"));
+        QVERIFY(!editor.list("sscomboWeekDays")->isEnabled());
     }
 
     void keyboardAndMouse()
@@ -136,9 +92,7 @@ private Q_SLOTS:
         editor.show();
         auto *hours = editor.list("sscomboHours");
         auto *popup = hours->view();
-        QSignalSpy changes(hours, &CheckListCombo::checksChanged);
         QTest::keyClick(hours, Qt::Key_Down, Qt::AltModifier);
-        QVERIFY(popup->isVisible());
         for (int i = 0; i < 4; ++i)
             QTest::keyClick(popup, Qt::Key_Down);
         QTest::keyClick(popup, Qt::Key_Space);
@@ -146,23 +100,14 @@ private Q_SLOTS:
         popup->scrollTo(entry);
         QTest::mouseClick(popup->viewport(), Qt::LeftButton, {}, popup->visualRect(entry).center());
         QVERIFY(popup->isVisible());
-        QCOMPARE(hours->checkedKeys(), (QStringList{"k02", "k03"}));
-        QTest::keyClick(popup, Qt::Key_Return);
-        QVERIFY(!popup->isVisible());
-        QTest::keyClick(hours, Qt::Key_Space);
-        QVERIFY(popup->isVisible());
         QTest::keyClick(popup, Qt::Key_Escape);
-        QVERIFY(!popup->isVisible());
-        QVERIFY(editor.isVisible());
+        QVERIFY(!popup->isVisible() && editor.isVisible());
 
         // Nothing to be changed without the list.
-        QWheelEvent wheel({5, 5}, hours->mapToGlobal(QPointF(5, 5)), {}, {0, -120}, {}, {},
-                          Qt::NoScrollPhase, false);
-        QApplication::sendEvent(hours, &wheel);
+        turnWheelOver(hours);
         QTest::keyClick(hours, Qt::Key_0);
         QTest::keyClick(hours, Qt::Key_Up);
         QCOMPARE(hours->summary(), "02:00, 03:00");
-        QCOMPARE(changes.count(), 2);
     }
 
     void lists_data()
@@ -172,15 +117,15 @@ private Q_SLOTS:
         row("untouched text stays", "sscomboHours", " 7,99,x,23", "07:00, 23:00", "", " 7,99,x,23");
         row("two digits", "sscomboHours", "7,99,x,23", "07:00, 23:00", "k00", "00,07,23");
         row("taken back", "sscomboHours", "7,99", "07:00", "k08 k08", "7,99");
-        row("many", "sscomboHours", "23,0,6,7,12", "00:00, 06:00 and 3 more", "", "23,0,6,7,12");
+        row("ALL off", "sscomboMonths", "", "None", "kAll kAll", allMonths);
+        row("ALL holds", "sscomboMonths", "", "None", "kAll k03", allMonths);
+        row("None holds", "sscomboMonths", "1", "January", "kNone k03", "");
+        row("ALL under None", "sscomboMonths", allMonths, "All", "kNone kAll", "");
         row("both forms", "sscomboMonths", "7,07", "July", "k01", "01,07");
-        row("blank inside", "sscomboMonths", "1, 2", "January", "k03", "01,03");
         row("week days are plain", "sscomboWeekDays", "0,01,2,7", "Monday, Saturday", "k1",
             "1,2,7");
         row("Last", "sscomboMonthDay", "32", "Last", "k01", "01,32");
-        row("first and last", "sscomboWeekDays", "1,7", "Sunday, Saturday", "k2", "1,2,7");
         row("ALL takes Last", "sscomboMonthDay", "", "None", "kAll", allMonthDays);
-        row("None", "sscomboHours", "1,2", "01:00, 02:00", "kNone", "");
     }
     void lists()
     {
@@ -206,47 +151,29 @@ private Q_SLOTS:
         row("weekly", 1, "every Sunday", {"00", "1", allMonthDays, allMonths});
         row("monthly", 2, "1st of every month", {"00", "", "01", allMonths});
         row("yearly", 3, "every January 1st", {"00", "", "01", "01"});
+        row("no kind", -1, "choose first", {"5", "3", "9", "4"});
     }
     void presets()
     {
         QFETCH(int, option);
         QFETCH(QString, question);
-        const Editor editor(scheduleOf(Daily, "5", "3", "9", "4"));
-        editor.options()->button(option)->click();
+        const Editor editor(scheduleOf(9, "5", "3", "9", "4"));
+        if (option >= 0)
+            editor.options()->button(option)->click();
         Answers answers;
-        answers.add([](QWidget &box) {
-            QVERIFY(static_cast<QMessageBox &>(box).defaultButton()->text().contains("No"));
-            box.close();
-        });
+        answers.add([](QWidget &box) { box.close(); });
         editor.click("cmdAutoSet");
-        QCOMPARE(answers.said, QStringList("Auto Set Frequency: Set schedule to " + question +
-                                           " at 00:00\nAuto configure the scheduled dates?"));
+        QVERIFY2(answers.said.value(0).contains(question), qPrintable(answers.said.value(0)));
         QCOMPARE(listsOf(editor.result()), listsOf(editor.before));
-        answers.click(QMessageBox::Yes);
+        answers.click(option < 0 ? QMessageBox::Ok : QMessageBox::Yes);
         editor.click("cmdAutoSet");
         QTEST(listsOf(editor.result()), "lists");
-        QCOMPARE(editor.list("sscomboMonths")->isChecked(CheckListCombo::allKey), option != 3);
-        QVERIFY(editor.text("lblNextRuns").endsWith("00:00"));
-    }
-
-    void presetWithoutKind()
-    {
-        const Editor editor(scheduleOf(9, "5", "3", "9", "4"));
-        Answers answers;
-        answers.click(QMessageBox::Ok);
-        editor.click("cmdAutoSet");
-        QVERIFY(answers.said.value(0).contains("choose first"));
-        QVERIFY(!editor.hasChanges());
     }
 
     void runs_data()
     {
         const QString months = "1,2,3,4,5,6,7,8,9,10,11,12";
         const Rows<clsScheduleDef, QString, QString> row("schedule", "shown", "hint");
-        row("weekly", scheduleOf(Weekly, "6", "2", allMonthDays, months),
-            "Monday 2026-11-23 06:00\nMonday 2026-11-30 06:00\nMonday 2026-12-07 06:00\n"
-            "Monday 2026-12-14 06:00\nMonday 2026-12-21 06:00",
-            "");
         row("Last among others", scheduleOf(Daily, "6,12,18", "", "24,32", "12"),
             "Thursday 2026-12-24 06:00\nThursday 2026-12-24 12:00\nThursday 2026-12-24 18:00\n"
             "Friday 2027-12-24 06:00\nFriday 2027-12-24 12:00",
@@ -254,14 +181,10 @@ private Q_SLOTS:
         row("a leap year between", scheduleOf(Yearly, "0", "", "1", "1"),
             "Friday 2027-01-01 00:00\nSaturday 2028-01-01 00:00\nMonday 2029-01-01 00:00", "");
         row("not scheduled", scheduleOf(NotScheduled, "0", "", "1", months), "Not scheduled", "");
-        row("no hour", scheduleOf(Daily, "24", "", "1", months), "never runs: no hour", "");
-        row("no month", scheduleOf(Daily, "0", "", "1", ""), "never runs: no month", "");
         row("no week day", scheduleOf(Weekly, "0", "01", "1", months),
             "never runs: no day of the week", "does not look at the days of the month");
         row("no day", scheduleOf(Daily, "0", "1", "", months), "never runs: no day of the month",
             "");
-        row("Last alone", scheduleOf(Monthly, "0", "", "32", months),
-            "\u201cLast\u201d is the only day", "");
         row("30 February", scheduleOf(Yearly, "0", "", "30,31", "2"), "none of the checked days",
             "");
         row("unknown kind", scheduleOf(7, "0", "", "22", "11"), "Sunday 2026-11-22 00:00",
@@ -292,15 +215,6 @@ private Q_SLOTS:
         QVERIFY(editor.text("lblHint").contains("uncheck it"));
     }
 
-    void keyboard()
-    {
-        Editor editor(scheduleOf(Weekly, "1", "1", "1", "1"));
-        editor.checkLetters();
-        QCOMPARE(editor.tabOrder(),
-                 "txtScheduleName optSchedInterval1 sscomboHours sscomboWeekDays sscomboMonthDay "
-                 "sscomboMonths cmdAutoSet chkReschedule cmdOK cmdCancel cmdHelp");
-    }
-
     void roundTrip()
     {
         clsScheduleDef schedule = scheduleOf(Weekly, "01,23", "2,7", "05,31", "12");
@@ -308,24 +222,18 @@ private Q_SLOTS:
         schedule.Reschedule = true;
         schedule.RescheduleTime = 32'767; // what a file can hold
         const Editor shown(schedule);
+        shown.checkLetters();
         const Editor typed({});
+        typed.find<QLineEdit>("txtScheduleName")->setText("  ");
+        QVERIFY(typed.error().contains("name"));
         typed.copyFields(shown);
         for (const QString &name : listNames)
             typed.list(name)->setCheckedKeys(shown.list(name)->checkedKeys());
         clsScheduleDef empty;
         empty.ScheduleID = schedule.ScheduleID;
         QCOMPARE(typed.stored(empty).XMLConfig(), schedule.XMLConfig());
-    }
-
-    void minutesBelowZeroStay()
-    {
-        clsScheduleDef schedule = scheduleOf(Daily, "1", "1", "1", "1");
-        schedule.RescheduleTime = -3;
-        const Editor editor(schedule);
-        QVERIFY(!editor.hasChanges());
-        QCOMPARE(editor.result().RescheduleTime, -3);
-        editor.find<QLineEdit>("txtScheduleName")->setText("  ");
-        QVERIFY(editor.error().contains("name"));
+        schedule.RescheduleTime = -3; // what no field shows stays
+        QCOMPARE(Editor(schedule).result().RescheduleTime, -3);
     }
 };
 
