@@ -1,7 +1,7 @@
 #include "core/NaturalOrder.h"
-#include "support/Rows.h"
 
 #include <QRandomGenerator>
+#include <QTest>
 
 class TestNaturalOrder : public QObject
 {
@@ -16,26 +16,24 @@ private Q_SLOTS:
         QCOMPARE(foldedText("Straße"), "strasse");
         QCOMPARE(foldedText("東京 Ειρήνη"), "東京 ειρηνη");
     }
-
-    void order_data()
-    {
-        const Rows<QStringList> row("ordered");
-        row("numbers by value", {"srv-1", "srv-2", "srv-10", "srv-100"});
-        row("several", {"1.2.3", "1.2.10", "1.10.1", "2.1.1"});
-        row("number before letters", {"", "-", "7", "a", "a7", "ab"});
-        row("case and accents", {"äa", "Ab", "ac", "Łb", "lc", "Z"});
-        row("nine digits and more", {"99999999", "100000000", "999999999", "1000000000",
-                                     "20000000000000000000000000", "100000000000000000000000000"});
-        row("longer than a number counts", {"n" + QString(8192, u'1'), "n" + QString(8193, u'1')});
-    }
     void order()
     {
-        QFETCH(QStringList, ordered);
-        QStringList mixed = ordered;
-        std::shuffle(mixed.begin(), mixed.end(), *QRandomGenerator::global());
-        std::sort(mixed.begin(), mixed.end(),
-                  [](const QString &a, const QString &b) { return naturalKey(a) < naturalKey(b); });
-        QCOMPARE(mixed, ordered);
+        const QStringList lists[] = {
+            {"srv-1", "srv-2", "srv-10", "srv-100"},
+            {"1.2.3", "1.2.10", "1.10.1", "2.1.1"},
+            {"", "-", "7", "a", "a2b", "a2c", "a10b", "ab"},
+            {"äa", "Ab", "ac", "Łb", "lc", "Z"},
+            {"99999999", "100000000", "999999999", "1000000000", "20000000000000000000000000",
+             "100000000000000000000000000"},
+            {"n" + QString(8192, u'1'), "n" + QString(8193, u'1')}}; // more digits than are counted
+        for (const QStringList &ordered : lists) {
+            QStringList mixed = ordered;
+            std::shuffle(mixed.begin(), mixed.end(), *QRandomGenerator::global());
+            std::sort(mixed.begin(), mixed.end(), [](const QString &a, const QString &b) {
+                return naturalKey(a) < naturalKey(b);
+            });
+            QCOMPARE(mixed, ordered);
+        }
     }
 
     void leadingZerosAreEqual()

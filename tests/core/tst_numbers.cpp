@@ -1,6 +1,7 @@
 #include "core/Numbers.h"
 #include "support/Errors.h"
-#include "support/Rows.h"
+
+#include <QTest>
 
 #include <cmath>
 
@@ -9,18 +10,14 @@ class TestNumbers : public QObject
     Q_OBJECT
 
 private Q_SLOTS:
-    void leading_data()
-    {
-        const Rows<QString, double> row("text", "number");
-        row.each({{"", 0}, {"abc", 0}, {"12", 12}, {"  12abc", 12}, {"-3.5x", -3.5}, {"+7", 7}});
-        row.each({{".5", 0.5}, {"5.", 5}, {".", 0}, {"-", 0}, {"--1", 0}, {"-.e5", 0}});
-        row.each({{"1e3", 1000}, {"1e", 1}, {"1e+x", 1}, {"2E-2;", 0.02}});
-        row.each({{"1,5", 1}, {"1.2.3", 1.2}, {"0x10", 0}, {"inf", 0}, {"nan", 0}});
-    }
     void leading()
     {
-        QFETCH(QString, text);
-        QTEST(leadingNumber(text), "number");
+        for (const auto &[text, number] :
+             {std::pair("", 0.0), {"abc", 0},     {"  12abc", 12}, {"-3.5x", -3.5}, {"+7", 7},
+              {".5", 0.5},        {"5.", 5},      {".", 0},        {"-", 0},        {"--1", 0},
+              {"-.e5", 0},        {"1e3", 1000},  {"1e", 1},       {"1e+x", 1},     {"2E-2;", 0.02},
+              {"1,5", 1},         {"1.2.3", 1.2}, {"0x10", 0},     {"inf", 0},      {"nan", 0}})
+            QVERIFY2(leadingNumber(QString(text)) == number, text);
     }
     void integersRoundToEven()
     {

@@ -180,57 +180,39 @@ private Q_SLOTS:
         }
         QCOMPARE(found, expected);
     }
-
-    void columnTypes_data()
-    {
-        const Rows<FieldType, FieldType, FieldType, QVariant, QString> row(
-            "identType", "stateType", "valueType", "value", "expected");
-        row("bytes", Byte, Byte, Byte, 200, "1 200");
-        row("doubles", Double, Double, Single, 0.25, "1 0.25");
-        row("currency", Currency, Long, Currency, 125'001, "1 12.5001");
-        row("numeric", Long, Long, Numeric, "-7.5", "1 -7.5");
-    }
     void columnTypes()
     {
-        QFETCH(FieldType, identType);
-        QFETCH(FieldType, stateType);
-        QFETCH(FieldType, valueType);
-        QFETCH(QVariant, value);
-        std::vector<Field> fields = sampleFields(identType, stateType, valueType);
-        fields[3].scale = 1;
-        const int ident = identType == Currency ? 30'000 : 3;
-        writeTables(m_otherPath, {{"DataValues", fields, {{ident, m_start, 1, value}}}});
-        const DataSeries series = seriesOf(3);
-        QTEST(QString("%1 %2").arg(series.buckets[0].successes).arg(series.buckets[0].mean),
-              "expected");
-    }
-
-    void refusedColumns_data()
-    {
-        const Rows<QString, int> row("bad", "number");
-        for (const QString name : {"DataIDent", "iDate", "iState", "iValue"}) {
-            row(qPrintable("no " + name), name, ItemNotFound);
-            row(qPrintable(name + " is a text"), name, TypeMismatch);
+        const std::tuple<FieldType, FieldType, FieldType, QVariant, QString> cases[] = {
+            {Byte, Byte, Byte, 200, "1 200"},
+            {Double, Double, Single, 0.25, "1 0.25"},
+            {Currency, Boolean, Currency, 125'001, "-1 12.5001"},
+            {Long, Long, Numeric, "-7.5", "1 -7.5"}};
+        for (const auto &[ident, state, valueType, value, expected] : cases) {
+            std::vector<Field> fields = sampleFields(ident, state, valueType);
+            fields[3].scale = 1;
+            writeTables(
+                m_otherPath,
+                {{"DataValues", fields, {{ident == Currency ? 30'000 : 3, m_start, 1, value}}}});
+            const BucketValue bucket = seriesOf(3).buckets[0];
+            QCOMPARE(QString("%1 %2").arg(bucket.successes).arg(bucket.mean), expected);
         }
     }
     void refusedColumns()
     {
-        QFETCH(QString, bad);
-        QFETCH(int, number);
-        std::vector<Field> fields = sampleFields(Long, Long, Long);
-        Row row{3, m_start, 3, 3};
-        for (size_t i = 0; i < fields.size(); ++i) {
-            if (fields[i].name != bad)
-                continue;
-            fields[i] = {number == ItemNotFound ? "Other" : bad, Text};
-            row[i] = "text";
+        for (const int number : {ItemNotFound, TypeMismatch}) {
+            for (const size_t bad : {0u, 1u, 2u, 3u}) {
+                std::vector<Field> fields = sampleFields(Long, Long, Long);
+                const QString name = fields[bad].name;
+                fields[bad] = {number == ItemNotFound ? "Other" : name, Text};
+                Row row{3, m_start, 3, 3};
+                row[bad] = "text";
+                writeTables(m_otherPath, {{"DataValues", fields, {row}}});
+                const Error error = errorOf([&] { seriesOf(3); });
+                QCOMPARE(error.number, number);
+                for (const QString &part : {m_otherPath, QString("DataValues"), name})
+                    QVERIFY2(error.description.contains(part), error.what());
+            }
         }
-        writeTables(m_otherPath, {{"DataValues", fields, {row}}});
-        const Error error = errorOf([&] { seriesOf(3); });
-        QCOMPARE(error.number, number);
-        QVERIFY2(error.description.contains(m_otherPath) &&
-                     error.description.contains("DataValues") && error.description.contains(bad),
-                 qPrintable(error.description));
     }
 
 private:

@@ -1,4 +1,3 @@
-#include "core/platform/EventLog.h"
 #include "data/Connection.h"
 #include "support/AccessTables.h"
 #include "support/Errors.h"
@@ -16,16 +15,11 @@ private Q_SLOTS:
         m_box = std::make_unique<Sandbox>();
         gDataPath = m_box->path() + u'/';
         m_message.clear();
-        events.clear();
-        setEventObserver([](int number, EventType type, const QString &message) {
-            events.append(QString("%1 %2 %3").arg(number).arg(type).arg(message));
-        });
     }
 
     void cleanup()
     {
         CloseDatabase();
-        setEventObserver(nullptr);
         m_box.reset();
     }
 
@@ -56,7 +50,7 @@ private Q_SLOTS:
                 .arg(gDataPath);
         QVERIFY2(m_message.startsWith(start), qPrintable(m_message));
         QCOMPARE(m_box->status, QStringList({"Opening database connection.", m_message}));
-        QCOMPARE(events, QStringList("6 1 " + m_message));
+        QCOMPARE(m_box->events, QStringList("6 1 " + m_message));
 
         write(1); // the next call tries again
         QVERIFY(OpenDatabase(m_message));
@@ -103,7 +97,6 @@ private:
     }
 
     std::unique_ptr<Sandbox> m_box;
-    static inline QStringList events;
     QString m_message;
 };
 

@@ -160,18 +160,6 @@ private Q_SLOTS:
         QVERIFY(sandbox->read(store->file).contains(store->id + "=\"A\""));
     }
 
-    void failedSaveIsShown_data() { eachStore(); }
-    void failedSaveIsShown()
-    {
-        QFETCH(const Store *, store);
-        sandbox->write(store->file + "/in the way", "x");
-        store->save();
-        QCOMPARE(sandbox->status.size(), 2);
-        QVERIFY2(sandbox->status[1].startsWith("Error saving " + store->what + " [70] "),
-                 qPrintable(sandbox->status[1]));
-        QCOMPARE(sandbox->names(), QStringList(store->file));
-    }
-
     void factoryFileIsCopiedOnce_data() { eachStore(); }
     void factoryFileIsCopiedOnce()
     {

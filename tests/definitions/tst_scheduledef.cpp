@@ -121,35 +121,29 @@ private Q_SLOTS:
         QTEST(IsReportDue(entry, schedule), "due");
         QTEST(shown(schedule.NextRunTime), "next");
     }
-
-    void neverIsNotAYear_data()
-    {
-        const Rows<QString, QString, QString, bool, bool> row("day", "month", "now", "due", "ever");
-        // The last run was at 2024-01-01 00:05, the hour is 0.
-        row("1 January, leap year", "1", "1", "2024-12-31T23:59", false, true);
-        row("1 January", "1", "1", "2025-01-01T00:00", true, true);
-        row("29 February", "29", "2", "2024-02-29T00:00", true, true);
-        row("no such day", "30,31,32", "2", "2030-01-01T00:00", false, false);
-        row("no month", "1", "", "2030-01-01T00:00", false, false);
-    }
     void neverIsNotAYear()
     {
-        QFETCH(QString, day);
-        QFETCH(QString, month);
-        QFETCH(QString, now);
-        clsScheduleDef schedule = daily("0");
-        schedule.MonthDayList = day;
-        schedule.MonthList = month;
-        clsReportSchedule entry;
-        entry.LastRunDate = at("2024-01-01T00:05");
-        for (const bool reschedule : {false, true}) {
-            schedule.Reschedule = reschedule;
-            const FrozenClock clock(now);
-            QTEST(IsReportDue(entry, schedule), "due");
+        // The last run was at 2024-01-01 00:05, the hour is 0.
+        const std::tuple<const char *, const char *, const char *, bool, bool> cases[] = {
+            {"1", "1", "2024-12-31T23:59", false, true},
+            {"1", "1", "2025-01-01T00:00", true, true},
+            {"29", "2", "2024-02-29T00:00", true, true},
+            {"30,31,32", "2", "2030-01-01T00:00", false, false},
+            {"1", "", "2030-01-01T00:00", false, false}};
+        for (const auto &[day, month, now, due, ever] : cases) {
+            clsScheduleDef schedule = daily("0");
+            schedule.MonthDayList = day;
+            schedule.MonthList = month;
+            clsReportSchedule entry;
+            entry.LastRunDate = at("2024-01-01T00:05");
+            const FrozenClock clock(QString{now});
+            for (const bool reschedule : {false, true}) {
+                schedule.Reschedule = reschedule;
+                QCOMPARE(IsReportDue(entry, schedule), due);
+            }
+            QCOMPARE(everRuns(schedule), ever);
+            QCOMPARE(nextRuns(schedule, at("2096-02-29T00:00"), 2).size(), size_t(ever ? 2 : 0));
         }
-        QTEST(everRuns(schedule), "ever");
-        QCOMPARE(nextRuns(schedule, at("2096-02-29T00:00"), 2).size(),
-                 everRuns(schedule) ? size_t(2) : size_t(0));
     }
 
     void dueFromTheVeryMoment()

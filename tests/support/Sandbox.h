@@ -6,26 +6,35 @@
 #include "core/State.h"
 #include "core/Status.h"
 #include "core/TimeZone.h"
+#include "core/platform/EventLog.h"
 
 #include <QDir>
 #include <QStringList>
 #include <QTemporaryDir>
 
 /// A program folder of its own for a test, which is its configuration folder too; process-wide
-/// state is fresh before and after, and the status lines are kept.
+/// state is fresh before and after; status lines are kept, and events ("id type message").
 class Sandbox
 {
 public:
     Sandbox()
     {
         resetState();
+        events.clear();
         setProgramFolder(m_folder.path());
         gConfig = std::make_unique<clsGrapherConfig>();
         gConfig->storedConfig = QStringLiteral("%%app.path%%");
         gStartupDone = true;
         setStatusSink([this](const QString &line) { status.append(line); });
+        setEventObserver([](int eventId, EventType type, const QString &message) {
+            events.append(QString("%1 %2 %3").arg(eventId).arg(type).arg(message));
+        });
     }
-    ~Sandbox() { resetState(); }
+    ~Sandbox()
+    {
+        setEventObserver(nullptr);
+        resetState();
+    }
     Sandbox(const Sandbox &) = delete;
     Sandbox &operator=(const Sandbox &) = delete;
 
@@ -48,6 +57,7 @@ public:
     }
 
     QStringList status;
+    static inline QStringList events;
 
 private:
     QTemporaryDir m_folder;
