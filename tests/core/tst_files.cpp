@@ -8,6 +8,7 @@
 #include <csignal>
 #include <cstddef>
 #include <fcntl.h>
+#include <linux/capability.h>
 #include <linux/filter.h>
 #include <linux/seccomp.h>
 #include <sys/prctl.h>
@@ -43,6 +44,14 @@ int errorInProcess(bool (*restrict)(), const Action &action)
     int status = 0;
     const bool ended = ::waitpid(child, &status, 0) == child && WIFEXITED(status);
     return ended && WEXITSTATUS(status) != 255 ? WEXITSTATUS(status) : -1;
+}
+
+/// Takes all rights beyond those that permissions give, even where the tests run as root.
+bool dropPrivileges()
+{
+    __user_cap_header_struct header{_LINUX_CAPABILITY_VERSION_3, 0};
+    const __user_cap_data_struct none[2] = {};
+    return ::syscall(SYS_capset, &header, none) == 0;
 }
 
 /// Has the system answer every attempt to sync a file with an error, as a broken disk does.
@@ -134,24 +143,19 @@ private Q_SLOTS:
     }
 #endif
 
-    void saveFailures()
-    {
-        sandbox->write("plain", "x");
-        sandbox->write("folder/x", "x");
-        const auto failure = [this](const QString &target) {
-            const QString path = sandbox->path(target);
-            const Error error = errorOf([&] { saveFile(path, "new"); });
-            return error.description.contains(path) ? error.number : -1;
-        };
-        QCOMPARE(failure("none/f.txt"), int(PathNotFound));
-        QCOMPARE(failure("plain/f.txt"), int(PathNotFound));
-        QCOMPARE(failure("folder"), int(PermissionDenied));
-        QCOMPARE(failure(QString(300, u'n')), int(DeviceIO));
-        QCOMPARE(sandbox->names().join(u' '), "folder plain");
-        QCOMPARE(sandbox->names("folder"), QStringList("x"));
-    }
-
 #ifdef Q_OS_LINUX
+
+    void refusedAccess()
+    {
+        const QString path = sandbox->path("locked/f.txt");
+        sandbox->write("locked/f.txt", "old");
+        QFile::setPermissions(path, QFile::Permissions());
+        QFile::setPermissions(sandbox->path("locked"), QFile::ReadOwner | QFile::ExeOwner);
+        for (const int error : {errorInProcess(dropPrivileges, [&] { saveFile(path, "new"); }),
+                                errorInProcess(dropPrivileges, [&] { readFile(path); })})
+            QCOMPARE(error, int(PermissionDenied));
+        QFile::setPermissions(sandbox->path("locked"), QFile::Permissions(0x7000));
+    }
 
     void fullDiskKeepsTheOldFile()
     {
@@ -245,13 +249,24 @@ private Q_SLOTS:
         QCOMPARE(readFile(path), "new");
     }
 
-    void readFailures()
+    void failures()
     {
-        sandbox->write("ten", "0123456789");
-        const QString ten = sandbox->path("ten");
-        QCOMPARE(readFile(ten, 10).size(), 10);
-        QCOMPARE(errorOf([&] { readFile(ten, 9); }).number, int(InvalidFileFormat));
-        QCOMPARE(errorOf([&] { readFile(ten + u'x'); }).number, int(FileNotFound));
+        sandbox->write("plain", "0123456789");
+        sandbox->write("folder/x", "x");
+        const auto saveFailure = [this](const QString &target) {
+            const QString path = sandbox->path(target);
+            const Error error = errorOf([&] { saveFile(path, "new"); });
+            return error.description.contains(path) ? error.number : -1;
+        };
+        QCOMPARE(saveFailure("none/f.txt"), int(PathNotFound));
+        QCOMPARE(saveFailure("plain/f.txt"), int(PathNotFound));
+        QCOMPARE(saveFailure("folder"), int(PermissionDenied));
+        QCOMPARE(saveFailure(QString(300, u'n')), int(DeviceIO));
+        QCOMPARE(sandbox->names().join(u' '), "folder plain");
+        const QString plain = sandbox->path("plain");
+        QCOMPARE(readFile(plain, 10).size(), 10);
+        QCOMPARE(errorOf([&] { readFile(plain, 9); }).number, int(InvalidFileFormat));
+        QCOMPARE(errorOf([&] { readFile(plain + u'x'); }).number, int(FileNotFound));
         QCOMPARE(errorOf([&] { readFile(sandbox->path()); }).number, int(DeviceIO));
     }
 

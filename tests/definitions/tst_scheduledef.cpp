@@ -146,22 +146,6 @@ private Q_SLOTS:
         }
     }
 
-    void dueFromTheVeryMoment()
-    {
-        clsScheduleDef schedule = daily("11");
-        QCOMPARE(schedule.RescheduleTime, 59);
-        clsReportSchedule entry;
-        entry.LastRunDate = at("2024-03-05T10:30");
-        FrozenClock clock("2024-03-05T11:00:00");
-        QVERIFY(IsReportDue(entry, schedule));
-        clock.advance(-1);
-        QVERIFY(!IsReportDue(entry, schedule));
-        schedule.SchedInterval = NotScheduled;
-        clock.advance(1);
-        QVERIFY(!IsReportDue(entry, schedule));
-        QCOMPARE(schedule.NextRunTime, now());
-    }
-
     void textOutlivesTheElement()
     {
         const LocalZone zone("Europe/Berlin");

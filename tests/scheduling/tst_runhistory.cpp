@@ -116,14 +116,6 @@ private Q_SLOTS:
         pruneRuns(2); // too few for all last words: the oldest go
         QCOMPARE(readRuns().back().start, monday + hour);
     }
-
-    void saysWhenItCannotSave()
-    {
-        m_box->write("RunHistory", "a file where the folder should be");
-        saveRun(run(monday));
-        QCOMPARE(m_box->status.filter("Error saving run history [").size(), 1);
-        QVERIFY(readRuns().empty());
-    }
 };
 
 QTEST_GUILESS_MAIN(TestRunHistory)
