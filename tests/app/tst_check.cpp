@@ -95,45 +95,34 @@ private Q_SLOTS:
         // An empty "from" has the file removed; an empty "to" leaves no place to name.
         const Rows<QString, QByteArray, QByteArray, QString> row("file", "from", "to", "finding");
         row("malformed", reports, "</REPORTDEFINITIONS>", "<", "Could not determine tag type");
-        row("other root", schedules, "SCHEDULES>", "PLANS>",
-            "the root element is 'PLANS', not 'SCHEDULES'");
-        row("report's chart", reports, " ChartID=\"", " ChartID=\"Ä",
-            "there is no chart definition 'Ä");
+        row("other root", schedules, "SCHEDULES>", "PLANS>", "the root element is 'PLANS'");
+        row("report's chart", reports, " ChartID=\"", " ChartID=\"Ä", "no chart definition 'Ä");
         row("report's device", reports, "MUID=\"", "MUID=\"X", "the database has no device 'X");
-        row("data item's number", reports, "DataIDent=\"",
-            "DataIDent=\"1 or 1=", "is not a whole number");
+        row("data item", reports, "DataIDent=\"", "DataIDent=\"1 or 1=", "is not a whole number");
         row("future date", reports, "LastRunDate=\"20", "LastRunDate=\"30", "is in the future");
         row("same title", charts, "Title=\"",
-            "Title=\"X\"/><CHART ChartID=\"2\" Title=\" x\"/>"
-            "<CHART ChartID=\"3\" T=\"",
+            "Title=\"X\"/><CHART ChartID=\"2\" Title=\" x\"/><CHART ChartID=\"3\" T=\"",
             "the title 'x' is given twice");
         row("date", reports, "LastRunDate=\"2", "LastRunDate=\"x", "is no date like");
         row("code", charts, "Frequency=\"", "Frequency=\"7", "is not within 0 to 4");
         row("list", schedules, "HourList=\"", "HourList=\"24,",
             "HourList: 24 is not within 0 to 23");
-        row("chart's template", charts, "StateFile=\"", "StateFile=\"No",
-            "there is no template 'No");
+        row("no template", charts, "StateFile=\"", "StateFile=\"No", "there is no template 'No");
         row("no page", charts, "StateFile=\"", "StateFile=\"./VantrelV6.Config\" X=\"",
             "VantrelV6.Config' is no template: only regular files named");
-        row("page template", config, "TIN_TOC=\"", "TIN_TOC=\"No",
-            "6:2: there is no template 'NoReportList.HTML'");
+        row("page template", config, "TIN_TOC=\"", "TIN_TOC=\"No", "6:2: there is no template 'No");
         row("output name", config, "\"SUMMARY.HTM\"", "\"\"", "TOU_REP_Summary names no file");
-        row("image format", config, "IMG_Format=\"PNG\"", "IMG_Format=\"GIF\"",
-            "IMG_Format 'GIF' is not PNG");
-        row("companion file", config, "\"vantrel.css\"", "\"lost.css\"",
-            "there is no companion file 'lost.css'");
+        row("image format", config, "\"PNG\"", "\"GIF\"", "IMG_Format 'GIF' is not PNG");
+        row("companion", config, "\"vantrel.css\"", "\"lost.css\"", "no companion file 'lost.css'");
         row("placeholder", "Config/ReportTop.HTML", "<title>%%report.title%%",
             "<title>\nä %%report.titel%%", ":3: '%%report.titel%%' is no placeholder");
-        row("chart placeholder", "Config/StateChart.HTML", "%%chart.series1%%", "%%chart.serie1%%",
-            "'%%chart.serie1%%' is no placeholder");
-        row("marker", "Config/Device.HTML", "%%dev.varblist%%", "",
-            "the marker %%dev.varblist%% is missing");
+        row("marker", "Config/Device.HTML", "%%dev.varblist%%", "", "%%dev.varblist%% is missing");
         row("product folder", product, "DataPath=\"\"", "DataPath=\"/no/where\"",
             "3:2: there is no folder '/no/where'");
-        row("product's server", product, "GraphDataSQL=\"0\"", "GraphDataSQL=\"1\"",
-            "GraphDataSQLConnect is empty");
+        row("server", product, "SQL=\"0\"", "SQL=\"1\"", "GraphDataSQLConnect is empty");
         row("missing file", product, "", "", "1:1: File not found");
     }
+
     void namesEachSlip()
     {
         QFETCH(QString, file);

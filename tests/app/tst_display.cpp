@@ -13,7 +13,6 @@ private Q_SLOTS:
     {
         const QString name = "Report";
         const Rows<Progress, int, int, QString> row("progress", "seconds", "columns", "line");
-        row("begin", {name, {}, {}, 0, 40}, 3, 80, "0 % (0 of 40): Report");
         row("time left", {name, "Dev", "Ping", 10, 40}, 10, 80,
             "25 % (10 of 40), 0:30 left: Report, Dev, Ping");
         row("hours", {name, {}, {}, 1, 101}, 73, 80, "0 % (1 of 101), 2:01:40 left: Report");

@@ -31,25 +31,20 @@ private Q_SLOTS:
         QTEST(options.run, "run");
     }
 
-    void namesTheFoldersOfTheHourlyJob_data()
+    void namesTheFoldersOfTheHourlyJob()
     {
-        const Rows<QStringList, QByteArray, QStringList> row("arguments", "variable", "folders");
         const auto full = [](const char *folder) {
             return QDir::toNativeSeparators(QDir().absoluteFilePath(folder));
         };
-        row("options", {"--home=a/", "--dbpath", "b"}, "c",
-            {"--home", full("a"), "--dbpath", full("b")});
-        row("variable", {"/AUTO"}, "c", {"--home", full("c")});
-        row("system's own", {"/DBPATH", "=b", "/AUTO"}, "",
-            {"--dbpath", programFolder() + pathSeparator + "B"});
-        row("both", {"/DBPATH=x", "--dbpath=b"}, "", {"--dbpath", full("b")});
-    }
-    void namesTheFoldersOfTheHourlyJob()
-    {
-        QFETCH(QStringList, arguments);
-        QFETCH(QByteArray, variable);
-        qputenv(homeVariable, variable);
-        QTEST(parseOptions(arguments).folderOptions(), "folders");
+        const auto folders = [](const QStringList &arguments) {
+            return parseOptions(arguments).folderOptions();
+        };
+        QCOMPARE(folders({"/DBPATH", "=b", "/AUTO"}),
+                 QStringList({"--dbpath", programFolder() + pathSeparator + "B"}));
+        QCOMPARE(folders({"/DBPATH=x", "--dbpath=b"}), QStringList({"--dbpath", full("b")}));
+        qputenv(homeVariable, "c");
+        QCOMPARE(folders({"/AUTO"}), QStringList({"--home", full("c")}));
+        QCOMPARE(folders({"--home=a/"}), QStringList({"--home", full("a")}));
         qunsetenv(homeVariable);
     }
 

@@ -11,28 +11,22 @@
 
 namespace {
 
-QImage indicator(const QStyle &style, QStyle::PrimitiveElement element, const QPalette &palette)
+/// The greatest difference in lightness between an unchecked indicator and its background, of 255.
+int contrast(const QStyle &style, QStyle::PrimitiveElement element, const QPalette &palette)
 {
     QStyleOptionButton option;
     option.rect = QRect(0, 0, 14, 14);
     option.palette = palette;
     option.state = QStyle::State_Enabled | QStyle::State_Off;
     QImage image(option.rect.size(), QImage::Format_RGB32);
-    image.fill(palette.color(QPalette::Window));
+    const QColor window = palette.color(QPalette::Window);
+    image.fill(window);
     QPainter painter(&image);
     style.drawPrimitive(element, &option, &painter);
-    return image;
-}
-
-/// The greatest difference in lightness from the background, of 255.
-int contrast(const QImage &image, const QPalette &palette)
-{
     int most = 0;
-    for (int i = 0; i < image.width() * image.height(); ++i) {
-        const QColor color = image.pixelColor(i % image.width(), i / image.width());
-        const int difference = color.lightness() - palette.color(QPalette::Window).lightness();
-        most = std::max(most, std::abs(difference));
-    }
+    for (int i = 0; i < 14 * 14; ++i)
+        most =
+            std::max(most, qAbs(image.pixelColor(i % 14, i / 14).lightness() - window.lightness()));
     return most;
 }
 
@@ -53,9 +47,8 @@ private Q_SLOTS:
         installIndicatorStyle();
         const QStyle &ours = *QApplication::style();
         for (const auto element : {QStyle::PE_IndicatorCheckBox, QStyle::PE_IndicatorRadioButton}) {
-            QVERIFY(contrast(indicator(*plain, element, dark), dark) < 40); // the reason for ours
-            QVERIFY(contrast(indicator(ours, element, dark), dark) > 90);
-            QCOMPARE(indicator(ours, element, light), indicator(*plain, element, light));
+            QVERIFY(contrast(ours, element, dark) > 90); // the plain one: less than 40
+            QCOMPARE(contrast(ours, element, light), contrast(*plain, element, light));
         }
     }
 

@@ -1,0 +1,268 @@
+#include "core/Error.h"
+#include "core/State.h"
+#include "support/Answers.h"
+#include "support/MemoryScheduler.h"
+#include "support/Rows.h"
+#include "support/Sandbox.h"
+#include "ui/Automate.h"
+#include "ui/Controls.h"
+#include "ui/EditorDialog.h"
+#include "ui/OutputPath.h"
+#include "ui/UiState.h"
+
+#include <QScreen>
+#include <QVBoxLayout>
+
+namespace {
+
+/// An editor of one text.
+class TextEditor : public EditorDialog
+{
+public:
+    explicit TextEditor(const QSize &least = {})
+        : EditorDialog("frmText", "index.html", nullptr)
+        , text(new QLineEdit(content()))
+    {
+        auto *layout = new QVBoxLayout(content());
+        layout->addWidget(text);
+        text->setMinimumSize(least);
+        markUnchanged();
+        show();
+    }
+    QString contentText() const override { return text->text(); }
+    QLineEdit *text;
+};
+
+const QString usual = "%%app.path%%\\Reports";
+const QString configuration = "VTRGConfigV6.XML";
+using Buttons = QList<QMessageBox::StandardButton>;
+
+} // namespace
+
+class tst_Dialogs : public QObject
+{
+    Q_OBJECT
+
+private Q_SLOTS:
+    void closing_data()
+    {
+        const Rows<QString, QMessageBox::StandardButton, bool, QString> row("typed", "answer",
+                                                                            "staysOpen", "saved");
+        row("nothing typed", "", QMessageBox::NoButton, false, "");
+        row("discard", "new", QMessageBox::Discard, false, "");
+        row("keep editing", "new", QMessageBox::Cancel, true, "");
+        row("save", "new", QMessageBox::Save, false, "new");
+    }
+    void closing()
+    {
+        QFETCH(QString, typed);
+        QFETCH(QString, saved);
+        QFETCH(QMessageBox::StandardButton, answer);
+        const Sandbox sandbox;
+        TextEditor editor;
+        QString kept;
+        editor.setSaveAction([&] { kept = editor.text->text(); });
+        QTest::keyClicks(editor.text, typed);
+        Answers answers;
+        answers.click(answer);
+        QTest::keyClick(&editor, Qt::Key_Escape);
+        QCOMPARE(answers.allDone(), answer != QMessageBox::NoButton);
+        QTEST(editor.isVisible(), "staysOpen");
+        QCOMPARE(editor.tag(), QString(saved.isEmpty() ? "CANCEL" : "SAVE"));
+        QCOMPARE(kept, saved);
+    }
+
+    void aFailedSaveKeepsWhatWasTyped()
+    {
+        const Sandbox sandbox;
+        TextEditor editor;
+        editor.setSaveAction([] { throw Error(DiskFull, "No space left for 'x.XML'"); });
+        QTest::keyClicks(editor.text, "precious");
+        Answers answers;
+        answers.click(QMessageBox::Ok);
+        auto *cmdOK = editor.findChild<QPushButton *>("cmdOK");
+        cmdOK->click();
+        QVERIFY(answers.said.value(0).contains("No space left for 'x.XML'"));
+        QVERIFY(editor.isVisible() && editor.hasChanges());
+        QCOMPARE(editor.text->text(), QString("precious"));
+        editor.setSaveAction([] {});
+        cmdOK->click();
+        QCOMPARE(editor.tag(), QString("SAVE"));
+    }
+
+    void fitsItsScreen()
+    {
+        const Sandbox sandbox;
+        for (const QSize content : {QSize(600, 650), QSize(2000, 2000)}) { // of 800 by 800
+            const TextEditor editor(content);
+            const auto *cmdOK = editor.findChild<QPushButton *>("cmdOK");
+            QVERIFY(editor.screen()->availableGeometry().contains(editor.frameGeometry()));
+            QCOMPARE(cmdOK->visibleRegion().boundingRect(), cmdOK->rect());
+            QCoreApplication::processEvents(); // layouts settle
+            const QRect shown = editor.text->visibleRegion().boundingRect();
+            QCOMPARE(shown == editor.text->rect(), content.width() == 600);
+        }
+    }
+
+    void oddLayoutFiles_data()
+    {
+        const Rows<QByteArray, bool, QSize> row("file", "known", "size");
+        row("damaged", "<UISTATE><VTR", false, {200, 100});
+        const auto layout = [](const QByteArray &size) {
+            return "<UISTATE><VTRGRAPHER><WINDOW Name='frmOdd' " + size +
+                   "/></VTRGRAPHER></UISTATE>";
+        };
+        row("by an earlier version", layout("Left='9' Width='300' Height='250'"), true, {300, 250});
+        row("beyond sense", layout("Width='99999999999' Height='5'"), true, {200, 100});
+        row("larger than any screen", layout("Width='20000' Height='300'"), true, {792, 300});
+    }
+    void oddLayoutFiles()
+    {
+        QFETCH(QByteArray, file);
+        QFETCH(bool, known);
+        const Sandbox sandbox;
+        gGraphDataPath = sandbox.path() + '/';
+        sandbox.write("UISTATE.XML", file);
+        QWidget window;
+        window.setObjectName("frmOdd");
+        window.resize(200, 100);
+        QCOMPARE(restoreWindowState(&window), known);
+        QTEST(window.size(), "size");
+        saveWindowState(&window); // a damaged file is replaced
+        QVERIFY(restoreWindowState(&window));
+    }
+
+    void registersUnderTheAccount_data()
+    {
+        const QString mismatch = "The password entries do not match";
+        const Rows<QString, QString, bool, QString> row("password", "verify", "fails", "says");
+        row("alike", "Secret 1", "Secret 1", false, "Scheduled task has been added.");
+        row("another case", "Secret 1", "secret 1", false, mismatch);
+        row("one empty", "Secret 1", "", false, mismatch);
+        row("scheduler fails", "a", "a", true, "could not be added.\n\n[70] no rights");
+    }
+    void registersUnderTheAccount()
+    {
+        QFETCH(QString, password);
+        QFETCH(QString, verify);
+        QFETCH(bool, fails);
+        QFETCH(QString, says);
+        const bool saves = says.endsWith("added.");
+        const Sandbox sandbox;
+        MemoryScheduler scheduler;
+        scheduler.fails = fails;
+        frmAutomate dialog(scheduler, {"--home", "/srv/my graphs"});
+        dialog.show();
+        control<QLineEdit>(dialog, "txtUserName")->setText("OFFICE\\ann");
+        QTest::keyClicks(control<QLineEdit>(dialog, "txtPassword"), password);
+        QTest::keyClicks(control<QLineEdit>(dialog, "txtVerify"), verify);
+        Answers answers;
+        answers.click(QMessageBox::Ok);
+        QTest::keyClick(&dialog, Qt::Key_Return);
+        QVERIFY2(answers.said.value(0).contains(says), qPrintable(answers.said.join('|')));
+        QCOMPARE(dialog.tag(), QString(saves ? "SAVE" : "CANCEL"));
+        QCOMPARE(dialog.isVisible(), !saves);
+        QCOMPARE(scheduler.saved.user, QString(saves ? "OFFICE\\ann" : ""));
+        QCOMPARE(scheduler.saved.password, saves ? password : QString());
+        QCOMPARE(scheduler.saved.parameters.mid(1),
+                 saves ? QStringList({"--home", "/srv/my graphs"}) : QStringList());
+    }
+
+    void asksForNoAccountWhereNoneIsNeeded()
+    {
+        const Sandbox sandbox;
+        MemoryScheduler scheduler;
+        scheduler.takesAccount = false;
+        frmAutomate dialog(scheduler, {});
+        dialog.show();
+        QVERIFY(!control<QLineEdit>(dialog, "txtPassword")->isVisible());
+        Answers answers;
+        answers.click(QMessageBox::Ok);
+        dialog.accept();
+        QVERIFY(scheduler.list == "VantrelGraphTool\n" && scheduler.saved.user.isEmpty());
+    }
+
+    void proposesThePresentUser()
+    {
+        const Sandbox sandbox;
+        MemoryScheduler scheduler;
+        const auto proposed = [&](const QByteArray &domain, const QByteArray &user) {
+            qputenv("USERDOMAIN", domain);
+            for (const char *name : {"USERNAME", "LOGNAME", "USER"})
+                qputenv(name, user);
+            const frmAutomate dialog(scheduler, {});
+            return control<QLineEdit>(dialog, "txtUserName")->text();
+        };
+        QCOMPARE(proposed("", "ann"), "ann");
+        QCOMPARE(proposed("OFFICE", "ann"), "OFFICE\\ann");
+        QCOMPARE(proposed("", ""), "*unknown*");
+    }
+
+    void savesTheOutputPath_data()
+    {
+        const auto yes = QMessageBox::Yes;
+        const auto ok = QMessageBox::Ok;
+        // "~" stands for the sandbox; asks: part of what the last message box says
+        const Rows<QString, Buttons, QString, bool> row("typed", "answers", "asks", "saved");
+        row("folder that is there", " ~/there ", {}, "", true);
+        row("new folder", "~/there/deep", {yes}, "Create it?", true);
+        row("new folder declined", "~/new", {QMessageBox::No}, "Create it?", false);
+        row("nothing", " ", {ok}, "Enter the folder", false);
+        row("below the program's folder", "there", {}, "", true);
+#ifndef Q_OS_WIN
+        row("drive", "C:\\there", {ok}, "a drive or a network share of Windows", false);
+#endif
+        row("below a file", "~/file/below", {yes, ok}, "cannot be written", false);
+    }
+    void savesTheOutputPath()
+    {
+        QFETCH(QString, typed);
+        QFETCH(Buttons, answers);
+        QFETCH(QString, asks);
+        QFETCH(bool, saved);
+        const Sandbox sandbox;
+        QDir(sandbox.path()).mkdir("there");
+        sandbox.write("file", "x");
+        gConfig->storedOutput = usual;
+        typed.replace('~', sandbox.path());
+        Controls<frmOutputPath> dialog;
+        dialog.show();
+        auto *txtOutputPath = dialog.find<QLineEdit>("txtOutputPath");
+        QTest::keyClicks(txtOutputPath, typed); // over what is there
+        Answers user;
+        for (const QMessageBox::StandardButton answer : answers)
+            user.click(answer);
+        QTest::keyClick(txtOutputPath, Qt::Key_Return);
+        QCOMPARE(user.said.size(), answers.size());
+        QVERIFY2(user.said.value(answers.size() - 1).contains(asks),
+                 qPrintable(user.said.join('|')));
+        QCOMPARE(dialog.tag(), QString(saved ? "SAVE" : "CANCEL"));
+        QCOMPARE(dialog.isVisible(), !saved);
+        QCOMPARE(gConfig->storedOutput, saved ? typed.trimmed() : usual);
+        QCOMPARE(sandbox.names().contains(configuration), saved);
+        if (!saved)
+            return;
+        QVERIFY(sandbox.read(configuration).contains("there"));
+        const QDir folder(nativePath(gConfig->PTH_Output()));
+        QVERIFY(folder.exists());
+        QCOMPARE(folder.entryList(QDir::Files | QDir::Hidden), QStringList()); // of the trial
+    }
+
+    void outputPathStaysOpenWhenItCannotBeSaved()
+    {
+        const Sandbox sandbox;
+        QDir(sandbox.path()).mkpath(configuration + "/in the way");
+        gConfig->storedOutput = usual;
+        Controls<frmOutputPath> dialog;
+        dialog.show();
+        dialog.find<QLineEdit>("txtOutputPath")->setText(sandbox.path());
+        Answers answers;
+        answers.click(QMessageBox::Ok);
+        dialog.click("cmdOK");
+        QVERIFY(answers.allDone() && dialog.isVisible());
+        QCOMPARE(gConfig->storedOutput, usual);
+    }
+};
+
+QTEST_MAIN(tst_Dialogs)
+#include "tst_Dialogs.moc"
