@@ -281,8 +281,7 @@ private Q_SLOTS:
                   "disable) rm -f $W/$4;;\nesac\n");
             QFile::setPermissions(home(program), QFile::ReadOwner | QFile::ExeOwner);
         }
-        const QByteArray path = qgetenv("PATH");
-        qputenv("PATH", home("bin").toLocal8Bit() + ':' + path);
+        qputenv("PATH", home("bin").toLocal8Bit() + ':' + qgetenv("PATH"));
         const auto say = [this](const char *option) {
             const Ended ended = run(in("registered here", {"--dbpath", "/srv/Monitor", option}));
             return QString::number(ended.status) + u' ' + ended.output + ended.errors;
@@ -297,7 +296,6 @@ private Q_SLOTS:
         QVERIFY(say("--register").contains(" There is a scheduled task already"));
         QCOMPARE(say("--unregister").section(u' ', 1), "Scheduled task has been removed.\n");
         QCOMPARE(say("--unregister").section(u' ', 1), "There is no scheduled task.\n");
-        qputenv("PATH", path);
     }
 };
 

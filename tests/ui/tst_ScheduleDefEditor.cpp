@@ -146,49 +146,43 @@ private Q_SLOTS:
 
     void presets_data()
     {
-        const Rows<int, QString, QStringList> row("option", "question", "lists");
-        row("daily", 0, "every day", {"00", "1,2,3,4,5,6,7", allMonthDays, allMonths});
-        row("weekly", 1, "every Sunday", {"00", "1", allMonthDays, allMonths});
-        row("monthly", 2, "1st of every month", {"00", "", "01", allMonths});
-        row("yearly", 3, "every January 1st", {"00", "", "01", "01"});
-        row("no kind", -1, "choose first", {"5", "3", "9", "4"});
+        const Rows<int, QString, QString> row("option", "question", "lists");
+        row("daily", 0, "every day", "00/1,2,3,4,5,6,7/" + allMonthDays + u'/' + allMonths);
+        row("weekly", 1, "every Sunday", "00/1/" + allMonthDays + u'/' + allMonths);
+        row("monthly", 2, "1st of every month", "00//01/" + allMonths);
+        row("yearly", 3, "every January 1st", "00//01/01");
     }
     void presets()
     {
         QFETCH(int, option);
         QFETCH(QString, question);
         const Editor editor(scheduleOf(9, "5", "3", "9", "4"));
-        if (option >= 0)
-            editor.options()->button(option)->click();
         Answers answers;
-        answers.add([](QWidget &box) { box.close(); });
+        answers.click(QMessageBox::Ok);
         editor.click("cmdAutoSet");
-        QVERIFY2(answers.said.value(0).contains(question), qPrintable(answers.said.value(0)));
-        QCOMPARE(listsOf(editor.result()), listsOf(editor.before));
-        answers.click(option < 0 ? QMessageBox::Ok : QMessageBox::Yes);
-        editor.click("cmdAutoSet");
-        QTEST(listsOf(editor.result()), "lists");
+        QVERIFY(answers.said.value(0).contains("choose first"));
+        editor.options()->button(option)->click();
+        for (const auto answer : {QMessageBox::No, QMessageBox::Yes}) {
+            QCOMPARE(listsOf(editor.result()), listsOf(editor.before));
+            answers.click(answer);
+            editor.click("cmdAutoSet");
+            QVERIFY2(answers.said.last().contains(question), qPrintable(answers.said.last()));
+        }
+        QTEST(listsOf(editor.result()).join(u'/'), "lists");
     }
 
     void runs_data()
     {
-        const QString months = "1,2,3,4,5,6,7,8,9,10,11,12";
         const Rows<clsScheduleDef, QString, QString> row("schedule", "shown", "hint");
-        row("Last among others", scheduleOf(Daily, "6,12,18", "", "24,32", "12"),
-            "Thursday 2026-12-24 06:00\nThursday 2026-12-24 12:00\nThursday 2026-12-24 18:00\n"
-            "Friday 2027-12-24 06:00\nFriday 2027-12-24 12:00",
+        row("Last among others", scheduleOf(Daily, "6,18", "", "24,32", "12"),
+            "Thursday 2026-12-24 06:00\nThursday 2026-12-24 18:00\nFriday 2027-12-24 06:00",
             "never comes");
-        row("a leap year between", scheduleOf(Yearly, "0", "", "1", "1"),
-            "Friday 2027-01-01 00:00\nSaturday 2028-01-01 00:00\nMonday 2029-01-01 00:00", "");
-        row("not scheduled", scheduleOf(NotScheduled, "0", "", "1", months), "Not scheduled", "");
-        row("no week day", scheduleOf(Weekly, "0", "01", "1", months),
+        row("not scheduled", scheduleOf(NotScheduled, "0", "", "1", "1"), "Not scheduled", "");
+        row("no week day", scheduleOf(Weekly, "0", "01", "1", "1"),
             "never runs: no day of the week", "does not look at the days of the month");
-        row("no day", scheduleOf(Daily, "0", "1", "", months), "never runs: no day of the month",
-            "");
         row("30 February", scheduleOf(Yearly, "0", "", "30,31", "2"), "none of the checked days",
             "");
-        row("unknown kind", scheduleOf(7, "0", "", "22", "11"), "Sunday 2026-11-22 00:00",
-            "code 7");
+        row("unknown kind", scheduleOf(7, "0", "", "22", "11"), "2026-11-22 00:00", "code 7");
     }
     void runs()
     {
@@ -199,8 +193,8 @@ private Q_SLOTS:
         const Editor editor(schedule);
         const QString text = editor.text("lblNextRuns");
         QVERIFY2(text.contains(shown), qPrintable(text));
-        const QString hints = editor.text("lblHint");
-        QVERIFY2(hint.isEmpty() ? hints.isEmpty() : hints.contains(hint), qPrintable(hints));
+        QVERIFY(hint.isEmpty() == editor.text("lblHint").isEmpty());
+        QVERIFY2(editor.text("lblHint").contains(hint), qPrintable(editor.text("lblHint")));
     }
 
     void runsFollowClicks()
