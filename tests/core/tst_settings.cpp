@@ -177,19 +177,6 @@ private Q_SLOTS:
         QCOMPARE(config.IMG_Width, 640);                  // but for these
         QCOMPARE(config.CopyFileList, QStringList());
     }
-
-    void firstStartMakesTheConfiguration()
-    {
-        sandbox->write("VTRGConfigV6.FAC", "<VTRGRAPHER TIN_TOC='factory'/>");
-        loadGrapherConfig();
-        QCOMPARE(gConfig->TIN_TOC, "factory");
-        QVERIFY(sandbox->read("VTRGConfigV6.XML").contains("TIN_TOC=\"factory\""));
-        gConfig->TIN_TOC = "mine";
-        saveGrapherConfig();
-        loadGrapherConfig();
-        QCOMPARE(gConfig->TIN_TOC, "mine");
-        QCOMPARE(configurationFolder(), NormalizeFolder(""));
-    }
     void commandLine()
     {
         const QString data = sandbox->path("data");
