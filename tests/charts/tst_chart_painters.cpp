@@ -108,8 +108,7 @@ private Q_SLOTS:
     void textsStayInsideAndApart_data()
     {
         const Rows<QString, QSize> row("name", "size");
-        row.each({{"least", {320, 200}}, {"narrow", {320, 800}}, {"low", {500, 240}}});
-        row.each({{"usual", {640, 390}}, {"wide", {1600, 280}}, {"large", {3840, 2160}}});
+        row.each({{"least", {320, 200}}, {"usual", {640, 390}}, {"large", {3840, 2160}}});
     }
     void textsStayInsideAndApart()
     {
@@ -137,10 +136,9 @@ private Q_SLOTS:
         std::uniform_real_distribution<double> unit(-1, 1);
         for (int round = 0; round < 150; ++round) {
             const double power = std::pow(10, static_cast<int>(random() % 25) - 9);
-            const double offset = random() % 3 == 0 ? power * 1e4 : 0;
             QList<double> means;
             for (auto i = random() % 400; i > 0; --i)
-                means.append(random() % 5 == 0 ? noValue : offset + power * unit(random));
+                means.append(random() % 5 == 0 ? noValue : power * unit(random));
             CounterChart chart = counterOf(means, power / 3);
             chart.unit = QStringList{QString(), "B/s", "bit/s", "%"}[random() % 4];
             chart.frame.labelStep = 1 + static_cast<int>(random() % 5);
@@ -148,7 +146,8 @@ private Q_SLOTS:
                                      200 + static_cast<int>(random() % 700));
             chart.frame.quality = static_cast<int>(random() % 4);
             QCOMPARE(textFault(chart), "");
-            QVERIFY(!drawChart(chart).isNull());
+            QCOMPARE(drawChart(chart).size(),
+                     chart.frame.size * (chart.frame.quality == 3 ? 2 : 1));
         }
     }
 
@@ -169,15 +168,11 @@ private Q_SLOTS:
         QVERIFY(columnHas(drawChart(counterOf(means, 10)), 200, ink::bandFill));
     }
 
-    void aZeroIsNoGap()
+    void zerosAndSingleValuesAreSeen()
     {
-        CounterChart chart = counterOf(QList<double>(168, 0.0));
-        chart.frame.quality = 1; // lines of one colour
-        QVERIFY(pixelsOf(drawChart(chart), ink::value) > 550);
-    }
-
-    void oneValueIsSeen()
-    {
+        CounterChart zeros = counterOf(QList<double>(168, 0.0));
+        zeros.frame.quality = 1; // lines of one colour
+        QVERIFY(pixelsOf(drawChart(zeros), ink::value) > 550);
         QList<double> means(168, noValue);
         const int without = pixelsOf(drawChart(counterOf(means)), ink::value);
         means[80] = 12;
@@ -190,50 +185,33 @@ private Q_SLOTS:
         for (int i = 60; i < 110; ++i)
             counts[i] = {0, 0};
         const QImage image = drawChart(stateOf(counts));
-        QVERIFY(columnHas(image, 330, ink::noDataFill));
-        QVERIFY(!columnHas(image, 330, ink::successFill));
-        QVERIFY(!columnHas(image, 330, ink::failure));
-        QVERIFY(columnHas(image, 100, ink::successFill));
-        QVERIFY(!columnHas(image, 100, ink::noDataFill));
-    }
-
-    /// A single failure among thousands changes the look of its bucket from top to bottom.
-    void oneFailureIsSeen()
-    {
-        for (const int minutes : {60, 20, 1}) { // the last with several buckets a pixel
-            Counts counts(2880 / minutes, {1000, 0});
-            const QImage perfect = drawChart(stateOf(counts, minutes));
-            QCOMPARE(pixelsOf(perfect, ink::failure), 0);
-            QCOMPARE(pixelsOf(perfect, ink::partialFill), 0);
-            counts[counts.size() / 3] = {999, 1};
-            const QImage flawed = drawChart(stateOf(counts, minutes));
-            QVERIFY(pixelsOf(flawed, ink::failure) >= 2);
-            QVERIFY(pixelsOf(flawed, ink::partialFill) > 150);
+        for (const auto &[x, isGap] : {std::pair(330, true), std::pair(100, false)}) {
+            QCOMPARE(columnHas(image, x, ink::noDataFill), isGap);
+            QCOMPARE(columnHas(image, x, ink::successFill), !isGap);
+            QVERIFY(!columnHas(image, x, ink::failure));
         }
     }
 
-    void theWorstOfAColumnIsSeen_data()
-    {
-        const Rows<int, bool> row("intervals", "shares");
-        row("room for each", 500, false);
-        row("four to a pixel", 2400, true);
-        row("a year of five minutes", 105'120, true);
-    }
+    /// One bad interval, with room for each and with many to a pixel column.
     void theWorstOfAColumnIsSeen()
     {
-        QFETCH(int, intervals);
-        QFETCH(bool, shares);
-        Counts counts(intervals, {4, 0});
-        counts[intervals / 2] = {0, 1};     // all failed, among many that did not
-        counts[intervals / 2 + 1] = {0, 0}; // a gap
-        const Chart chart = stateOf(counts, 5);
-        const QImage image = drawChart(chart);
-        int tallest = 0;
-        for (int x = 0; x < image.width(); ++x)
-            tallest = std::max(tallest, pixelsOf(image.copy(x, 95, 1, 230), ink::failure));
-        QVERIFY2(tallest > 150, qPrintable(QString::number(tallest)));
-        QCOMPARE(!textsOf(chart).filter("the worst of each pixel column").isEmpty(), shares);
-        QCOMPARE(textFault(chart), QString());
+        for (const int intervals : {48, 500, 2400, 105'120}) {
+            Counts counts(intervals, {1000, 0});
+            QCOMPARE(pixelsOf(drawChart(stateOf(counts, 5)), ink::failure), 0);
+            counts[intervals / 3] = {999, 1};
+            QVERIFY(pixelsOf(drawChart(stateOf(counts, 5)), ink::partialFill) > 150);
+            counts[intervals / 2] = {0, 1};
+            counts[intervals / 2 + 1] = {0, 0};
+            const Chart chart = stateOf(counts, 5);
+            const QImage image = drawChart(chart);
+            int tallest = 0;
+            for (int x = 0; x < image.width(); ++x)
+                tallest = std::max(tallest, pixelsOf(image.copy(x, 95, 1, 230), ink::failure));
+            QVERIFY2(tallest > 150, qPrintable(QString::number(tallest)));
+            QCOMPARE(textsOf(chart).filter("the worst of each pixel column").size(),
+                     intervals > 1000 ? 1 : 0);
+            QCOMPARE(textFault(chart), QString());
+        }
     }
 
     void emptyChartsSaySo()
@@ -250,41 +228,25 @@ private Q_SLOTS:
     {
         const QStringList state = textsOf(stateOf({{3, 1}, {0, 0}}));
         QVERIFY(state.contains("AVERAGE - Count:4  Success:3  Fail:1  Avg Success Rate:75.%"));
-        QVERIFY(state.contains("TOTALS - Samples:1  Total:4  Success:3  Fail:1"));
         QVERIFY(state.contains("Europe/Berlin, UTC+01:00"));
         const QStringList counter = textsOf(counterOf(QList<double>(40, 5.0)));
-        for (const char *text : {"95th Percentile", "Moving x4", "Sample Avg.", "5 ms",
-                                 "Samples: 40 Max: 5.0 Min: 5.0 Avg: 5.0 95th: 5.0"})
-            QVERIFY2(counter.contains(QString::fromLatin1(text)), text);
+        QVERIFY(counter.contains("Samples: 40 Max: 5.0 Min: 5.0 Avg: 5.0 95th: 5.0"));
+        QVERIFY(counter.contains("Moving x4"));
     }
 
-    void everyDeviceHasItsRowInOrder()
+    void everyDeviceHasItsRowInOrderOrIsCounted()
     {
-        for (const int count : {1, 30, 300}) {
+        for (const int count : {1, 300, 2000}) {
             const DeviceRateChart chart = devicesOf(count);
-            const QStringList names = textsOf(chart).filter(QRegularExpression("^dev\\d"));
-            QCOMPARE(names.size(), count);
+            QVERIFY(chartSize(chart).height() <= 8000);
+            const QStringList texts = textsOf(chart);
+            const QStringList names = texts.filter(QRegularExpression("^dev\\d"));
+            QVERIFY(names.size() > 300 || names.size() == count);
+            QCOMPARE(names.size() == count ||
+                         texts.contains(QString("and %1 more devices").arg(count - names.size())),
+                     true);
             QVERIFY(std::is_sorted(names.begin(), names.end()));
             QCOMPARE(textFault(chart), "");
-        }
-    }
-
-    void tooManyDevicesAreCounted()
-    {
-        const DeviceRateChart chart = devicesOf(2000);
-        QVERIFY(chartSize(chart).height() <= 8000);
-        const QStringList texts = textsOf(chart);
-        const auto rows = texts.filter(QRegularExpression("^dev\\d")).size();
-        QVERIFY(rows > 300);
-        QVERIFY(texts.contains(QString("and %1 more devices").arg(2000 - rows)));
-    }
-
-    void qualityDecidesThePixels()
-    {
-        StateChart chart = stateOf({{3, 1}, {4, 0}});
-        for (const int quality : {0, 1, 2, 3}) {
-            chart.frame.quality = quality;
-            QCOMPARE(drawChart(chart).size(), QSize(640, 390) * (quality == 3 ? 2 : 1));
         }
     }
 
