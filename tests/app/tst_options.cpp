@@ -1,34 +1,26 @@
 #include "app/Options.h"
 #include "core/Paths.h"
 #include "core/StartUp.h"
-#include "support/Rows.h"
 
 #include <QDir>
 #include <QRegularExpression>
+#include <QTest>
 
 class TestOptions : public QObject
 {
     Q_OBJECT
 
 private Q_SLOTS:
-    void separatesTheTwoSyntaxes_data()
-    {
-        const Rows<QStringList, QString, bool, QStringList> row("arguments", "systemText",
-                                                                "unattended", "run");
-        row("system's own", {"/auto", "/DBPATH", "=", "c:\\a b"}, "/auto /DBPATH = c:\\a b", true,
-            {});
-        row("--auto", {"--auto", "/DBPATH=X"}, "/AUTO /DBPATH=X", true, {});
-        row("values are no options", {"--home", "--auto"}, "", false, {});
-        row("--run", {"--run", "/A", "--run=b=c"}, "", true, {"/A", "b=c"});
-    }
     void separatesTheTwoSyntaxes()
     {
-        QFETCH(QStringList, arguments);
-        const Options options = parseOptions(arguments);
-        QCOMPARE(options.error, QString());
-        QTEST(options.systemText, "systemText");
-        QTEST(options.unattended(), "unattended");
-        QTEST(options.run, "run");
+        const Options own = parseOptions({"/auto", "/DBPATH", "=", "c:\\a b"});
+        QCOMPARE(own.systemText, "/auto /DBPATH = c:\\a b");
+        QVERIFY(own.unattended());
+        QCOMPARE(parseOptions({"--auto", "/DBPATH=X"}).systemText, "/AUTO /DBPATH=X");
+        QVERIFY(!parseOptions({"--home", "--auto"}).unattended()); // values are no options
+        const Options runs = parseOptions({"--run", "/A", "--run=b=c"});
+        QVERIFY(runs.unattended() && runs.systemText.isEmpty() && runs.error.isEmpty());
+        QCOMPARE(runs.run, QStringList({"/A", "b=c"}));
     }
 
     void namesTheFoldersOfTheHourlyJob()

@@ -46,17 +46,15 @@ class tst_Dialogs : public QObject
 private Q_SLOTS:
     void closing_data()
     {
-        const Rows<QString, QMessageBox::StandardButton, bool, QString> row("typed", "answer",
-                                                                            "staysOpen", "saved");
-        row("nothing typed", "", QMessageBox::NoButton, false, "");
-        row("discard", "new", QMessageBox::Discard, false, "");
-        row("keep editing", "new", QMessageBox::Cancel, true, "");
-        row("save", "new", QMessageBox::Save, false, "new");
+        const Rows<QString, QMessageBox::StandardButton, bool> row("typed", "answer", "staysOpen");
+        row("nothing typed", "", QMessageBox::NoButton, false);
+        row("discard", "new", QMessageBox::Discard, false);
+        row("keep editing", "new", QMessageBox::Cancel, true);
+        row("save", "new", QMessageBox::Save, false);
     }
     void closing()
     {
         QFETCH(QString, typed);
-        QFETCH(QString, saved);
         QFETCH(QMessageBox::StandardButton, answer);
         const Sandbox sandbox;
         TextEditor editor;
@@ -68,8 +66,8 @@ private Q_SLOTS:
         QTest::keyClick(&editor, Qt::Key_Escape);
         QCOMPARE(answers.allDone(), answer != QMessageBox::NoButton);
         QTEST(editor.isVisible(), "staysOpen");
-        QCOMPARE(editor.tag(), QString(saved.isEmpty() ? "CANCEL" : "SAVE"));
-        QCOMPARE(kept, saved);
+        QCOMPARE(editor.tag(), QString(answer == QMessageBox::Save ? "SAVE" : "CANCEL"));
+        QCOMPARE(kept, QString(answer == QMessageBox::Save ? "new" : ""));
     }
 
     void aFailedSaveKeepsWhatWasTyped()
@@ -240,12 +238,9 @@ private Q_SLOTS:
         QCOMPARE(dialog.isVisible(), !saved);
         QCOMPARE(gConfig->storedOutput, saved ? typed.trimmed() : usual);
         QCOMPARE(sandbox.names().contains(configuration), saved);
-        if (!saved)
-            return;
-        QVERIFY(sandbox.read(configuration).contains("there"));
         const QDir folder(nativePath(gConfig->PTH_Output()));
-        QVERIFY(folder.exists());
-        QCOMPARE(folder.entryList(QDir::Files | QDir::Hidden), QStringList()); // of the trial
+        QCOMPARE(folder.exists(), saved);
+        QVERIFY(folder.entryList(QDir::Files | QDir::Hidden).isEmpty()); // of the trial
     }
 
     void outputPathStaysOpenWhenItCannotBeSaved()

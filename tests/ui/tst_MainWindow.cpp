@@ -284,7 +284,6 @@ private Q_SLOTS:
         QCOMPARE(enabled, QStringList({"mnuFileExit", "mnuHelp", "mnuReportOpen", "mnuReportView",
                                        "mnuToolsCompact"}));
         QVERIFY(site.answers.said.isEmpty()); // no editor came up
-        QVERIFY(site.action("mnuReportAdd")->isEnabled());
         QCOMPARE(site.run(), QStringList("Beta"));
     }
 
@@ -315,14 +314,14 @@ private Q_SLOTS:
         Site site;
         FrozenClock clock("2024-05-01T10:00:00");
         site.automate();
-        for (const auto &[elapsed, minutes] : {std::pair(minute - 1000, 60),
-                                               {1000, 59},
-                                               {59 * minute - 1, 1},
-                                               {1 - 65 * minute, 55}}) {
-            clock.advance(elapsed); // at last the clock is set back
+        const auto panelAfter = [&](int elapsed) {
+            clock.advance(elapsed);
             site.window->tick();
-            QCOMPARE(site.panel(), QString("Scheduled report run in %1 minutes.").arg(minutes));
-        }
+            return site.panel();
+        };
+        QCOMPARE(panelAfter(minute - 1000), "Scheduled report run in 60 minutes.");
+        QCOMPARE(panelAfter(59 * minute + 999), "Scheduled report run in 1 minutes.");
+        QCOMPARE(panelAfter(1 - 65 * minute), "Scheduled report run in 55 minutes."); // set back
         QVERIFY(!site.status().contains("Starting"));
     }
 

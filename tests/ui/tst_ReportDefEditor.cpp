@@ -167,10 +167,8 @@ private Q_SLOTS:
         Editor editor(m_report);
         QTest::keyClick(&editor, Qt::Key_F, Qt::ControlModifier);
         auto *search = editor.find<QLineEdit>("txtSearch");
-        QVERIFY(search->hasFocus());
         QTest::keyClicks(search, m_plan.devices[2].muid.toLower());
         QCOMPARE(editor.text("lblShown"), "Shown: 1 device, 4 data items");
-        QVERIFY(editor.tree()->isExpanded(editor.device(0)));
         QTest::keyClick(search, Qt::Key_Return); // does not close the editor
         QVERIFY(editor.isVisible() && editor.tree()->hasFocus());
         QTest::keyClick(editor.tree(), Qt::Key_Space);
