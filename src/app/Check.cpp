@@ -1,6 +1,7 @@
 #include "app/Check.h"
 
 #include "charts/ImageFile.h"
+#include "core/Clock.h"
 #include "core/Error.h"
 #include "core/Files.h"
 #include "core/GrapherConfig.h"
@@ -13,6 +14,7 @@
 #include "definitions/Advice.h"
 #include "definitions/ReportDef.h"
 #include "definitions/TemplateFile.h"
+#include "report/ReportPlan.h"
 #include "report/TemplateNames.h"
 
 #include <QHash>
@@ -349,6 +351,7 @@ private:
             file.requireNewId(chart, "ChartID", m_charts);
             file.requireNewTitle(chart, "Title", titles);
             keep(chart, m_chartDefs);
+            checkIntervals(file, chart);
             for (const NumberRule &rule : chartNumbers)
                 file.requireNumber(chart, rule);
             file.requireDate(chart, "StartTime");
@@ -358,6 +361,19 @@ private:
             for (size_t i = 0; i < defaults.size(); ++i)
                 checkTemplate(file, chart, chartTemplateNames()[i], defaults[i]);
         });
+    }
+
+    /// A run that begins now could draw the chart.
+    void checkIntervals(CheckedFile &file, const pugi::xml_node &element) const
+    {
+        const auto chart = m_chartDefs.value(GetAttr(element, "ChartID", QString()).toLower());
+        if (!chart)
+            return;
+        const PlannedReport plan = plannedReport(clsReportDef(), chart.get(), currentInstant());
+        if (!plan.axisError || plan.axisError->number != Overflow)
+            return;
+        const bool isCounted = chart->SubFrequency == LastIntervals;
+        file.add(element, isCounted ? "IntervalCount" : nullptr, plan.axisError->description);
     }
 
     void checkSchedules()

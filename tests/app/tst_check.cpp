@@ -107,6 +107,8 @@ private Q_SLOTS:
         row("code", charts, "Frequency=\"", "Frequency=\"7", "is not within 0 to 4");
         row("list", schedules, "HourList=\"", "HourList=\"24,",
             "HourList: 24 is not within 0 to 23");
+        row("intervals", charts, "IntervalCount=\"", "IntervalCount=\"99999",
+            "more than the 110,000 intervals");
         row("no template", charts, "StateFile=\"", "StateFile=\"No", "there is no template 'No");
         row("no page", charts, "StateFile=\"", "StateFile=\"./VantrelV6.Config\" X=\"",
             "VantrelV6.Config' is no template: only regular files named");
