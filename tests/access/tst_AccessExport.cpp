@@ -59,11 +59,11 @@ private Q_SLOTS:
         TableWriter &table = writer.addTable("Own", {{"A"}});
         table.append();
         table.setStatedRows(3);
-        writer.addLink("Orders", "C:\\other.mdb", ";PWD=secret", "Order list");
+        writer.addLink("Orders", "C:\\other\x1b[31m.mdb", ";PWD=secret", "Order list");
         writer.addLink("Remote", "", "ODBC;DRIVER={x;y};uid=me;PWD={se;SERVER=cret};Server=db01",
                        "dbo.Remote");
         writer.finish();
-        const QByteArray orders = "'Order list' in 'C:\\other.mdb'";
+        const QByteArray orders = "'Order list' in 'C:\\other [31m.mdb'";
         QCOMPARE(accessExport({m_path}).output,
                  "Orders (linked to " + orders +
                      ")\n"

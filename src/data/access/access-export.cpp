@@ -1,7 +1,7 @@
 /// access-export FILE [TABLE]: lists the user tables of an Access file, or prints one as CSV, its
 /// columns in the order of their numbers. A linked table is listed with where its rows stand:
 /// "NAME (linked to 'TABLE' in 'PLACE')". Fewer rows than a table states are a warning on standard
-/// error; the status stays 0.
+/// error; the status stays 0. Control characters are listed as blanks, and printed as they are.
 ///
 /// UTF-8, one record a line ("\n"), the first one with the column names. A field that holds a
 /// comma, a quote or a line break is quoted. NULL is an empty field, an empty text is "". Booleans
@@ -64,10 +64,10 @@ void quoteFrom(QByteArray &out, qsizetype start)
 void listTables(const mdb::AccessFile &file, Output &output)
 {
     for (const QString &name : file.tableNames()) {
-        output.buffer += name.toUtf8();
+        QString line = name;
         if (const QString target = file.linkTarget(name); !target.isEmpty())
-            output.buffer += " (linked to " + target.toUtf8() + ')';
-        output.buffer += '\n';
+            line += QStringLiteral(" (linked to %1)").arg(target);
+        output.buffer += oneLine(line).toUtf8() + '\n';
     }
 }
 
