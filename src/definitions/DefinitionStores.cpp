@@ -11,6 +11,8 @@
 
 #include <QSet>
 
+#include <optional>
+
 Collection<clsGraphDef> gChartDefs;
 Collection<clsScheduleDef> gScheduleDefs;
 Collection<clsReportDef> gReportDefs;
@@ -90,8 +92,9 @@ void requireRoot(const DefinitionFile &file, const pugi::xml_document &document)
 {
     const char *root = document.document_element().name();
     if (qstrcmp(root, file.root) != 0)
-        throw Error(InvalidFileFormat, QStringLiteral("the root element is '%1', not '%2'")
-                                           .arg(QString::fromUtf8(root), QLatin1String(file.root)));
+        throw Error(InvalidFileFormat,
+                    file.path() + QStringLiteral(": the root element is '%1', not '%2'")
+                                      .arg(QString::fromUtf8(root), QLatin1String(file.root)));
 }
 
 /// Does something with the file's content; an Error then names the file.
@@ -110,10 +113,8 @@ void withPath(const DefinitionFile &file, Action action)
 void readDocument(const DefinitionFile &file, pugi::xml_document &document)
 {
     const QByteArray bytes = readFile(file.path());
-    withPath(file, [&] {
-        parseXml(document, bytes);
-        requireRoot(file, document);
-    });
+    withPath(file, [&] { parseXml(document, bytes); });
+    requireRoot(file, document);
 }
 
 bool isIncluded(const pugi::xml_node &element)
@@ -310,16 +311,14 @@ template <typename T, typename Choose>
 void patchFile(const DefinitionFile &file, const QString &id, Choose choose)
 {
     const QByteArray bytes = readFile(file.path());
-    QByteArray changed;
-    withPath(file, [&] {
-        XmlPatch patch(bytes);
-        requireRoot(file, patch.document());
-        for (const KeyedElement &each : elementsOf<T>(file, patch.document())) {
-            if (each.key.compare(id, Qt::CaseInsensitive) == 0)
-                choose(patch, each.node);
-        }
-        changed = patch.bytes();
-    });
+    std::optional<XmlPatch> patch;
+    withPath(file, [&] { patch.emplace(bytes); });
+    requireRoot(file, patch->document());
+    for (const KeyedElement &each : elementsOf<T>(file, patch->document())) {
+        if (each.key.compare(id, Qt::CaseInsensitive) == 0)
+            choose(*patch, each.node);
+    }
+    const QByteArray changed = patch->bytes();
     if (changed != bytes)
         saveFile(file.path(), changed);
 }

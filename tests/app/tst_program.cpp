@@ -118,7 +118,7 @@ private Q_SLOTS:
         row("unknown report", in("empty", {"--run", "x"}), 2, "There is no report 'x'");
         row("malformed configuration", in("bad", {"/AUTO"}), 2, "VTRGConfigV6.XML:3:");
         row("malformed definitions", in("odd", {"/AUTO"}), 2, "ChartSelection.XML:3:");
-        row("other root", in("root", {"/AUTO"}), 2, "ChartSelection.XML:the root element is");
+        row("other root", in("root", {"/AUTO"}), 2, "ChartSelection.XML: the root element is");
         row("nothing defined", in("none", {"/AUTO"}), 0, "");
         row("broken definition", in("broken", {"/AUTO"}), 1, "DataIDent 'x' of the device 'M'");
         row("broken report wanted", in("broken", {"--run", "T"}), 2, "number 1 'T' of");
