@@ -279,8 +279,8 @@ private:
             file.requireNumber(file.root(), rule);
         forEachElement(file.document(), "COPYFILE", [&](const pugi::xml_node &copy) {
             const QString name = GetAttr(copy, "Name", QString());
-            if (!fileExists(configurationFolder() + name))
-                file.add(copy, "Name", QStringLiteral("there is no companion file '%1'").arg(name));
+            if (const QString fault = companionFault(name); !fault.isEmpty())
+                file.add(copy, "Name", fault);
         });
     }
 

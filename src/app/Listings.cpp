@@ -18,6 +18,12 @@ QString timeText(const QDateTime &time)
                           : QStringLiteral("never");
 }
 
+/// Whether a slot is that of a report that never ran: it lies at the beginning of all dates.
+bool isFirst(const QDateTime &slot)
+{
+    return slot.isValid() && slot.date().year() < 1900;
+}
+
 QString secondsText(double seconds)
 {
     return QString::number(seconds, 'f', 1) + QLatin1String(" s");
@@ -42,7 +48,7 @@ QString runLine(const RunRecord &run)
 QString reportLine(const ReportRecord &report)
 {
     QStringList parts;
-    if (report.dueSince.isValid())
+    if (report.dueSince.isValid() && !isFirst(report.dueSince))
         parts.append(QLatin1String("due since ") + timeText(report.dueSince));
     if (report.start != 0) {
         parts.append(QStringLiteral("%1 charts").arg(report.charts));
@@ -67,13 +73,15 @@ QString reportListText()
     const std::vector<RunRecord> runs = readRuns();
     for (const auto &report : gReportDefs) {
         const DueState state = dueState(*report);
-        lines.append(QStringList{oneLine(report->ReportID), oneLine(report->ReportTitle),
-                                 QLatin1String("last ") + timeText(latestRun(*report, runs).time),
-                                 QLatin1String("next ") + timeText(state.next),
-                                 state.due ? QStringLiteral("due") : QStringLiteral("not due"),
-                                 oneLine(state.why)}
-                         .join(u'\t') +
-                     u'\n');
+        lines.append(
+            QStringList{oneLine(report->ReportID), oneLine(report->ReportTitle),
+                        QLatin1String("last ") + timeText(latestRun(*report, runs).time),
+                        QLatin1String("next ") +
+                            (isFirst(state.next) ? QStringLiteral("now") : timeText(state.next)),
+                        state.due ? QStringLiteral("due") : QStringLiteral("not due"),
+                        oneLine(state.why)}
+                .join(u'\t') +
+            u'\n');
     }
     return lines.join(QString());
 }

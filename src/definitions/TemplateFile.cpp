@@ -46,6 +46,23 @@ QString templateFault(const QString &path)
         .arg(file.filePath());
 }
 
+QString companionFault(const QString &name)
+{
+    if (name == u".." || std::any_of(name.begin(), name.end(), isSeparator))
+        return QStringLiteral("'%1' is not a file of the configuration folder").arg(name);
+    const QFileInfo file(nativePath(configurationFolder() + name));
+    if (!file.exists())
+        return QStringLiteral("there is no companion file '%1'").arg(name);
+    for (const QString &path : {file.filePath(), file.canonicalFilePath()}) {
+        for (const QLatin1String ending :
+             {QLatin1String(".config"), QLatin1String(".xml"), QLatin1String(".fac")}) {
+            if (path.endsWith(ending, Qt::CaseInsensitive))
+                return QStringLiteral("'%1' is a configuration, which is not published").arg(name);
+        }
+    }
+    return QString();
+}
+
 QString readTemplate(const QString &path)
 {
     const QString fault = templateFault(path);

@@ -12,6 +12,7 @@
 #include "core/platform/EventLog.h"
 #include "data/Connection.h"
 #include "definitions/Dates.h"
+#include "definitions/TemplateFile.h"
 #include "report/DeviceJob.h"
 #include "report/OutputTree.h"
 #include "report/ReportSummary.h"
@@ -226,6 +227,8 @@ void CopyTemplateFiles()
     for (const QString &name : gConfig->CopyFileList) {
         ShowStatus(QLatin1String("Copy template: ") + name);
         try {
+            if (const QString fault = companionFault(name); !fault.isEmpty())
+                throw Error(fileExists(source + name) ? PermissionDenied : FileNotFound, fault);
             copyFile(source + name, target + name);
         } catch (const Error &error) {
             const QString text =

@@ -115,6 +115,8 @@ private Q_SLOTS:
         row("page template", config, "TIN_TOC=\"", "TIN_TOC=\"No", "6:2: there is no template 'No");
         row("output name", config, "\"SUMMARY.HTM\"", "\"\"", "TOU_REP_Summary names no file");
         row("image format", config, "\"PNG\"", "\"GIF\"", "IMG_Format 'GIF' is not PNG");
+        row("companion elsewhere", config, "\"vantrel.css\"", "\"..\\VantrelV6.Config\"",
+            "'..\\VantrelV6.Config' is not a file of the configuration folder");
         row("companion", config, "\"vantrel.css\"", "\"lost.css\"", "no companion file 'lost.css'");
         row("placeholder", "Config/ReportTop.HTML", "<title>%%report.title%%",
             "<title>\nä %%report.titel%%", ":3: '%%report.titel%%' is no placeholder");

@@ -110,7 +110,7 @@ public:
         gConfig->TOU_REP_TOC = "DEVLIST.HTM";
         gConfig->TOU_REP_Summary = "SUMMARY.HTM";
         gConfig->IMG_Format = "PNG";
-        gConfig->CopyFileList = {"style.css", "missing.css"};
+        gConfig->CopyFileList = {"style.css", "missing.css", "ChartDefs.XML"};
         addTemplate(gConfig->TIN_TOC, "toc.html", "<%%report.list%%>\n");
         addTemplate(gConfig->TIN_TOC_ReportItem, "tocitem.html",
                     "%%report.tempid%% %%report.id%% %%report.title%%");
@@ -199,6 +199,7 @@ private Q_SLOTS:
 
         QCOMPARE(site.output("REPORTS.HTM"), "<|1 R2 Never scheduled|2 R1 Night of the change|>");
         QCOMPARE(site.output("style.css"), "b{}");
+        QVERIFY(!site.isThere("ChartDefs.XML")); // configurations are not published
         QCOMPARE(site.output("R1/TOP.HTM"), "Night of the change R1");
         QCOMPARE(site.output("R1/DEVLIST.HTM"), "<|{M-2} M2 beta about it|{M-3} M3 Gamma about it|"
                                                 "{M-1} M1 Älpha about it|>");
