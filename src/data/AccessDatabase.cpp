@@ -9,6 +9,7 @@
 
 #include <QFileInfo>
 
+#include <cmath>
 #include <optional>
 
 namespace {
@@ -112,7 +113,6 @@ private:
     mdb::RowCursor m_row;
 };
 
-/// Text of any column; of a number as SQL shows it.
 QString textOf(const TableWalk &walk, int column)
 {
     return walk.row().isNull(column) ? QString() : walk.row().text(column);
@@ -179,6 +179,7 @@ public:
         , m_date(m_walk.dateColumn(QStringLiteral("iDate")))
         , m_state(m_walk.numericColumn(QStringLiteral("iState")))
         , m_value(m_walk.numericColumn(QStringLiteral("iValue")))
+        , m_hasWholeIdents(m_walk.isWhole(m_ident))
     {
         for (ItemQuestion &question : items)
             add(question.dataIdent, {instantBound(question.start), instantBound(question.end),
@@ -236,7 +237,7 @@ private:
     {
         if (row.isNull(m_ident))
             return;
-        const auto place = m_places.constFind(row.integer(m_ident));
+        const auto place = m_places.constFind(identOf(row));
         if (place == m_places.cend() || row.isNull(m_date))
             return;
         const qint64 instant = row.instant(m_date);
@@ -255,6 +256,17 @@ private:
         }
     }
 
+    qint64 identOf(const mdb::RowCursor &row) const
+    {
+        if (m_hasWholeIdents)
+            return row.integer(m_ident);
+        const double ident = row.number(m_ident);
+        if (ident != std::nearbyint(ident))
+            m_walk.fail(TypeMismatch, QStringLiteral("DataIDent"),
+                        QStringLiteral("%1 is not a whole number").arg(ident));
+        return row.integer(m_ident);
+    }
+
     /// True of a Boolean is -1, as in Access.
     qint64 stateOf(const mdb::RowCursor &row) const
     {
@@ -269,6 +281,7 @@ private:
     int m_date;
     int m_state;
     int m_value;
+    bool m_hasWholeIdents;
     QHash<qint64, size_t> m_places; ///< of an item's targets
     std::vector<std::vector<Target>> m_targets;
 };

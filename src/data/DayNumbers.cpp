@@ -18,14 +18,9 @@ double dayNumber(qint64 instant)
     return static_cast<double>(instant - firstDay) / static_cast<double>(dayLength);
 }
 
-bool isDayNumber(double day)
-{
-    return day >= leastDay && day < mostDay;
-}
-
 qint64 instantOfDay(double day)
 {
-    if (!isDayNumber(day))
+    if (!(day >= leastDay && day < mostDay))
         throw Error(Overflow, QStringLiteral("Overflow: %1 is the number of no day").arg(day));
     return static_cast<qint64>(std::nearbyint(day * static_cast<double>(dayLength))) + firstDay;
 }

@@ -9,9 +9,6 @@
 /// The day number of an instant (milliseconds since 1970-01-01 UTC).
 double dayNumber(qint64 instant);
 
-/// True within the years 100 to 9999.
-bool isDayNumber(double day);
-
 /// The instant of a day number, rounded to the millisecond. Throws Error(Overflow) where
-/// isDayNumber is false.
+/// the day does not lie within the years 100 to 9999.
 qint64 instantOfDay(double day);

@@ -57,6 +57,11 @@ QString deviceCondition(QString muidList)
            QLatin1String(" AND DataFields.iScale=21 ");
 }
 
+QString quoted(QString text)
+{
+    return u'\'' + text.replace(u'\'', QLatin1String("''")) + u'\'';
+}
+
 } // namespace
 
 QString GetDataSelectionSQL()
@@ -79,15 +84,6 @@ QString GetDataSelectionSQL()
                           "ON [Devices].[IDent] = [DataFields].[IDent]) "
                           "ON [Scales].[iScale] = [DataFields].[iScale]");
 }
-
-namespace {
-
-QString quoted(QString text)
-{
-    return u'\'' + text.replace(u'\'', QLatin1String("''")) + u'\'';
-}
-
-} // namespace
 
 bool isPlainKey(const QString &key)
 {

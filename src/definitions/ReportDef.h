@@ -46,8 +46,6 @@ public:
     Collection<clsReportDeviceDef> ReportDevices;  ///< by MUID
     Collection<clsReportSchedule> ReportSchedules; ///< by ScheduleID
 
-    QDateTime RunDate = zeroDate(); ///< wall time stamped on all pages; set by a run, never saved
-
     /// Appends the "CUSTOMREPORT" element to `parent`.
     pugi::xml_node XMLConfigEL(pugi::xml_node parent) const;
 

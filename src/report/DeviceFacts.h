@@ -71,7 +71,6 @@ public:
     /// ItemFacts::number and ItemFacts::name of the items to come.
     std::vector<int> itemNumbers() const;
     QStringList itemNames() const;
-    const QString &deviceName() const { return m_facts.counts.name; }
 
     /// Memory that the answers can take, in bytes.
     qint64 maxBytes() const { return m_maxBytes; }

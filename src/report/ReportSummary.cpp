@@ -35,8 +35,7 @@ struct SummaryImage
     PendingOutcome outcome = {}; ///< not valid: nothing was drawn
     Outcome problem = {};
 
-    QString cited() const { return problem || !isDrawn ? citedTransparentImage : name; }
-    bool isDrawn = false;
+    QString cited() const { return problem || !outcome.valid() ? citedTransparentImage : name; }
 };
 
 SummaryImage newImage(const QString &name)
@@ -46,7 +45,6 @@ SummaryImage newImage(const QString &name)
 
 void draw(SummaryImage &image, const ReportContext &context, Chart chart, WorkerPool &pool)
 {
-    image.isDrawn = true;
     image.size = chartSize(chart);
     image.outcome = pool.submit(std::move(chart), context.folder + image.name, gConfig->IMG_Format);
 }

@@ -259,13 +259,21 @@ std::vector<PlannedReport> plansOf(const std::vector<Chosen> &chosen)
     return plans;
 }
 
-/// Puts the devices of all reports into their order, by which their samples are read.
-void sortDevices(std::vector<PlannedReport> &plans)
+/// Puts the devices of all reports into their order, by which their samples are read, and keeps
+/// their names, which editors show of a device that the database no longer knows.
+void sortDevices(const std::vector<Chosen> &chosen, std::vector<PlannedReport> &plans)
 {
+    if (!gConnection)
+        return;
     try {
-        for (PlannedReport &plan : plans) {
-            if (gConnection)
-                plan.sortDevices(*gConnection->inventory());
+        const std::shared_ptr<const Inventory> inventory = gConnection->inventory();
+        for (PlannedReport &plan : plans)
+            plan.sortDevices(*inventory);
+        for (const Chosen &entry : chosen) {
+            for (const auto &device : entry.report->ReportDevices) {
+                if (const DeviceRow *row = inventory->device(device->MUID))
+                    device->DisplayName = row->name;
+            }
         }
     } catch (const Error &) {
         // The report that meets the same error names it.
@@ -281,7 +289,7 @@ void produce(const std::vector<Chosen> &chosen, RunRecord &run)
         noteError(run, errorText);
     CopyTemplateFiles();
     checkImageFormat();
-    sortDevices(plans);
+    sortDevices(chosen, plans);
     produceReports(chosen, plans, run);
     showDatabaseWarnings();
 }

@@ -215,6 +215,15 @@ private Q_SLOTS:
         }
     }
 
+    void refusesAFractionAsItem()
+    {
+        writeTables(m_otherPath, {{"DataValues",
+                                   sampleFields(Double, Long, Long),
+                                   {{3.0, m_start, 1, 1}, {3.4, m_start, 1, 1}}}});
+        const Error error = errorOf([&] { seriesOf(3); });
+        QVERIFY2(error.description.contains("3.4 is not a whole number"), error.what());
+    }
+
 private:
     static std::vector<Field> sampleFields(FieldType ident, FieldType state, FieldType value)
     {
