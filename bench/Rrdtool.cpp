@@ -1,6 +1,6 @@
 #include "Rrdtool.h"
 
-#include "core/Error.h"
+#include "base/Error.h"
 
 #include <QDir>
 #include <QElapsedTimer>
@@ -11,7 +11,7 @@
 
 namespace {
 
-/// Processor time of the processes that this one started and that have ended.
+/// Processor time of ended child processes.
 double childrenSeconds()
 {
     rusage usage{};
@@ -22,7 +22,7 @@ double childrenSeconds()
     return seconds(usage.ru_utime) + seconds(usage.ru_stime);
 }
 
-/// Runs one rrdtool process over the commands; throws what it complains about.
+/// Runs the commands in one rrdtool process; throws its error message.
 double runRrdtool(const QByteArray &commands)
 {
     QElapsedTimer timer;
@@ -40,11 +40,11 @@ double runRrdtool(const QByteArray &commands)
     return static_cast<double>(timer.nsecsElapsed()) / 1e9;
 }
 
-/// The chart's samples as a round-robin file of its own.
+/// The chart's samples as a round-robin file.
 QByteArray rrdCreation(const QString &file, const CounterChart &chart, int minutes)
 {
     const std::vector<BucketValue> &buckets = chart.series.buckets;
-    const qint64 start = chart.series.place(0).start / 1000;
+    const qint64 start = chart.series.interval(0).start / 1000;
     const int step = minutes * 60;
     QString text = QStringLiteral("create %1 --start %2 --step %3 DS:v:GAUGE:%4:U:U "
                                   "RRA:AVERAGE:0.5:1:%5 RRA:MIN:0.5:1:%5 RRA:MAX:0.5:1:%5\n")
@@ -57,7 +57,7 @@ QByteArray rrdCreation(const QString &file, const CounterChart &chart, int minut
     for (size_t i = 0; i < buckets.size(); ++i)
         text +=
             QStringLiteral(" %1:%2")
-                .arg(chart.series.place(i).end / 1000)
+                .arg(chart.series.interval(i).end / 1000)
                 .arg(buckets[i].isEmpty() ? QStringLiteral("U") : QString::number(buckets[i].mean));
     return QString(text + u'\n').toUtf8();
 }
@@ -74,14 +74,14 @@ QByteArray rrdGraph(const QString &image, const QString &file, const CounterChar
                "DEF:l=%6:v:MIN DEF:h=%6:v:MAX CDEF:low=l,0.6,* CDEF:high=h,1.4,* "
                "CDEF:band=high,low,- CDEF:m=a,%7,TREND VDEF:p=a,95,PERCENTNAN VDEF:v=a,AVERAGE "
                "VDEF:g=a,MAXIMUM VDEF:s=a,MINIMUM AREA:a#DFF0DF AREA:low#DFF0DF "
-               "AREA:band#ABD6AB:\"Least to greatest\":STACK LINE1.5:a#008000:Mean "
+               "AREA:band#ABD6AB:\"Min to max\":STACK LINE1.5:a#008000:Mean "
                "LINE1.3:m#6A3FB5:Moving LINE1:p#D4500C:\"95th Percentile\":dashes=6,3 "
                "LINE1:v#1B2733:\"Sample Avg.\":dashes=1,2 COMMENT:\"\\n\" "
                "GPRINT:g:\"Max\\: %.1lf\" GPRINT:s:\"Min\\: %.1lf\" GPRINT:v:\"Avg\\: %.1lf\" "
                "GPRINT:p:\"95th\\: %.1lf\"\n")
         .arg(image)
-        .arg(chart.series.place(0).start / 1000)
-        .arg(chart.series.place(buckets.size() - 1).end / 1000)
+        .arg(chart.series.interval(0).start / 1000)
+        .arg(chart.series.interval(buckets.size() - 1).end / 1000)
         .arg(chart.frame.title, chart.valueLabel, file)
         .arg(trend)
         .toUtf8();

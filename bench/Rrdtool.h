@@ -11,14 +11,14 @@
 struct Result
 {
     double seconds = 0;
-    double processorSeconds = 0; ///< of all threads; tells more on a busy machine
+    double processorSeconds = 0; ///< of all threads; less affected by other load
     double meanBytes = 0;
 };
 
 /// Mean size of a folder's files of a pattern, in bytes.
 double meanSize(const QString &folder, const QString &pattern);
 
-/// Draws charts of buckets of `minutes` minutes with one rrdtool process that is fed on its
-/// standard input, each from a file of its own made before; images of 640 by 390 with the parts of
-/// ours. Throws Error with what rrdtool complains about.
+/// Draws charts with buckets of `minutes` minutes with one rrdtool process that reads commands from
+/// its standard input, each from a file made before; images of 640 by 390 with the parts of ours.
+/// Throws Error with rrdtool's message.
 Result benchRrdtool(const QString &folder, const std::vector<CounterChart> &charts, int minutes);

@@ -1,5 +1,7 @@
 #include "SampleCharts.h"
 
+#include "tests/charts/ChartSamples.h"
+
 #include <cmath>
 #include <random>
 
@@ -8,37 +10,20 @@ namespace {
 
 ChartFrame frame(const QString &title, const QString &subtitle)
 {
-    ChartFrame frame;
+    ChartFrame frame = sampleFrame();
     frame.title = title;
     frame.subtitle = subtitle;
-    frame.period = QStringLiteral("2024-03-04 00:00 to 2024-03-10 23:59");
-    frame.zone = QStringLiteral("Europe/Berlin, UTC+01:00");
-    frame.credit = QStringLiteral("Vantrel Graphing Tool \u00A9 2024");
     return frame;
 }
 
-} // namespace
-
 DataSeries emptySeries(int count, int minutes, int scale)
 {
-    constexpr qint64 minute = 60'000;
-    const QDateTime monday(QDate(2024, 3, 4), QTime(0, 0), Qt::UTC);
-    DataSeries series;
+    DataSeries series = ::emptySeries(count, minutes);
     series.scale = scale;
-    std::vector<AxisBucket> places;
-    for (int i = 0; i < count; ++i) {
-        const QDateTime wall = monday.addMSecs(i * minutes * minute);
-        const qint64 start = wall.toMSecsSinceEpoch() - 60 * minute;
-        places.push_back({start, start + minutes * minute, wall, {}, {}, {}, {}});
-    }
-    series.axis = std::make_shared<const BucketAxis>(std::move(places),
-                                                     minutes == 1440 ? 2
-                                                     : minutes == 60 ? 1
-                                                                     : 0,
-                                                     minutes);
-    series.buckets.resize(series.axis->size());
     return series;
 }
+
+} // namespace
 
 CounterChart counterChart(int count, int minutes, unsigned seed)
 {
@@ -52,16 +37,18 @@ CounterChart counterChart(int count, int minutes, unsigned seed)
     chart.series = emptySeries(count, minutes, 3);
     for (size_t i = 0; i < chart.series.buckets.size(); ++i) {
         BucketValue &bucket = chart.series.buckets[i];
-        const double hour = chart.series.place(i).wallStart.time().msecsSinceStartOfDay() / 3.6e6;
+        const double hour =
+            chart.series.interval(i).wallStart.time().msecsSinceStartOfDay() / 3.6e6;
         const double load = 30 + 18 * std::sin((hour - 9) / 24 * 2 * M_PI);
         const double peak = random() % 97 == 0 ? 60 : 0;
         bucket.count = 60;
         bucket.mean = std::max(1.0, load + 4 * noise(random) + peak);
-        bucket.least = bucket.mean * (0.55 + 0.05 * noise(random));
-        bucket.greatest = bucket.mean * (1.35 + 0.1 * std::abs(noise(random)));
+        bucket.min = bucket.mean * (0.55 + 0.05 * noise(random));
+        bucket.max = bucket.mean * (1.35 + 0.1 * std::abs(noise(random)));
     }
     for (int i = count / 2; i < count / 2 + count / 40; ++i)
         chart.series.buckets[static_cast<size_t>(i)].count = 0;
+    chart.statistics = counterStatistics(chart.series);
     return chart;
 }
 
@@ -86,6 +73,7 @@ StateChart stateChart(int count, int minutes, unsigned seed)
     for (int i = count / 4; i < count / 4 + count / 20; ++i)
         chart.series.buckets[static_cast<size_t>(i)].count =
             chart.series.buckets[static_cast<size_t>(i)].successes = 0;
+    chart.statistics = stateStatistics(chart.series);
     return chart;
 }
 

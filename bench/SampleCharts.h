@@ -2,11 +2,8 @@
 
 #include "charts/ChartJob.h"
 
-/// Believable charts, always the same for the same seed.
+/// Realistic charts, the same for the same seed.
 namespace sample {
-
-/// Buckets of `minutes` minutes (60: by hour, 1440: by day), without samples.
-DataSeries emptySeries(int count, int minutes, int scale);
 
 /// Latencies with a daily rhythm, noise and a few peaks.
 CounterChart counterChart(int count, int minutes, unsigned seed);

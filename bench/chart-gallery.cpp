@@ -1,11 +1,12 @@
 /// chart-gallery FOLDER: writes charts of many kinds and sizes as PNG files, to be looked at.
 
 #include "SampleCharts.h"
+#include "base/Error.h"
+#include "base/Files.h"
+#include "base/ProgramState.h"
 #include "charts/ChartPainter.h"
 #include "charts/ChartStyle.h"
 #include "charts/ImageFile.h"
-#include "core/Error.h"
-#include "core/Files.h"
 
 #include <QDir>
 #include <QGuiApplication>
@@ -38,6 +39,7 @@ StateChart constantState(int count, int minutes, qint64 successes)
         bucket.count = 60;
         bucket.successes = successes;
     }
+    chart.statistics = stateStatistics(chart.series);
     return chart;
 }
 
@@ -48,9 +50,10 @@ CounterChart counter(const QString &unit, double offset, double factor)
     chart.unit = unit;
     for (BucketValue &bucket : chart.series.buckets) {
         bucket.mean = bucket.mean * factor + offset;
-        bucket.least = bucket.least * factor + offset;
-        bucket.greatest = bucket.greatest * factor + offset;
+        bucket.min = bucket.min * factor + offset;
+        bucket.max = bucket.max * factor + offset;
     }
+    chart.statistics = counterStatistics(chart.series);
     return chart;
 }
 
@@ -59,6 +62,7 @@ Kind emptied(Kind chart)
 {
     for (BucketValue &bucket : chart.series.buckets)
         bucket.count = bucket.successes = 0;
+    chart.statistics = {};
     return chart;
 }
 
@@ -99,6 +103,7 @@ void writeCounters()
     write("counter-flat", flat);
     CounterChart one = emptied(week);
     one.series.buckets[90].count = 3;
+    one.statistics = counterStatistics(one.series);
     write("counter-one", one);
     CounterChart named = week;
     named.frame.title = QStringLiteral("A very long title that tells more than fits ").repeated(4);
@@ -127,6 +132,7 @@ void writeDevices()
 
 int main(int argc, char **argv)
 {
+    const ProgramState state;
     if (qEnvironmentVariableIsEmpty("QT_QPA_PLATFORM"))
         qputenv("QT_QPA_PLATFORM", "offscreen");
     const QGuiApplication application(argc, argv);

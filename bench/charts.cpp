@@ -1,16 +1,17 @@
-/// charts FOLDER [COUNT]: draws COUNT (200) weekly charts with `rrdtool graph`, one process fed on
+/// charts FOLDER [COUNT]: draws COUNT (200) weekly charts with `rrdtool graph`, one process reading
 /// its standard input, and with our worker pool; same size, same points. Prints both rates, their
 /// ratio, the mean file sizes, and where our own time goes.
 
 #include "Rrdtool.h"
 #include "SampleCharts.h"
+#include "base/Error.h"
+#include "base/Files.h"
+#include "base/ProgramState.h"
 #include "charts/ChartPainter.h"
 #include "charts/ChartStyle.h"
 #include "charts/ImageFile.h"
 #include "charts/TextCache.h"
 #include "charts/WorkerPool.h"
-#include "core/Error.h"
-#include "core/Files.h"
 
 #include <QDir>
 #include <QElapsedTimer>
@@ -104,6 +105,7 @@ void bench(const QString &root, int count, int points, int minutes)
 
 int main(int argc, char **argv)
 {
+    const ProgramState state;
     if (qEnvironmentVariableIsEmpty("QT_QPA_PLATFORM"))
         qputenv("QT_QPA_PLATFORM", "offscreen");
     const QGuiApplication application(argc, argv);

@@ -1,13 +1,14 @@
 // bench-editor FILE: how long the report definition editor takes to open on a monitoring file, and
 // how long each key typed into its search box takes until the window is painted again.
 
-#include "core/Error.h"
-#include "core/GrapherConfig.h"
-#include "core/Paths.h"
-#include "core/State.h"
-#include "data/Connection.h"
-#include "data/MonitoredDevices.h"
-#include "ui/ReportDefEditor.h"
+#include "base/Error.h"
+#include "base/Paths.h"
+#include "base/ProgramState.h"
+#include "config/Program.h"
+#include "config/clsGrapherConfig.h"
+#include "database/Connection.h"
+#include "database/MonitoredDevices.h"
+#include "ui/editors/frmReportDefEditor.h"
 
 #include <QApplication>
 #include <QComboBox>
@@ -160,14 +161,13 @@ void bench(const QString &file)
 {
     const QTemporaryDir home;
     setProgramFolder(home.path());
-    gConfig = std::make_unique<clsGrapherConfig>();
-    gConfig->storedConfig = QStringLiteral("%%app.path%%");
-    gGraphDataPath = home.path() + QLatin1Char('/');
-    gDataPath = QFileInfo(file).absolutePath() + QLatin1Char('/');
+    gConfig().storedConfig = QStringLiteral("%%app.path%%");
+    program().gGraphDataPath = home.path() + QLatin1Char('/');
+    program().gDataPath = QFileInfo(file).absolutePath() + QLatin1Char('/');
 
     MonitoredDevices monitored;
     print(QStringLiteral("reading the database alone"), milliseconds([&] {
-              const std::unique_ptr<MonitoringDatabase> database = databaseOpener()();
+              const std::unique_ptr<MonitoringDatabase> database = databaseSource().connect();
               monitored = readMonitoredDevices(*database);
           }));
     std::printf("  (%zu devices, %zu data items)\n", monitored.devices.size(),
@@ -180,6 +180,7 @@ void bench(const QString &file)
 
 int main(int argc, char **argv)
 {
+    const ProgramState state;
     qputenv("QT_QPA_PLATFORM", "offscreen");
     const QApplication application(argc, argv);
     if (argc != 2) {

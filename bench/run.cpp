@@ -1,20 +1,21 @@
-/// bench-run FOLDER: a whole run of 1,000 charts over the database FOLDER/VTRGData.MDB, held
-/// against its own floor (one pass over the file; drawing, compressing and writing as many charts
-/// of as many points; writing its other files again) and against `rrdtool graph` on as many images.
+/// bench-run FOLDER: a whole run of 1,000 charts over the database FOLDER/VTRGData.MDB, compared
+/// with its lower bound (one pass over the file; drawing, compressing and writing as many charts of
+/// as many points; writing its other files again) and with `rrdtool graph` on as many images.
 
 #include "Rrdtool.h"
 #include "SampleCharts.h"
+#include "access/AccessFile.h"
+#include "base/Clock.h"
+#include "base/Error.h"
+#include "base/Files.h"
+#include "base/Paths.h"
+#include "base/ProgramState.h"
 #include "charts/ChartStyle.h"
 #include "charts/WorkerPool.h"
-#include "core/Clock.h"
-#include "core/Error.h"
-#include "core/Files.h"
-#include "core/GrapherConfig.h"
-#include "core/Paths.h"
-#include "core/State.h"
-#include "data/Connection.h"
-#include "data/access/AccessFile.h"
-#include "definitions/DefinitionStores.h"
+#include "config/Program.h"
+#include "config/clsGrapherConfig.h"
+#include "database/Connection.h"
+#include "definitions/Definitions.h"
 #include "scheduling/ReportRunner.h"
 
 #include <QDir>
@@ -65,22 +66,19 @@ void print(const char *what, const Took &took)
 /// A report of every data item of every device, by hour over two weeks.
 QString addReport()
 {
-    QString message;
-    if (!OpenDatabase(message))
-        throw Error(DatabaseError, message);
     auto chart = std::make_shared<clsGraphDef>();
     chart->ChartTitle = QStringLiteral("Two weeks");
     chart->ChartFrequency = ByHour;
     chart->IntervalCount = hours;
     chart->StateTemplateFile = QStringLiteral("StateChart.HTML");
     chart->CountTemplateFile = QStringLiteral("CountChart.HTML");
-    gChartDefs.add(chart->ChartID, chart);
-    SaveChartDefs();
+    definitions().gChartDefs.add(chart->ChartID, chart);
+    definitions().SaveChartDefs();
 
     auto report = std::make_shared<clsReportDef>();
     report->ReportTitle = QStringLiteral("Everything");
     report->ChartID = chart->ChartID;
-    const std::shared_ptr<const Inventory> inventory = gConnection->inventory();
+    const std::shared_ptr<const Inventory> inventory = databaseSource().connect()->inventory();
     for (const DeviceRow &row : inventory->devices()) {
         auto device = std::make_shared<clsReportDeviceDef>();
         device->MUID = row.muid;
@@ -93,16 +91,15 @@ QString addReport()
         }
         report->ReportDevices.add(device->MUID, device);
     }
-    gReportDefs.add(report->ReportID, report);
-    SaveReportDefs();
-    CloseDatabase();
+    definitions().gReportDefs.add(report->ReportID, report);
+    definitions().SaveReportDefs();
     return report->ReportID;
 }
 
 /// One pass over the samples that decodes the four columns.
 void passOverSamples()
 {
-    mdb::AccessFile file(nativePath(gDataPath + QStringLiteral("VTRGData.MDB")));
+    mdb::AccessFile file(nativePath(program().gDataPath + QStringLiteral("VTRGData.MDB")));
     const mdb::Table &table = file.table(QStringLiteral("DataValues"));
     const int ident = table.column(QStringLiteral("DataIDent"));
     const int date = table.column(QStringLiteral("iDate"));
@@ -126,7 +123,8 @@ void drawAndWrite(const QString &tree, const QString &target)
         const QString path = at.next();
         const QString name = QStringLiteral("%1/%2").arg(target).arg(++number);
         if (!path.endsWith(QLatin1String(".PNG"))) {
-            outcomes.push_back(pool.submitFile(name, readFile(path)));
+            outcomes.push_back(pool.submitWork(
+                name, [name, bytes = readFile(path)] { saveExactFile(name, bytes); }));
         } else if (number % 3 == 0) {
             outcomes.push_back(
                 pool.submit(sample::stateChart(hours, 60, number % 50), name, QString()));
@@ -144,18 +142,18 @@ void bench(const QString &folder)
     QDir(home).removeRecursively();
     locateProgramFolder(home);
     loadGrapherConfig();
-    gDataPath = folder + QLatin1Char('/');
+    program().gDataPath = folder + QLatin1Char('/');
     const QString report = addReport();
 
     RunResult result;
     const double threadBefore = threadSeconds();
-    const Took run = timed([&] { result = runReports({report}, RunChoice::All); });
+    const Took run = timed([&] { result = runReports({{report}}); });
     const double alone = threadSeconds() - threadBefore;
     if (result.failed())
         throw Error(DeviceIO, QStringLiteral("the run failed"));
     rusage usage{};
     ::getrusage(RUSAGE_SELF, &usage);
-    const QString tree = gConfig->PTH_Output();
+    const QString tree = gConfig().PTH_Output();
     print("the whole run", run);
     std::printf("  the thread that reads the file: %.2f s, %.0f %% of the processor time\n", alone,
                 alone / run.processorSeconds * 100);
@@ -185,6 +183,7 @@ void bench(const QString &folder)
 
 int main(int argc, char **argv)
 {
+    const ProgramState state;
     qputenv("QT_QPA_PLATFORM", "offscreen");
     const QGuiApplication application(argc, argv);
     if (argc != 2) {

@@ -1,13 +1,14 @@
-// bench-window: runs every report of a home from the main window, and tells how long the window
-// ever left the user waiting.
+// bench-window: runs every report of a home from the main window, and prints how long the window
+// left the user waiting at most.
 
-#include "core/GrapherConfig.h"
-#include "core/Paths.h"
-#include "core/StartUp.h"
-#include "core/State.h"
+#include "base/Paths.h"
+#include "base/ProgramState.h"
+#include "config/Program.h"
+#include "config/StartUp.h"
+#include "config/clsGrapherConfig.h"
 #include "tests/support/MemoryScheduler.h"
-#include "ui/MainWindow.h"
-#include "ui/ReportView.h"
+#include "ui/main/ReportView.h"
+#include "ui/main/frmGrapherMain.h"
 
 #include <QAction>
 #include <QApplication>
@@ -22,7 +23,7 @@
 
 namespace {
 
-/// Takes the finished page, so that no browser starts.
+/// Handles the finished page, so that no browser starts.
 class NoBrowser : public QObject
 {
     Q_OBJECT
@@ -47,13 +48,13 @@ void measure(frmGrapherMain &window)
     heart.start(1);
     QElapsedTimer all;
     all.start();
-    window.findChild<QAction *>(QStringLiteral("mnuReportView"))->trigger();
+    auto *run = window.findChild<QAction *>(QStringLiteral("mnuReportView"));
+    const QString caption = run->text();
+    run->trigger();
+    while (run->text() != caption)
+        QCoreApplication::processEvents(QEventLoop::WaitForMoreEvents);
     const qint64 duration = all.elapsed();
     heart.stop();
-    if (gaps.empty()) {
-        std::puts("The run never yielded.");
-        return;
-    }
     std::sort(gaps.begin(), gaps.end());
     std::printf("run %lld ms; %zu looks at the user's events; between two of them: median %lld ms, "
                 "99 %% within %lld ms, longest %lld ms\n",
@@ -67,6 +68,7 @@ void measure(frmGrapherMain &window)
 
 int main(int argc, char *argv[])
 {
+    const ProgramState state;
     QApplication application(argc, argv);
     QApplication::setApplicationName(QStringLiteral("VantrelGrapher"));
     if (argc != 2) {
@@ -81,7 +83,7 @@ int main(int argc, char *argv[])
     frmGrapherMain window(scheduler, {});
     window.show();
     window.loadReports();
-    gStartupDone = true;
+    program().gStartupDone = true;
     window.start();
     QTimer::singleShot(0, &window, [&window] {
         measure(window);

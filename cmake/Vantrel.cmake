@@ -20,10 +20,12 @@ target_compile_definitions(vantrel_common INTERFACE
     VANTREL_VERSION="${PROJECT_VERSION}")
 target_compile_options(vantrel_common INTERFACE
     -Wall -Wextra -Wpedantic -Wshadow -Wconversion -Wnon-virtual-dtor -Woverloaded-virtual
-    $<$<BOOL:${VANTREL_WERROR}>:-Werror>
-    $<$<BOOL:${VANTREL_SANITIZE}>:-fsanitize=address,undefined -fno-sanitize-recover=all -fno-omit-frame-pointer>)
-target_link_options(vantrel_common INTERFACE
-    $<$<BOOL:${VANTREL_SANITIZE}>:-fsanitize=address,undefined>)
+    $<$<BOOL:${VANTREL_WERROR}>:-Werror>)
+if(VANTREL_SANITIZE)
+    target_compile_options(vantrel_common INTERFACE
+        -fsanitize=${VANTREL_SANITIZE} -fno-sanitize-recover=all -fno-omit-frame-pointer)
+    target_link_options(vantrel_common INTERFACE -fsanitize=${VANTREL_SANITIZE})
+endif()
 
 # What makes a flaw harder to use, wherever compiler and linker have it.
 include(CheckCXXCompilerFlag)
@@ -39,10 +41,10 @@ if(WIN32)
 else()
     set(hardening_compile -fstack-protector-strong -fstack-clash-protection -fcf-protection)
     set(hardening_link -Wl,-z,relro -Wl,-z,now -Wl,-z,noexecstack)
-    # It needs an optimiser, and is in the way of the sanitizers.
-    target_compile_options(vantrel_common INTERFACE
-        $<$<NOT:$<OR:$<CONFIG:Debug>,$<BOOL:${VANTREL_SANITIZE}>>>:-U_FORTIFY_SOURCE>
-        $<$<NOT:$<OR:$<CONFIG:Debug>,$<BOOL:${VANTREL_SANITIZE}>>>:-D_FORTIFY_SOURCE=3>)
+    if(NOT VANTREL_SANITIZE) # it is in the way of the sanitizers, and needs an optimiser
+        target_compile_options(vantrel_common INTERFACE
+            "$<$<NOT:$<CONFIG:Debug>>:-U_FORTIFY_SOURCE;-D_FORTIFY_SOURCE=3>")
+    endif()
 endif()
 foreach(option IN LISTS hardening_compile)
     string(MAKE_C_IDENTIFIER "VANTREL_HAS${option}" known)
@@ -73,7 +75,7 @@ endfunction()
 
 # vantrel_room(NAME SOURCES file... [LINK target...])
 # One folder under src/: a static library named vantrel_NAME. Its headers are included by their
-# path below src/ ("core/Files.h"), so an #include shows which room a file leans on.
+# path below src/ ("base/Files.h"), so an #include shows which room a file leans on.
 function(vantrel_room name)
     cmake_parse_arguments(room "" "" "SOURCES;LINK" ${ARGN})
     add_library(vantrel_${name} STATIC ${room_SOURCES})
@@ -107,7 +109,7 @@ function(vantrel_test name)
     add_test(NAME ${name} COMMAND tst_${name})
     set_tests_properties(${name} PROPERTIES
         TIMEOUT 300
-        ENVIRONMENT "QT_QPA_PLATFORM=offscreen;QT_LOGGING_RULES=qt.qpa.*=false"
+        ENVIRONMENT "QT_QPA_PLATFORM=offscreen;QT_LOGGING_RULES=qt.qpa.*=false;TSAN_OPTIONS=suppressions=${CMAKE_SOURCE_DIR}/cmake/tsan.supp"
         LABELS "${test_LABELS}")
     if(test_SERIAL)
         set_tests_properties(${name} PROPERTIES RUN_SERIAL ON)

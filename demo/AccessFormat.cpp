@@ -1,6 +1,6 @@
 #include "demo/AccessFormat.h"
 
-#include "core/Error.h"
+#include "base/Error.h"
 
 #include <QString>
 
@@ -15,7 +15,7 @@ constexpr int usageMapRow = 69;
 constexpr int inlinePages = (usageMapRow - 5) * 8;
 constexpr int mapPageHeader = 4;
 constexpr int pagesPerMapPage = (pageSize - mapPageHeader) * 8;
-constexpr int mostMapPages = (usageMapRow - 1) / 4;
+constexpr int maxMapPages = (usageMapRow - 1) / 4;
 
 /// RC4 with the engine's fixed key: the header's fields are hidden, not protected.
 void encodeHeaderFields(std::uint8_t *bytes, int size)
@@ -41,7 +41,7 @@ void encodeHeaderFields(std::uint8_t *bytes, int size)
 
 using MapRow = std::array<std::uint8_t, usageMapRow>;
 
-/// A map in the row itself. Pages outside of its range count as absent.
+/// A map in the row itself; pages outside its range are not in it.
 MapRow inlineMap(const std::vector<int> &pages, int first)
 {
     MapRow row{};
@@ -58,8 +58,8 @@ bool fitsInline(const std::vector<int> &pages, int first)
     return pages.empty() || pages.back() - first < inlinePages;
 }
 
-/// A map on pages of its own, of which stretches without any page of the owner need none. `take`
-/// gives the number of a new map page.
+/// A map on pages of its own, left out where the owner has no pages. `take` returns the number of a
+/// new map page.
 MapRow referenceMap(PageFile &file, const std::vector<int> &pages, const auto &take)
 {
     MapRow row{};
@@ -67,7 +67,7 @@ MapRow referenceMap(PageFile &file, const std::vector<int> &pages, const auto &t
     auto page = pages.begin();
     while (page != pages.end()) {
         const int stretch = *page / pagesPerMapPage;
-        if (stretch >= mostMapPages)
+        if (stretch >= maxMapPages)
             throw Error(Overflow, QStringLiteral("An Access file cannot be larger than 2 GB"));
         Page map{};
         map[0] = 5;
@@ -94,7 +94,7 @@ void encodeText(QStringView text, std::vector<std::uint8_t> &bytes)
     bool compressed = true;
     bool possible = size > 0;
     for (const QChar character : text) {
-        // A byte 00 always toggles, so a character with such a low byte cannot be told from one.
+        // A byte 00 always toggles, so characters with such a low byte cannot be compressed.
         const char16_t code = character.unicode();
         possible = (code & 0xFF) != 0 && bytes.size() < size;
         if (!possible)
@@ -136,7 +136,7 @@ std::array<std::uint8_t, 17> encodeNumeric(const QString &text, int scale)
         !std::all_of(digits.cbegin(), digits.cend(),
                      [](QChar c) { return c >= u'0' && c <= u'9'; }))
         throw Error(TypeMismatch,
-                    QStringLiteral("'%1' is no number of %2 decimals").arg(text).arg(scale));
+                    QStringLiteral("'%1' is not a number of %2 decimals").arg(text).arg(scale));
     digits += QString(scale - decimals, u'0');
 
     std::array<quint32, 4> words{}; // the most significant one first
@@ -220,10 +220,10 @@ Page headerPage(qint64 createdInstant)
     return page;
 }
 
-RowPages::RowPages(PageFile &file, quint32 owner, int mostRows)
+RowPages::RowPages(PageFile &file, quint32 owner, int maxRows)
     : m_file(file)
     , m_owner(owner)
-    , m_mostRows(mostRows)
+    , m_maxRows(maxRows)
 {}
 
 int RowPages::room() const
@@ -238,10 +238,10 @@ bool RowPages::isLast(int page) const
 
 bool RowPages::hasRoom(int rows, int rowSize) const
 {
-    return !m_pages.empty() && m_rows + rows <= m_mostRows && room() >= rows * (rowSize + 2);
+    return !m_pages.empty() && m_rows + rows <= m_maxRows && room() >= rows * (rowSize + 2);
 }
 
-RowPlace RowPages::add(const std::uint8_t *bytes, int size, quint16 flags)
+RowAddress RowPages::add(const std::uint8_t *bytes, int size, quint16 flags)
 {
     if (!hasRoom(1, size))
         startPage();
@@ -272,52 +272,52 @@ void RowPages::flush()
     m_file.write(m_pages.back(), m_page);
 }
 
-void RowPages::change(RowPlace place, const auto &edit)
+void RowPages::change(RowAddress address, const auto &edit)
 {
-    if (isLast(place.page)) {
+    if (isLast(address.page)) {
         edit(m_page);
         return;
     }
     Page page;
-    m_file.read(place.page, page);
+    m_file.read(address.page, page);
     edit(page);
-    m_file.write(place.page, page);
+    m_file.write(address.page, page);
 }
 
-QByteArray RowPages::row(RowPlace place)
+QByteArray RowPages::row(RowAddress address)
 {
     Page read;
-    if (!isLast(place.page))
-        m_file.read(place.page, read);
-    const Page &page = isLast(place.page) ? m_page : read;
-    const std::uint8_t *entry = page.data() + dataPageHeader + 2 * place.row;
+    if (!isLast(address.page))
+        m_file.read(address.page, read);
+    const Page &page = isLast(address.page) ? m_page : read;
+    const std::uint8_t *entry = page.data() + dataPageHeader + 2 * address.row;
     const int begin = get<quint16>(entry) & rowOffsetMask;
-    const int end = place.row == 0 ? pageSize : get<quint16>(entry - 2) & rowOffsetMask;
+    const int end = address.row == 0 ? pageSize : get<quint16>(entry - 2) & rowOffsetMask;
     return QByteArray(reinterpret_cast<const char *>(page.data()) + begin, end - begin);
 }
 
-void RowPages::addFlags(RowPlace place, quint16 flags)
+void RowPages::addFlags(RowAddress address, quint16 flags)
 {
-    change(place, [&](Page &page) {
-        std::uint8_t *entry = page.data() + dataPageHeader + 2 * place.row;
+    change(address, [&](Page &page) {
+        std::uint8_t *entry = page.data() + dataPageHeader + 2 * address.row;
         put(entry, quint16(get<quint16>(entry) | flags));
     });
 }
 
-void RowPages::replaceByPointer(RowPlace place, RowPlace target)
+void RowPages::replaceByPointer(RowAddress address, RowAddress target)
 {
-    if (row(place).size() < 4)
+    if (row(address).size() < 4)
         throw Error(Overflow, QStringLiteral("A row of fewer than 4 bytes cannot be moved"));
-    change(place, [&](Page &page) {
-        const auto *entry = page.data() + dataPageHeader + 2 * place.row;
+    change(address, [&](Page &page) {
+        const auto *entry = page.data() + dataPageHeader + 2 * address.row;
         put(page.data() + (get<quint16>(entry) & rowOffsetMask), target.pointer());
     });
-    addFlags(place, rowPointer);
+    addFlags(address, rowPointer);
 }
 
 std::vector<int> RowPages::roomyPages() const
 {
-    if (m_pages.empty() || m_rows >= m_mostRows)
+    if (m_pages.empty() || m_rows >= m_maxRows)
         return {};
     return {m_pages.back()};
 }
@@ -335,21 +335,20 @@ std::array<std::uint8_t, usageMapRow> UsageMaps::map(const std::vector<int> &pag
     return referenceMap(m_file, pages, [&] { return m_file.allocate(); });
 }
 
-RowPlace UsageMaps::addPair(const std::vector<int> &pages, const std::vector<int> &roomyPages)
+RowAddress UsageMaps::addPair(const std::vector<int> &pages, const std::vector<int> &roomyPages)
 {
     if (!m_rows.hasRoom(2, usageMapRow))
         m_rows.startPage();
     const MapRow owned = map(pages);
     const MapRow roomy = map(roomyPages);
-    const RowPlace place = m_rows.add(owned.data(), usageMapRow);
+    const RowAddress address = m_rows.add(owned.data(), usageMapRow);
     m_rows.add(roomy.data(), usageMapRow);
-    return place;
+    return address;
 }
 
 void UsageMaps::writeGlobalMap(PageFile &file)
 {
-    // The map names the free pages. Within the file there are none; its bits go on behind the
-    // file's end, to the end of what the map can say.
+    // The map has the free pages: none in the file, but all after its end, as far as the map goes.
     const auto freePages = [](int from, int to) {
         std::vector<int> pages;
         for (int page = from; page < to; ++page)
@@ -360,7 +359,8 @@ void UsageMaps::writeGlobalMap(PageFile &file)
     if (file.pageCount() <= inlinePages) {
         row = inlineMap(freePages(file.pageCount(), inlinePages), 0);
     } else {
-        // One map page for each stretch, the one that the map pages themselves may open included.
+        // As many map pages as there are ranges, including one that the map pages themselves may
+        // need.
         int maps = 0;
         while (maps * pagesPerMapPage < file.pageCount() + maps)
             ++maps;
@@ -368,7 +368,7 @@ void UsageMaps::writeGlobalMap(PageFile &file)
         numbers.reserve(static_cast<size_t>(maps));
         for (int i = 0; i < maps; ++i)
             numbers.push_back(file.allocate());
-        Page full{}; // a stretch without a free page
+        Page full{}; // a range without free pages
         full[0] = 5;
         full[1] = 1;
         for (const int number : numbers)

@@ -1,6 +1,6 @@
 #include "demo/AccessWriter.h"
 
-#include "core/Error.h"
+#include "base/Error.h"
 
 #include <algorithm>
 #include <limits>
@@ -14,10 +14,10 @@ constexpr int definitionHeader = 63;
 constexpr int definitionColumn = 25;
 constexpr int definitionPageHeader = 8;
 constexpr quint32 definitionMagic = 1625;
-constexpr int mostInlineLongValue = 64;
-constexpr int envelopeSize = 23;            ///< bytes around a calculated value
-constexpr int calculatedSize = 39;          ///< stated of calculated columns other than texts
-constexpr qint64 mostCompressedMemo = 1024; ///< characters
+constexpr int maxInlineLongValue = 64;
+constexpr int envelopeSize = 23;           ///< bytes around a calculated value
+constexpr int calculatedSize = 39;         ///< stated of calculated columns other than texts
+constexpr qint64 maxCompressedMemo = 1024; ///< characters
 
 constexpr quint32 systemObject = 0x80000000;
 constexpr qint32 rootContainer = 0x0F000000;
@@ -74,7 +74,7 @@ int statedSize(const Field &field)
     }
 }
 
-/// Whether rows hold a pointer to the values, or short ones behind a head.
+/// Whether rows hold pointers to the values, or short values after a header.
 bool isLong(const Field &field)
 {
     return isLong(field.resultType.value_or(field.type));
@@ -89,7 +89,7 @@ TableWriter::TableWriter(PageFile &file, QString name, bool isSystem,
     , m_isSystem(isSystem)
     , m_order(options.definitionOrder)
     , m_definitionPages{file.allocate()}
-    , m_rows(file, quint32(m_definitionPages.front()), options.mostRowsOnPage)
+    , m_rows(file, quint32(m_definitionPages.front()), options.maxRowsOnPage)
 {
     if (fields.size() > 255)
         throw Error(Overflow, QStringLiteral("A table has at most 255 fields"));
@@ -219,7 +219,7 @@ void TableWriter::setText(int field, QStringView value)
                                   .arg(m_name)
                                   .arg(target.field.size)
                                   .arg(target.field.name));
-    if (isMemo && value.size() > mostCompressedMemo) {
+    if (isMemo && value.size() > maxCompressedMemo) {
         const auto *bytes = reinterpret_cast<const std::uint8_t *>(value.utf16());
         target.value.assign(bytes, bytes + 2 * value.size());
     } else {
@@ -252,20 +252,20 @@ void TableWriter::setResult(int field, QByteArrayView value)
     markSet(field);
 }
 
-/// Puts a long value where its length belongs: behind its head in the row, in a row of a page of
-/// long values, or in a chain of such rows, each of which begins with a pointer to the next.
-/// Leaves in `value` what the row itself holds.
+/// Stores a long value depending on its length: after its header in the row, in a row of a page of
+/// long values, or in a chain of such rows, each of which starts with a pointer to the next. Leaves
+/// in `value` what the row itself holds.
 void TableWriter::storeLongValue(Column &column)
 {
     constexpr std::size_t headSize = 12;
     constexpr quint32 isInline = 0x80000000;
     constexpr quint32 isOneRow = 0x40000000;
-    constexpr std::size_t mostInChainedRow = mostLongValueRow - 4;
+    constexpr std::size_t maxInChainedRow = maxLongValueRow - 4;
 
     std::vector<std::uint8_t> &value = column.value;
     const auto size = value.size();
     std::array<std::uint8_t, headSize> head{};
-    if (size <= std::size_t(mostInlineLongValue)) {
+    if (size <= std::size_t(maxInlineLongValue)) {
         put(head.data(), quint32(size) | isInline);
         value.insert(value.begin(), head.begin(), head.end());
         return;
@@ -273,16 +273,16 @@ void TableWriter::storeLongValue(Column &column)
     if (size >= isOneRow)
         throw Error(Overflow, QStringLiteral("Table '%1': a value is too long").arg(m_name));
 
-    RowPlace first;
-    if (size <= std::size_t(mostLongValueRow)) {
+    RowAddress first;
+    if (size <= std::size_t(maxLongValueRow)) {
         first = column.longValues->add(value.data(), int(size));
         put(head.data(), quint32(size) | isOneRow);
     } else {
-        // From the last piece to the first, so that each knows where the next one stands.
-        std::array<std::uint8_t, mostLongValueRow> piece;
-        auto begin = (size - 1) / mostInChainedRow * mostInChainedRow;
+        // From the last piece to the first, so that each has the address of the next one.
+        std::array<std::uint8_t, maxLongValueRow> piece;
+        auto begin = (size - 1) / maxInChainedRow * maxInChainedRow;
         quint32 next = 0;
-        for (auto end = size; end > 0; end = begin, begin -= std::min(begin, mostInChainedRow)) {
+        for (auto end = size; end > 0; end = begin, begin -= std::min(begin, maxInChainedRow)) {
             put(piece.data(), next);
             std::memcpy(piece.data() + 4, value.data() + begin, end - begin);
             first = column.longValues->add(piece.data(), int(4 + end - begin));
@@ -294,11 +294,11 @@ void TableWriter::storeLongValue(Column &column)
     value.assign(head.begin(), head.end());
 }
 
-RowPlace TableWriter::append()
+RowAddress TableWriter::append()
 {
     std::uint8_t *at = m_row.data();
     const auto spaceFor = [&](std::size_t size) {
-        if (at + size > m_row.data() + mostRowBytes)
+        if (at + size > m_row.data() + maxRowBytes)
             throw Error(Overflow, QStringLiteral("Table '%1': a row is too long").arg(m_name));
     };
     put(at, quint16(m_rowFields));
@@ -342,25 +342,25 @@ RowPlace TableWriter::append()
     return m_rows.add(m_row.data(), int(at - m_row.data()));
 }
 
-void TableWriter::deleteRow(RowPlace place)
+void TableWriter::deleteRow(RowAddress address)
 {
-    m_rows.addFlags(place, rowDeleted | rowPointer);
+    m_rows.addFlags(address, rowDeleted | rowPointer);
     --m_rowCount;
 }
 
-void TableWriter::moveRow(RowPlace place)
+void TableWriter::moveRow(RowAddress address)
 {
-    const QByteArray bytes = m_rows.row(place);
-    if (m_rows.pages().back() == place.page)
+    const QByteArray bytes = m_rows.row(address);
+    if (m_rows.pages().back() == address.page)
         m_rows.startPage();
-    // Marked deleted where it now stands: only the pointer leads to it.
-    const RowPlace target = m_rows.add(reinterpret_cast<const std::uint8_t *>(bytes.data()),
-                                       int(bytes.size()), rowDeleted);
-    m_rows.replaceByPointer(place, target);
+    // The moved row is marked as deleted: only the pointer leads to it.
+    const RowAddress target = m_rows.add(reinterpret_cast<const std::uint8_t *>(bytes.data()),
+                                         int(bytes.size()), rowDeleted);
+    m_rows.replaceByPointer(address, target);
 }
 
-/// The definition without its division into pages.
-QByteArray TableWriter::definition(RowPlace ownedMap, RowPlace roomyMap) const
+/// The definition before it is divided into pages.
+QByteArray TableWriter::definition(RowAddress ownedMap, RowAddress roomyMap) const
 {
     QByteArray bytes(definitionHeader, '\0');
     auto *header = reinterpret_cast<std::uint8_t *>(bytes.data());
@@ -408,7 +408,7 @@ QByteArray TableWriter::definition(RowPlace ownedMap, RowPlace roomyMap) const
         appendNumber(bytes, quint16(number));
         appendNumber(bytes, column.longValueMap.pointer());
         appendNumber(bytes,
-                     RowPlace{column.longValueMap.page, column.longValueMap.row + 1}.pointer());
+                     RowAddress{column.longValueMap.page, column.longValueMap.row + 1}.pointer());
     }
     appendNumber(bytes, quint16(0xFFFF));
     put(reinterpret_cast<std::uint8_t *>(bytes.data()) + 8, quint32(bytes.size()));
@@ -435,10 +435,10 @@ void TableWriter::finish(UsageMaps &maps)
         column.longValueMap =
             maps.addPair(column.longValues->pages(), column.longValues->roomyPages());
     }
-    const RowPlace owned = maps.addPair(m_rows.pages(), m_rows.roomyPages());
+    const RowAddress owned = maps.addPair(m_rows.pages(), m_rows.roomyPages());
     const QByteArray bytes = definition(owned, {owned.page, owned.row + 1});
 
-    // The first page holds the header's place, the others begin with a header of their own.
+    // The first page includes the header's bytes, the others start with a header of their own.
     qsizetype done = definitionPageHeader;
     for (std::size_t i = 0; i < m_definitionPages.size(); ++i) {
         const auto size = std::min<qsizetype>(bytes.size() - done, pageSize - definitionPageHeader);

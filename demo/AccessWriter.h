@@ -11,7 +11,7 @@
 #include <optional>
 
 /// Writes Access files of the Jet 4 format (.mdb), without indexes: demonstration databases, and
-/// the awkward ones that tests need.
+/// the unusual ones that tests need.
 namespace demo {
 
 enum class FieldType : std::uint8_t {
@@ -35,25 +35,25 @@ struct Field
 {
     QString name;
     FieldType type = FieldType::Long;
-    int size = 255;       ///< most characters of a Text, most bytes of a Binary
+    int size = 255;       ///< max characters of a Text, max bytes of a Binary
     int precision = 18;   ///< of a Numeric
     int scale = 0;        ///< of a Numeric
     bool dropped = false; ///< rows carry it, but the definition no longer lists it
-    /// Of a calculated column, whose `type` is not that of its values then.
+    /// Of a calculated column, whose values are not of `type` then.
     std::optional<FieldType> resultType = {};
 };
 
 struct TableOptions
 {
-    /// The fields' numbers in the order in which the definition lists them; empty: as stored.
+    /// The fields' indexes in the order of the definition; empty: as stored.
     std::vector<int> definitionOrder = {};
-    int mostRowsOnPage = demo::mostRowsOnPage;
+    int maxRowsOnPage = demo::maxRowsOnPage;
 };
 
-/// One table of a file under construction. A row is set up value by value, fields that are not set
-/// are NULL (a Boolean: false), then appended; for fixed-size fields nothing is allocated. Fields
-/// are numbered from 0 in storage order. A value of the wrong kind throws Error(TypeMismatch), one
-/// that does not fit Error(Overflow).
+/// One table of a file under construction. The values of a row are set one by one, those that are
+/// not set are NULL (a Boolean: false), then the row is appended; fixed-size fields need no
+/// allocation. Fields are numbered from 0 in storage order. A value of the wrong kind throws
+/// Error(TypeMismatch), one that does not fit Error(Overflow).
 class TableWriter
 {
 public:
@@ -68,16 +68,16 @@ public:
     /// A calculated column's value as stored; empty for one that is NULL.
     void setResult(int field, QByteArrayView value);
 
-    RowPlace append();
+    RowAddress append();
 
-    // What happens to rows in real life.
+    // Changes that Access makes to rows.
 
-    /// Marks a row deleted, as Access does; its bytes stay.
-    void deleteRow(RowPlace place);
-    /// Moves a row to another page (a new one, if need be) and leaves a pointer behind, as Access
-    /// does with a row that has outgrown its page.
-    void moveRow(RowPlace place);
-    /// Rows appended from now on hold the first `count` fields only, as rows do that are older than
+    /// Marks a row as deleted; its bytes stay.
+    void deleteRow(RowAddress address);
+    /// Moves a row to another page (a new one, if necessary) and replaces it by a pointer, as
+    /// happens to a row that outgrows its page.
+    void moveRow(RowAddress address);
+    /// Rows appended from now on have only the first `count` fields, like rows that are older than
     /// the other fields.
     void setRowFields(int count);
     /// The row count that the definition states instead of the true one.
@@ -96,10 +96,10 @@ private:
         int fixedOffset = 0;
         int variableIndex = 0;
         int size = 0;                    ///< as the definition states it
-        std::vector<std::uint8_t> value; ///< of the row being set up, where it is variable
+        std::vector<std::uint8_t> value; ///< of the row being built, if it is variable
         std::unique_ptr<RowPages> longValues;
-        RowPlace longValueMap; ///< its usage maps: all pages, and in the next row
-                               ///< those with room
+        RowAddress longValueMap; ///< its usage maps: all pages, and in the next row
+                                 ///< those with room
     };
 
     TableWriter(PageFile &file, QString name, bool isSystem, const std::vector<Field> &fields,
@@ -109,7 +109,7 @@ private:
     void markSet(int field);
     void setFixed(int field, const void *bytes, std::size_t size);
     void storeLongValue(Column &column);
-    QByteArray definition(RowPlace ownedMap, RowPlace roomyMap) const;
+    QByteArray definition(RowAddress ownedMap, RowAddress roomyMap) const;
     QByteArray properties() const;
     void finish(UsageMaps &maps);
 
@@ -123,10 +123,10 @@ private:
     qint64 m_rowCount = 0;
     qint64 m_statedRows = -1;
 
-    // The row being set up.
+    // The row being built.
     int m_fixedBytes = 0; ///< of the whole table
     int m_variables = 0;  ///< of the whole table
-    int m_rowFields = 0;  ///< the columns that rows hold, and what follows from their number
+    int m_rowFields = 0;  ///< columns of each row; the next two follow from it
     int m_rowFixedBytes = 0;
     int m_rowVariables = 0;
     Page m_fixed{};
@@ -134,7 +134,7 @@ private:
     Page m_row{};
 };
 
-/// A database. Tables stay valid until `finish`, and may be filled in turn.
+/// A database. Tables are valid until `finish`, and may be filled in turn.
 class AccessWriter
 {
 public:
@@ -144,11 +144,11 @@ public:
     TableWriter &addTable(const QString &name, const std::vector<Field> &fields,
                           const TableOptions &options = {});
 
-    /// Adds a table whose rows stand in another file, or where `connect` says.
+    /// Adds a table whose rows are in another file, or where `connect` says.
     void addLink(const QString &name, const QString &database, const QString &connect,
                  const QString &foreignName);
 
-    /// Completes the file and puts it in its place. Nothing else may be called afterwards.
+    /// Completes the file and renames it to its path. Nothing else may be called afterwards.
     void finish();
 
 private:

@@ -1,6 +1,6 @@
 #include "demo/DemoReports.h"
 
-#include "core/Xml.h"
+#include "base/Xml.h"
 
 #include <QDateTime>
 
@@ -10,7 +10,7 @@ namespace demo {
 
 namespace {
 
-/// Numbers of the delivered definitions.
+/// Ids of the factory's definitions.
 enum Chart { LastDay = 1, LastWeek, LastMonth, LastYear };
 enum Schedule { Hourly = 1, Daily, Weekly, Monthly, MissedRunsMadeUp };
 

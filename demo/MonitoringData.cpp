@@ -78,7 +78,7 @@ void writeDataFields(AccessWriter &writer, const MonitoringPlan &plan)
     }
 }
 
-/// Tells whether times that only grow lie in one of a list of spans in ascending order.
+/// Whether ascending times are within one of a list of ascending spans.
 class SpanWalk
 {
 public:
@@ -107,7 +107,7 @@ double businessAt(double hourOfDay, bool isWeekend)
     return std::min(1.0, morning + 0.94 * afternoon) * (isWeekend ? 0.16 : 1.0);
 }
 
-/// What a device's place on the globe says about a moment.
+/// A moment in a device's local time.
 struct Moment
 {
     double business;
@@ -146,7 +146,7 @@ class Sampler
 public:
     Sampler(AccessWriter &writer, const MonitoringPlan &plan);
 
-    /// Tests every device once, in the interval that begins at `tick`.
+    /// Tests every device once, in the interval that starts at `tick`.
     void run(qint64 tick);
     qint64 count() const { return m_count; }
 

@@ -6,7 +6,7 @@
 
 namespace demo {
 
-/// Called with the share of the period that is written, 0 to 1, once for each tenth.
+/// Called with the part of the period that is written, 0 to 1, once for each tenth.
 using WriteProgress = std::function<void(double share)>;
 
 /// Writes a monitoring database: the tables Devices, DataFields, Scales and DataValues, with the

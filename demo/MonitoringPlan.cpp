@@ -220,7 +220,7 @@ constexpr DeviceTemplate deviceTemplates[] = {
 };
 constexpr int templateCount = int(std::size(deviceTemplates));
 
-/// Spans that begin `mean` seconds apart on average. Most are short; one in `oneLongIn` is long.
+/// Spans that start `mean` seconds apart on average. Most are short; one in `oneLongIn` is long.
 std::vector<Span> misfortunes(Random &random, Span within, double mean, int oneLongIn)
 {
     std::vector<Span> spans;
@@ -235,7 +235,7 @@ std::vector<Span> misfortunes(Random &random, Span within, double mean, int oneL
     return spans;
 }
 
-/// Outages that a look at the last day and the last week is to find.
+/// Outages in the last day and the last week.
 void addRecentOutages(std::vector<Span> &spans, const MonitoringOptions &options, int index)
 {
     if (index % 4 == 0)

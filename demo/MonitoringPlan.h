@@ -5,8 +5,8 @@
 #include <cstdint>
 #include <vector>
 
-/// What a demonstration monitors: invented devices with their data items, and what befell them.
-/// Times are seconds since 1970-01-01 UTC.
+/// What a demonstration monitors: invented devices with their data items, outages and pauses. Times
+/// are seconds since 1970-01-01 UTC.
 namespace demo {
 
 struct MonitoringOptions
@@ -23,8 +23,8 @@ enum class DeviceKind { Router, Switch, Server, Printer, Ups, WebSite, AccessPoi
 
 inline constexpr int stateScale = 21;
 
-/// How a counter's value comes about: a base, the rhythm of the working day and of the night's
-/// jobs, a drift that starts anew from time to time, noise and spikes; kept within low and high.
+/// A counter's values: a base, the rhythm of the working day and of the night's jobs, a drift that
+/// is reset from time to time, noise and spikes; kept within low and high.
 struct CounterModel
 {
     double base = 0;
@@ -32,9 +32,9 @@ struct CounterModel
     double night = 0;       ///< added while the night's jobs run
     double noise = 0;       ///< its standard deviation
     double spikeChance = 0; ///< of each sample
-    double spike = 0;       ///< least size of a spike; the greatest is three times that
-    double drift = 0;       ///< a day
-    double resetDays = 0;   ///< the drift starts anew after so many days; 0: never
+    double spike = 0;       ///< min size of a spike; the max is three times that
+    double drift = 0;       ///< per day
+    double resetDays = 0;   ///< the drift is reset after so many days; 0: never
     double low = 0;
     double high = 0;
 };
@@ -52,8 +52,8 @@ struct MonitoredItem
     QString description;
     int scale = stateScale;
     bool isGlobal = true;
-    CounterModel counter;       ///< where the scale is another than the state scale
-    std::vector<Span> failures; ///< of a state item, beside its device's outages
+    CounterModel counter;       ///< if the scale is not the state scale
+    std::vector<Span> failures; ///< of a state item, in addition to its device's outages
 };
 
 struct MonitoredDevice
@@ -68,7 +68,7 @@ struct MonitoredDevice
     QString notes;
     bool isExcluded = false;
     int zone = 0;              ///< hours east of UTC; the rhythm of the day follows it
-    Span monitored;            ///< samples lie within; empty: the device has none
+    Span monitored;            ///< the period of its samples; empty: it has none
     std::vector<Span> outages; ///< its states fail and its counters have no samples
     std::vector<Span> pauses;  ///< maintenance: no samples at all
     std::vector<MonitoredItem> items;
@@ -86,11 +86,11 @@ struct MonitoringPlan
     MonitoringOptions options;
     std::vector<Scale> scales;
     std::vector<MonitoredDevice> devices;
-    std::vector<Span> pauses; ///< the monitoring service itself stood still
+    std::vector<Span> pauses; ///< of the monitoring service itself
 };
 
-/// Plans a demonstration; the same options give the same plan. From four devices on, the last one
-/// has no samples, the one before went away some time ago, and the one before that is new.
+/// Plans a demonstration; the same options give the same plan. With at least four devices the last
+/// one has no samples, the one before it was removed some time ago, and the one before that is new.
 MonitoringPlan planMonitoring(const MonitoringOptions &options);
 
 } // namespace demo

@@ -1,8 +1,8 @@
 #include "demo/PageFile.h"
 
-#include "core/Error.h"
-#include "core/Files.h"
-#include "core/platform/FileSystem.h"
+#include "base/Error.h"
+#include "base/FileSystem.h"
+#include "base/Files.h"
 
 #include <QDir>
 #include <QFileInfo>

@@ -12,12 +12,12 @@ inline constexpr int pageSize = 4096;
 using Page = std::array<std::uint8_t, pageSize>;
 
 /// A file of 4096-byte pages under construction. Pages are numbered in the order of allocation and
-/// may be written, and written again, in any order. The bytes go to a temporary file beside the
-/// target, which `commit` puts in its place; without it nothing is left behind.
+/// may be written, and written again, in any order. The bytes go to a temporary file, which
+/// `commit` renames to the target; without `commit` it is removed.
 ///
-/// Written page by page and not through saveFile(): a database of ten million samples would have to
-/// stand in memory whole. It is not synced either, as a lost demonstration file is simply made
-/// anew. All functions throw Error that names the file.
+/// Written page by page and not through saveFile(), as a database of ten million samples does not
+/// fit into memory. It is not synced either, as a demonstration file can be made again. All
+/// functions throw Error that names the file.
 class PageFile
 {
 public:

@@ -6,7 +6,7 @@
 namespace demo {
 
 /// Random numbers (SplitMix64) that are the same for a seed on every system, which the standard
-/// library's distributions do not promise.
+/// library's distributions do not guarantee.
 class Random
 {
 public:
@@ -27,7 +27,7 @@ public:
     bool chance(double probability) { return share() < probability; }
     /// Times between events that happen once in `mean` on average.
     double waiting(double mean) { return -mean * std::log(1.0 - share()); }
-    /// Roughly normal, mean 0 and deviation 1, within -3 and 3: the sum of three even numbers.
+    /// Roughly normal, mean 0 and deviation 1, within -3 and 3: the sum of three uniform numbers.
     double normal()
     {
         constexpr std::uint64_t mask = (1u << 21) - 1;

@@ -1,9 +1,10 @@
 // demo-database: writes a monitoring database with invented devices and samples.
 
-#include "core/Clock.h"
-#include "core/Error.h"
-#include "core/Files.h"
-#include "core/Paths.h"
+#include "base/Clock.h"
+#include "base/Error.h"
+#include "base/Files.h"
+#include "base/Paths.h"
+#include "base/ProgramState.h"
 #include "demo/DemoReports.h"
 #include "demo/MonitoringData.h"
 
@@ -17,8 +18,7 @@
 
 namespace {
 
-constexpr double mostSamples =
-    30e6; // what fits into the 2 GB of an Access file, with room to spare
+constexpr double maxSamples = 30e6; // fits into the 2 GB of an Access file
 
 struct Arguments
 {
@@ -27,19 +27,19 @@ struct Arguments
     demo::MonitoringOptions options;
 };
 
-/// Wrong options: told to the user, exit status 2.
+/// Wrong options: shown to the user, exit status 2.
 struct UsageError
 {
     QString text;
 };
 
-int numberOption(const QCommandLineParser &parser, const QString &name, int least, int most)
+int numberOption(const QCommandLineParser &parser, const QString &name, int min, int max)
 {
     bool isNumber = false;
     const int number = parser.value(name).toInt(&isNumber);
-    if (!isNumber || number < least || number > most)
+    if (!isNumber || number < min || number > max)
         throw UsageError{
-            QStringLiteral("--%1 takes a number from %2 to %3").arg(name).arg(least).arg(most)};
+            QStringLiteral("--%1 takes a number from %2 to %3").arg(name).arg(min).arg(max)};
     return number;
 }
 
@@ -103,10 +103,10 @@ Arguments readArguments(const QCommandLineParser &parser)
     options.until = untilOption(parser);
     const double samples =
         86'400.0 / options.interval * options.days * options.devices * options.items;
-    if (samples > mostSamples)
+    if (samples > maxSamples)
         throw UsageError{QStringLiteral("These would be %1 million samples; at most %2 million fit")
                              .arg(samples / 1e6, 0, 'f', 1)
-                             .arg(mostSamples / 1e6)};
+                             .arg(maxSamples / 1e6)};
     return arguments;
 }
 
@@ -133,9 +133,10 @@ void write(const Arguments &arguments)
 
 int main(int argc, char **argv)
 {
+    const ProgramState state;
     QCoreApplication application(argc, argv);
     QCoreApplication::setApplicationName(QStringLiteral("demo-database"));
-    setProgramFolder(QDir::currentPath()); // which all names are seen from
+    setProgramFolder(QDir::currentPath()); // relative names start there
     QCommandLineParser parser;
     addOptions(parser);
     try {

@@ -1,19 +1,20 @@
-#include "core/Clock.h"
-#include "core/GrapherConfig.h"
-#include "core/Paths.h"
-#include "core/StartUp.h"
-#include "core/State.h"
-#include "core/platform/TaskScheduler.h"
-#include "definitions/DefinitionStores.h"
-#include "ui/Automate.h"
-#include "ui/CustomRange.h"
-#include "ui/GraphDefEditor.h"
-#include "ui/HelpWindow.h"
-#include "ui/IndicatorStyle.h"
-#include "ui/MainWindow.h"
-#include "ui/OutputPath.h"
-#include "ui/ReportDefEditor.h"
-#include "ui/ScheduleDefEditor.h"
+#include "base/Clock.h"
+#include "base/Paths.h"
+#include "base/ProgramState.h"
+#include "config/Program.h"
+#include "config/StartUp.h"
+#include "config/clsGrapherConfig.h"
+#include "definitions/Definitions.h"
+#include "platform/TaskScheduler.h"
+#include "ui/common/IndicatorStyle.h"
+#include "ui/editors/frmCustomRange.h"
+#include "ui/editors/frmGraphDefEditor.h"
+#include "ui/editors/frmReportDefEditor.h"
+#include "ui/editors/frmScheduleDefEditor.h"
+#include "ui/help/frmHelp.h"
+#include "ui/main/frmAutomate.h"
+#include "ui/main/frmGrapherMain.h"
+#include "ui/main/frmOutputPath.h"
 
 #include <QAbstractItemView>
 #include <QApplication>
@@ -53,11 +54,11 @@ public:
         , m_theme(theme)
     {}
 
-    /// Shows a window, and keeps its picture.
+    /// Shows a window and saves its picture.
     void take(QWidget &window, const QString &name)
     {
         window.show();
-        wait(500); // previews and filters act a moment after the last key
+        wait(500); // previews and filters follow the last key with a delay
         if (!window.windowHandle()->isExposed())
             fail(name + QLatin1String(": the window does not show"));
         const QString file = QStringLiteral("%1/%2-%3.png").arg(m_folder, name, m_theme);
@@ -100,11 +101,11 @@ void takeMainWindow(Album &album, platform::TaskScheduler &scheduler)
 void takeEditors(Album &album)
 {
     frmReportDefEditor report;
-    report.load(*gReportDefs.at(0));
+    report.load(*definitions().gReportDefs.at(0));
     album.take(report, QStringLiteral("report-editor"));
 
     frmGraphDefEditor chart;
-    chart.load(*gChartDefs.at(gChartDefs.size() - 1));
+    chart.load(*definitions().gChartDefs.at(definitions().gChartDefs.size() - 1));
     album.take(chart, QStringLiteral("chart-editor"));
 
     clsGraphDef range;
@@ -114,7 +115,7 @@ void takeEditors(Album &album)
     album.take(customRange, QStringLiteral("custom-range"));
 
     frmScheduleDefEditor schedule;
-    schedule.load(*gScheduleDefs.at(gScheduleDefs.size() - 1));
+    schedule.load(*definitions().gScheduleDefs.at(definitions().gScheduleDefs.size() - 1));
     album.take(schedule, QStringLiteral("schedule-editor"));
 }
 
@@ -135,6 +136,7 @@ void takeDialogs(Album &album, platform::TaskScheduler &scheduler)
 
 int main(int argc, char *argv[])
 {
+    const ProgramState state;
     QApplication application(argc, argv);
     QApplication::setApplicationName(QStringLiteral("VantrelGrapher"));
     const QStringList arguments = QApplication::arguments();
@@ -149,12 +151,12 @@ int main(int argc, char *argv[])
     QDir().mkpath(arguments[2]);
     locateProgramFolder(arguments[1]);
     InitGrapher();
-    gDataPath = programFolder() + QLatin1String("/VTRDataRoot/");
+    program().gDataPath = programFolder() + QLatin1String("/VTRDataRoot/");
     loadGrapherConfig();
-    LoadChartDefs();
-    LoadScheduleDefs();
-    LoadReportDefs();
-    gStartupDone = true;
+    definitions().LoadChartDefs();
+    definitions().LoadScheduleDefs();
+    definitions().LoadReportDefs();
+    program().gStartupDone = true;
     Album album(arguments[2], arguments[3]);
     const std::unique_ptr<platform::TaskScheduler> scheduler = platform::systemTaskScheduler();
     takeMainWindow(album, *scheduler);

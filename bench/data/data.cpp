@@ -1,11 +1,13 @@
-// bench-data FILE: how long reading the samples of a monitoring file takes, step by step, and what
-// it takes in memory.
+// bench-data FILE: the time that reading the samples of a monitoring file takes, step by step, and
+// the memory.
 
-#include "core/Error.h"
-#include "core/TimeZone.h"
-#include "data/AccessDatabase.h"
-#include "data/access/AccessFile.h"
-#include "definitions/GraphDef.h"
+#include "access/AccessFile.h"
+#include "base/Error.h"
+#include "base/ProgramState.h"
+#include "base/TimeZone.h"
+#include "database/AccessDatabase.h"
+#include "definitions/clsGraphDef.h"
+#include "series/CalculatedSummary.h"
 
 #include <QCoreApplication>
 #include <QElapsedTimer>
@@ -22,7 +24,7 @@ double secondsOf(const timeval &time)
     return static_cast<double>(time.tv_sec) + static_cast<double>(time.tv_usec) / 1e6;
 }
 
-/// Processor time of this process and of those that it waited for.
+/// Processor time of this process and its ended children.
 double processorSeconds()
 {
     double all = 0;
@@ -41,7 +43,7 @@ double peakMegabytes()
     return static_cast<double>(usage.ru_maxrss) / 1024;
 }
 
-/// Prints what `work` took; returns its processor time.
+/// Prints the time of `work`; returns its processor time.
 template <typename Work>
 double seconds(const char *name, Work work)
 {
@@ -74,17 +76,17 @@ Extent readAll(const QString &path)
     Extent extent;
     double sum = 0;
     mdb::RowCursor row(file, table);
-    qint64 least = std::numeric_limits<qint64>::max();
-    qint64 greatest = std::numeric_limits<qint64>::min();
+    qint64 from = std::numeric_limits<qint64>::max();
+    qint64 to = std::numeric_limits<qint64>::min();
     while (row.next()) {
         const qint64 instant = row.instant(date);
-        least = std::min(least, instant);
-        greatest = std::max(greatest, instant);
+        from = std::min(from, instant);
+        to = std::max(to, instant);
         sum += row.number(value) + static_cast<double>(row.integer(state) + row.integer(ident));
         ++extent.rows;
     }
-    extent.from = least;
-    extent.to = greatest;
+    extent.from = from;
+    extent.to = to;
     std::printf("%lld rows, check sum %.17g\n", static_cast<long long>(extent.rows), sum);
     return extent;
 }
@@ -147,6 +149,7 @@ void bench(const QString &path)
 
 int main(int argc, char **argv)
 {
+    const ProgramState state;
     const QCoreApplication application(argc, argv);
     if (argc != 2) {
         std::fprintf(stderr, "usage: bench-data FILE\n");

@@ -1,11 +1,13 @@
-// bench-odbc: a million samples through the tool's recordset, beside a bare loop of block fetches
-// over the same driver and query.
+// bench-odbc: a million samples through the tool's recordset, compared with a bare loop of block
+// fetches over the same driver and query.
 
-#include "data/odbc/Odbc.h"
+#include "odbc/Odbc.h"
 
-#include "core/Error.h"
-#include "data/odbc/OdbcConnection.h"
+#include "base/Error.h"
+#include "base/ProgramState.h"
 #include "odbc/MariaDb.h"
+#include "odbc/OdbcConnection.h"
+#include "odbc/OdbcRecordset.h"
 
 #include <algorithm>
 #include <array>
@@ -38,19 +40,15 @@ Sum throughTheTool(OdbcConnection &connection)
     const auto rows =
         connection.open(query(), {QStringLiteral("DataIDent"), QStringLiteral("iDate"),
                                   QStringLiteral("iState"), QStringLiteral("iValue")});
-    const int ident = rows->column(QStringLiteral("DataIDent"));
-    const int date = rows->column(QStringLiteral("iDate"));
-    const int state = rows->column(QStringLiteral("iState"));
-    const int value = rows->column(QStringLiteral("iValue"));
     Sum sum;
     while (rows->next()) {
         ++sum.rows;
-        sum.idents += rows->integer(ident);
-        sum.seconds += rows->instant(date) / 1000 % 60;
-        if (!rows->isNull(state))
-            sum.states += rows->integer(state);
-        if (!rows->isNull(value))
-            sum.values += rows->number(value);
+        sum.idents += rows->integer(0);
+        sum.seconds += rows->instant(1) / 1000 % 60;
+        if (!rows->isNull(2))
+            sum.states += rows->integer(2);
+        if (!rows->isNull(3))
+            sum.values += rows->number(3);
     }
     return sum;
 }
@@ -61,7 +59,7 @@ Sum throughTheTool(OdbcConnection &connection)
     std::exit(1);
 }
 
-/// What the shortest program could do: fixed columns bound in arrays of 4,096 rows.
+/// The simplest possible program: fixed columns bound in arrays of 4,096 rows.
 class BareLoop
 {
 public:
@@ -160,15 +158,16 @@ void compare()
                         "IF(seq %% 100 = 0, 'Timed out', NULL) FROM seq_1_to_%1;")
              .replace(QLatin1String("%%"), QLatin1String("%"))
              .arg(samples)});
-    OdbcConnection connection(server.connectionText(), 60, 600, false);
+    const auto connection =
+        std::make_shared<OdbcConnection>(server.connectionText(), 60, 600, false);
     const BareLoop bareLoop(server.connectionText());
 
     std::vector<double> tool;
     std::vector<double> bare;
-    for (int i = 0; i < rounds; ++i) { // in turn, so that both meet the same machine
+    for (int i = 0; i < rounds; ++i) { // in turn, so that both have the same conditions
         Sum toolSum;
         Sum bareSum;
-        tool.push_back(secondsFor([&] { return throughTheTool(connection); }, toolSum));
+        tool.push_back(secondsFor([&] { return throughTheTool(*connection); }, toolSum));
         bare.push_back(secondsFor([&] { return bareLoop.run(); }, bareSum));
         if (!(toolSum == bareSum) || toolSum.rows != samples)
             give("the two readers saw different samples");
@@ -182,6 +181,7 @@ void compare()
 
 int main()
 {
+    const ProgramState state;
     try {
         compare();
     } catch (const std::exception &error) {

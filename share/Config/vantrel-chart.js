@@ -1,15 +1,17 @@
 // Vantrel reports: the interactive chart of one data item. The series stand in the page as lists
-// separated by commas, a blank where a bucket has no samples. A view is a stretch of buckets,
-// [from, to), that need not begin or end at a bucket's edge. Comes behind vantrel.js.
+// separated by commas, a blank where a bucket has no samples, and beside them the statistics of the
+// whole period: the script draws and reads out, it computes no figure. A view is a stretch of
+// buckets, [from, to), that need not begin or end at a bucket's edge. Comes after vantrel.js.
 'use strict';
 
 {
 const figure = document.querySelector('.plot[data-chart]');
 const state = figure.dataset.chart === 'state';
 const entries = (id) => document.getElementById(id).textContent.split(',').map((entry) => entry.trim());
+const numbers = (list) => Float64Array.from(list, (text) => (text ? Number(text) : NaN));
 const labels = entries('labels');
 const texts = ['series1', 'series2', 'series3'].map(entries);
-const [first, second, third] = texts.map((list) => Float64Array.from(list, (text) => (text ? Number(text) : NaN)));
+const [first, second, third] = texts.map(numbers);
 const unit = document.getElementById('unit')?.textContent.trim() ?? '';
 const count = labels.length;
 const leastSpan = Math.min(count, 6);
@@ -42,54 +44,35 @@ function valueText(value) {
 }
 const rateText = (value) => `${value.toFixed(value > 99.9 && value < 100 ? 3 : 2)} %`;
 
-// ---- Statistics; the same rules as the still image
+// ---- What can be switched on and off
 
-const known = (series) => series.filter((value) => !Number.isNaN(value));
-const sum = (series) => known(series).reduce((total, value) => total + value, 0);
-
-// All values but the last in time are sorted, the last keeps its place at the end.
-function percentile95(values) {
-  const sorted = [...values.slice(0, -1).sort(), ...values.slice(-1)];
-  const place = values.length * 95 / 100;
-  const tie = place % 1 === .5;
-  return sorted[(tie ? 2 * Math.round(place / 2) : Math.round(place)) - 1];
+// A level of the whole period, a further line: null where the page says nothing of it.
+function level(key, name, id) {
+  const [value] = document.getElementById(id) ? numbers(entries(id)) : [NaN];
+  return Number.isNaN(value) ? null
+    : { key, name: name(value), level: value, data: new Float64Array(count).fill(value), at: () => valueText(value) };
+}
+function line(key, name, id) {
+  const element = document.getElementById(id);
+  if (!element) return null;
+  const data = numbers(entries(id));
+  return { key, name: name(element.dataset.period), data, at: (i) => valueText(data[i]) };
 }
 
-// Each bucket's mean of the last values up to it; gaps neither count nor get one.
-function movingAverage(series, length) {
-  const recent = [];
-  return Float64Array.from(series, (value) => {
-    if (Number.isNaN(value)) return NaN;
-    recent.push(value);
-    if (recent.length > length) recent.shift();
-    return recent.length < length ? NaN : sum(recent) / length;
-  });
-}
-
-const means = known(first);
-const average = sum(means) / means.length;
-const movingLength = Math.max(2, Math.floor(count / 10));
-const overall = sum(first) / (sum(first) + sum(second)) * 100;
-
-// What can be switched on and off. `at` reads a bucket; a series without it says nothing there.
-const everywhere = (value) => ({ data: new Float64Array(count).fill(value), level: value });
-const series = state ? [
+// `at` reads a bucket; `data` (or `low` and `high`) is what is drawn.
+const series = (state ? [
   { key: 'success', name: 'All tests succeeded' },
   { key: 'failure', name: 'With failures' },
   { key: 'nodata', name: 'No data' },
-  { key: 'overall', name: `Overall ${rateText(overall)}`, ...everywhere(overall) },
+  level('overall', (value) => `Overall ${rateText(value)}`, 'overall'),
 ] : [
   { key: 'mean', name: 'Mean', data: first, at: (i) => valueText(first[i]) },
   { key: 'band', name: 'Least to greatest single sample', low: second, high: third,
     at: (i) => `${valueText(second[i])} to ${valueText(third[i])}` },
-  { key: 'percentile', name: '95th percentile of interval means', ...everywhere(means.length ? percentile95(means) : NaN) },
-  { key: 'moving', name: `Moving \u00d7${movingLength} of interval means`, data: movingAverage(first, movingLength),
-    at: (i) => valueText(series[3].data[i]) },
-  { key: 'average', name: 'Average of interval means', ...everywhere(average) },
-];
-if (!state) {
-  for (const one of series) if ('level' in one) one.at = () => valueText(one.level);
-}
+  level('percentile', () => '95th percentile of interval means', 'percentile'),
+  line('moving', (period) => `Moving \u00d7${period} of interval means`, 'moving'),
+  level('average', () => 'Average of interval means', 'average'),
+]).filter(Boolean);
 const shown = (key) => series.find((one) => one.key === key).on;
 for (const one of series) one.on = true;
 
@@ -353,7 +336,7 @@ function paint() {
     else if (one.data) text[one.key] = one.on ? linePath(one.data, y) : '';
     else if (one.low) text[one.key] = one.on ? bandPath(one.low, one.high, y) : '';
   }
-  for (const [key, element] of Object.entries(paths)) element.setAttribute('d', text[key]);
+  for (const [key, element] of Object.entries(paths)) element.setAttribute('d', text[key] ?? '');
   const [a, b] = [view.from, view.to].map((bucket) => round(bucket / count * size.width));
   windowMark.setAttribute('d', `M0 0h${size.width}v${size.overview}h${-size.width}ZM${a} .5V${size.overview - .5}H${b}V.5Z`);
   drawCursor(y);
@@ -379,15 +362,12 @@ function bucketFacts(i) {
 }
 
 function stretchFacts(begin, end) {
-  const [a, b, c] = [first, second, third].map((data) => known(data.subarray(begin, end)));
-  const gaps = ['No data', `${end - begin - a.length} of ${end - begin}`];
-  if (!a.length) return facts(gaps);
-  if (state) {
-    const [good, bad] = [sum(a), sum(b)];
-    return facts(['Success rate', rateText(good / (good + bad) * 100)], ['Failed', `${bad} of ${good + bad} tests`], gaps);
-  }
-  return facts(['Mean of interval means', valueText(sum(a) / a.length)], ['Least single sample', valueText(least(b, 0, b.length))],
-    ['Greatest single sample', valueText(greatest(c, 0, c.length))], gaps);
+  const empty = third.subarray(begin, end).filter(Number.isNaN).length;
+  const gaps = ['No data', `${empty} of ${end - begin}`];
+  if (empty === end - begin) return facts(gaps);
+  if (state) return facts(['Lowest success rate', rateText(least(third, begin, end))], gaps);
+  return facts(['Least single sample', valueText(least(second, begin, end))],
+    ['Greatest single sample', valueText(greatest(third, begin, end))], gaps);
 }
 
 function tell() {
@@ -609,7 +589,8 @@ function fit() {
 
 document.querySelector('.raw').hidden = true;
 fillTable();
-if (means.length === 0) {
+const silent = third.every(Number.isNaN);
+if (silent) {
   figure.append(make('figcaption', {}, 'No data in this period'));
 } else {
   screen.append(drawing);
@@ -617,7 +598,7 @@ if (means.length === 0) {
 }
 figure.hidden = false;
 document.querySelector('.still').classList.add('paper');
-if (means.length) {
+if (!silent) {
   fit(); // before the page is seen, so that it does not jump
   new ResizeObserver(fit).observe(screen);
 }

@@ -5,20 +5,20 @@
 #include "app/Listings.h"
 #include "app/RunDisplay.h"
 #include "app/SingleInstance.h"
-#include "core/Clock.h"
-#include "core/Error.h"
-#include "core/Files.h"
-#include "core/GrapherConfig.h"
-#include "core/OneLine.h"
-#include "core/Paths.h"
-#include "core/StartUp.h"
-#include "core/State.h"
-#include "core/Trouble.h"
-#include "core/platform/Drawing.h"
-#include "core/platform/EventLog.h"
-#include "core/platform/Terminal.h"
-#include "data/Connection.h"
-#include "definitions/DefinitionStores.h"
+#include "base/Clock.h"
+#include "base/Error.h"
+#include "base/Files.h"
+#include "base/OneLine.h"
+#include "base/Paths.h"
+#include "base/TimeZone.h"
+#include "config/Program.h"
+#include "config/RunLog.h"
+#include "config/StartUp.h"
+#include "config/clsGrapherConfig.h"
+#include "definitions/Definitions.h"
+#include "platform/Drawing.h"
+#include "platform/EventLog.h"
+#include "platform/Terminal.h"
 #include "scheduling/Registration.h"
 #include "scheduling/ReportRunner.h"
 #include "scheduling/RunHistory.h"
@@ -38,7 +38,7 @@ void print(std::FILE *stream, const QString &line)
 QStringList allReportIds()
 {
     QStringList ids;
-    for (const auto &report : gReportDefs)
+    for (const auto &report : definitions().gReportDefs)
         ids.append(report->ReportID);
     return ids;
 }
@@ -49,14 +49,14 @@ QStringList reportIdsOf(const QStringList &names)
     QStringList ids;
     for (const QString &name : names) {
         const qsizetype before = ids.size();
-        for (const auto &report : gReportDefs) {
+        for (const auto &report : definitions().gReportDefs) {
             if (report->ReportID.compare(name, Qt::CaseInsensitive) == 0 ||
                 report->ReportTitle.compare(name, Qt::CaseInsensitive) == 0)
                 ids.append(report->ReportID);
         }
         if (ids.size() > before)
             continue;
-        const QStringList errors = definitionErrors(); // it may be one of them
+        const QStringList errors = definitions().errors(); // it may be one of them
         throw Error(ItemNotFound,
                     (QStringList{QStringLiteral("There is no report '%1'").arg(name)} + errors)
                         .join(QLatin1String("; ")));
@@ -66,36 +66,39 @@ QStringList reportIdsOf(const QStringList &names)
 
 int runUnattended(const QStringList &ids, RunChoice choice)
 {
+    const RunMode mode = program().gAutoMode ? RunMode::Scheduled : RunMode::OnRequest;
     const RunDisplay display(stdout, stderr);
-    platform::onCancelRequest([] { CancelRequested = true; }); // at the run's next check
-    const RunResult result = runReports(ids, choice);
+    platform::onCancelRequest([] { program().CancelRequested = true; }); // at the run's next check
+    const RunResult result = runReports({ids, choice, mode});
     if (result.cancelled)
-        return Cancelled;
-    return result.failed() ? ReportFailed : Done;
+        return ExitStatus::Cancelled;
+    return result.failed() ? ExitStatus::ReportFailed : ExitStatus::Done;
 }
 
 int changeRegistration(const Options &options)
 {
     const std::unique_ptr<platform::TaskScheduler> scheduler = platform::systemTaskScheduler();
     if (options.command == Command::Unregister)
-        return show(unregisterTask(*scheduler)
-                        ? QStringLiteral("Scheduled task has been removed.\n")
-                        : QStringLiteral("There is no scheduled task.\n"));
+        return printText(unregisterTask(*scheduler)
+                             ? QStringLiteral("Scheduled task has been removed.\n")
+                             : QStringLiteral("There is no scheduled task.\n"));
     if (options.command == Command::Register) {
-        show(registerTask(*scheduler, {}, options.folderOptions())
-                 ? QStringLiteral("Scheduled task has been added.\n")
-                 : QStringLiteral("There is a scheduled task already; it stays as it is.\n"));
-        QString reason;
-        if (!registerEventSource(reason))
-            show(QStringLiteral("The event log will show this program's entries without their "
-                                "description: %1\nRun --register as administrator once.\n")
-                     .arg(reason));
+        printText(registerTask(*scheduler, {}, options.folderOptions())
+                      ? QStringLiteral("Scheduled task has been added.\n")
+                      : QStringLiteral("There is a scheduled task already; it stays as it is.\n"));
+        try {
+            registerEventSource();
+        } catch (const Error &error) {
+            printText(QStringLiteral("The event log will show this program's entries without their "
+                                     "description: %1\nRun --register as administrator once.\n")
+                          .arg(error.description));
+        }
     }
     if (!isTaskRegistered(*scheduler))
-        return show(QStringLiteral("There is no scheduled task.\n"));
+        return printText(QStringLiteral("There is no scheduled task.\n"));
     const QString advice = scheduler->advice();
-    return show(scheduler->openTask(scheduledTaskName).commandLine + u'\n' +
-                (advice.isEmpty() ? advice : advice + u'\n'));
+    return printText(scheduler->openTask(scheduledTaskName).commandLine + u'\n' +
+                     (advice.isEmpty() ? advice : advice + u'\n'));
 }
 
 int check()
@@ -103,46 +106,46 @@ int check()
     try {
         loadGrapherConfig();
     } catch (const Error &error) {
-        show(error.description + u'\n'); // names the place; nothing else can be found without it
-        return WrongUse;
+        printText(error.description + u'\n'); // says where; nothing can be done without it
+        return ExitStatus::WrongUse;
     }
     QString note;
     const Findings findings = checkEverything(note);
     if (!note.isEmpty())
         print(stderr, note);
     if (findings.lines().isEmpty())
-        return show(QStringLiteral("No findings.\n"));
-    show(findings.lines().join(u'\n') + u'\n');
-    return WrongUse;
+        return printText(QStringLiteral("No findings.\n"));
+    printText(findings.lines().join(u'\n') + u'\n');
+    return ExitStatus::WrongUse;
 }
 
-/// A run with a definition file of which nothing can be read would skip reports, and nobody is
-/// there to see it: the run does not start. Throws Error naming the places.
+/// Throws Error if a definition file cannot be read: the run would skip its reports, and nobody
+/// would notice.
 void checkDefinitionFiles()
 {
-    LoadChartDefs();
-    LoadScheduleDefs();
-    const QStringList errors = definitionFileErrors();
+    definitions().LoadChartDefs();
+    definitions().LoadScheduleDefs();
+    const QStringList errors = definitions().fileErrors();
     if (!errors.isEmpty())
         throw Error(InvalidFileFormat, errors.join(QLatin1String("; ")));
     const QString reports = configurationFolder() + QLatin1String("ChartSelection.XML");
-    if (gAutoMode && !fileExists(reports))
+    if (program().gAutoMode && !fileExists(reports))
         throw Error(FileNotFound,
                     QStringLiteral("There is no file '%1': no report is defined").arg(reports));
 }
 
-/// The list, with what could not be read of the definitions.
+/// The list, and the errors of definitions that could not be read.
 int listReports()
 {
-    LoadScheduleDefs();
-    show(reportListText());
-    const QStringList unread = definitionFileErrors();
-    const QStringList errors = unread + definitionErrors();
+    definitions().LoadScheduleDefs();
+    const int shown = printText(reportListText());
+    const QStringList unread = definitions().fileErrors();
+    const QStringList errors = unread + definitions().errors();
     for (const QString &error : errors)
         print(stderr, QLatin1String("Error reading definitions: ") + error);
     if (!unread.isEmpty())
-        return WrongUse;
-    return errors.isEmpty() ? Done : ReportFailed;
+        return ExitStatus::WrongUse;
+    return errors.isEmpty() ? shown : ExitStatus::ReportFailed;
 }
 
 /// The commands that need no definitions.
@@ -152,67 +155,72 @@ bool isRegistration(Command command)
            command == Command::Registered;
 }
 
-/// The system's start-up order: paths and mode, instance check, configuration, definitions.
+/// The product's start-up order: paths and mode, instance check, configuration, definitions.
 int startUp(const Options &options)
 {
     locateProgramFolder(options.home);
     if (isRegistration(options.command))
         return changeRegistration(options);
-    gCommandLine = options.command == Command::None ? options.systemText : QString();
+    program().gCommandLine = options.command == Command::None ? options.systemText : QString();
     InitGrapher();
     if (const QString folder = options.dataFolder(); !folder.isEmpty())
-        gDataPath = NormalizeFolder(folder);
+        program().gDataPath = NormalizeFolder(folder);
     if (options.command == Command::History)
-        return show(historyText(readRuns()));
-    const bool runs = gAutoMode || (options.command == Command::None && !options.run.isEmpty());
+        return printText(historyText(runHistory().runs()));
+    const bool runs =
+        program().gAutoMode || (options.command == Command::None && !options.run.isEmpty());
     if (runs && anotherInstanceRuns()) {
         print(stderr,
               QStringLiteral("Another instance of Vantrel Graphing Tool is currently running."));
-        return OtherInstance;
+        return ExitStatus::OtherInstance;
     }
+    if (const QString fault = timeZoneFault(); !fault.isEmpty())
+        print(stderr, QLatin1String("Warning: ") + fault);
     if (options.command == Command::Check)
         return check();
     if (!runs && options.command == Command::None)
         return runInteractive(options);
     loadGrapherConfig();
-    LoadReportDefs();
+    definitions().LoadReportDefs();
     if (options.command == Command::List)
         return listReports();
     checkDefinitionFiles();
-    gStartupDone = true;
+    program().gStartupDone = true;
 
     if (!options.run.isEmpty())
         return runUnattended(reportIdsOf(options.run), RunChoice::All);
     const QStringList ids = allReportIds();
-    return ids.isEmpty() && definitionErrors().isEmpty() ? Done
-                                                         : runUnattended(ids, RunChoice::Due);
+    return ids.isEmpty() && definitions().errors().isEmpty() ? ExitStatus::Done
+                                                             : runUnattended(ids, RunChoice::Due);
 }
 
-/// An unattended run that cannot begin says so where the others are on record.
+/// Records an unattended run that cannot start.
 void recordFailedStart(const QString &why)
 {
-    if (gGraphDataPath.isEmpty()) { // where the history lies is not known
-        logTrouble(why);
+    if (program().gGraphDataPath.isEmpty()) { // the folder of the history is not known
+        LogEvent(runEvent, EventError, why);
         return;
     }
-    {
-        const LoggedToday logged(troublesOfToday(readRuns()));
-        logTrouble(why);
-    }
+    const RunHistory history = runHistory();
+    RunLog log({}, Attendance::Unattended, troublesOfToday(history.runs()));
+    log.event(EventError, why);
     RunRecord run;
     run.start = run.end = currentInstant();
     run.mode = scheduledMode;
     run.error = why;
-    saveRun(run);
+    try {
+        history.save(run);
+    } catch (const Error &error) {
+        log.event(EventError, QLatin1String("Error saving run history ") + errorTail(error));
+    }
 }
 
 /// Closes and releases everything, and logs the end of an unattended run.
 void shutDown(int status)
 {
-    CloseDatabase();
-    if (gAutoMode && status != OtherInstance)
+    platform::onCancelRequest(nullptr);
+    if (program().gAutoMode && status != ExitStatus::OtherInstance)
         logRunFinished();
-    resetDefinitions();
     releaseInstance();
 }
 
@@ -226,16 +234,19 @@ void printQtMessage(QtMsgType, const QMessageLogContext &, const QString &messag
 
 } // namespace
 
-int show(const QString &text)
+int printText(const QString &text)
 {
     std::fputs(printable(text).toUtf8().constData(), stdout);
-    return Done;
+    if (std::fflush(stdout) == 0 && !std::ferror(stdout))
+        return ExitStatus::Done;
+    print(stderr, QStringLiteral("VantrelGrapher: the standard output cannot be written"));
+    return ExitStatus::ReportFailed;
 }
 
 int refuse(const QString &why)
 {
     print(stderr, QLatin1String("VantrelGrapher: ") + why);
-    return WrongUse;
+    return ExitStatus::WrongUse;
 }
 
 std::unique_ptr<QCoreApplication> createApplication(int &argc, char *argv[], const Options &options)
@@ -252,12 +263,12 @@ std::unique_ptr<QCoreApplication> createApplication(int &argc, char *argv[], con
 
 int runApplication(const Options &options)
 {
-    int status = WrongUse;
+    int status = ExitStatus::WrongUse;
     try {
         status = startUp(options);
     } catch (const std::exception &exception) {
         const QString text = QLatin1String("Error starting ") + errorTail(errorOf(exception));
-        if (gAutoMode)
+        if (program().gAutoMode)
             recordFailedStart(text);
         refuse(text);
         showStartError(text);

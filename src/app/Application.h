@@ -6,17 +6,19 @@
 
 #include <memory>
 
-/// Exit statuses of the program.
-enum ExitStatus : int {
+/// What the program ends with.
+namespace ExitStatus {
+enum : int {
     Done = 0, ///< nothing due included
     ReportFailed = 1,
     WrongUse = 2, ///< wrong options, unreadable configuration
     OtherInstance = 3,
     Cancelled = 4,
 };
+} // namespace ExitStatus
 
 /// Prints a text to standard output.
-int show(const QString &text);
+int printText(const QString &text);
 
 /// Prints "VantrelGrapher: <why>" to standard error, and returns WrongUse.
 int refuse(const QString &why);

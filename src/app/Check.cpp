@@ -1,19 +1,19 @@
 #include "app/Check.h"
 
+#include "base/Clock.h"
+#include "base/Error.h"
+#include "base/FileSystem.h"
+#include "base/Files.h"
+#include "base/Paths.h"
+#include "base/Xml.h"
 #include "charts/ImageFile.h"
-#include "core/Clock.h"
-#include "core/Error.h"
-#include "core/Files.h"
-#include "core/GrapherConfig.h"
-#include "core/HostSettings.h"
-#include "core/Paths.h"
-#include "core/State.h"
-#include "core/Xml.h"
-#include "core/platform/FileSystem.h"
-#include "data/Connection.h"
+#include "config/HostSettings.h"
+#include "config/Program.h"
+#include "config/clsGrapherConfig.h"
+#include "database/Connection.h"
 #include "definitions/Advice.h"
-#include "definitions/ReportDef.h"
 #include "definitions/TemplateFile.h"
+#include "definitions/clsReportDef.h"
 #include "report/ReportPlan.h"
 #include "report/TemplateNames.h"
 
@@ -33,8 +33,8 @@ using Ids = QSet<QString>; ///< in lower case
 struct NumberRule
 {
     const char *attribute;
-    int least;
-    int most;
+    int min;
+    int max;
 };
 
 constexpr int any = std::numeric_limits<int>::max();
@@ -50,7 +50,7 @@ constexpr std::array scheduleNumbers = {
 };
 constexpr std::array scheduleLists = {
     NumberRule{"HourList", 0, 23},
-    NumberRule{"WeekDayList", 0, 7}, // files of old hold a 0, which never matches
+    NumberRule{"WeekDayList", 0, 7}, // old files have a 0, which never matches
     NumberRule{"MonthDayList", 1, 32},
     NumberRule{"MonthList", 1, 12},
 };
@@ -115,16 +115,14 @@ public:
 
     void requireDate(const pugi::xml_node &element, const char *attribute)
     {
-        static const QRegularExpression form(
-            QStringLiteral("^\\d{4}-\\d\\d-\\d\\dT\\d\\d.\\d\\d.\\d\\d.\\d\\d.\\d\\d$"));
         const QString text = GetAttr(element, attribute, QString());
-        if (!text.isEmpty() && !form.match(text).hasMatch())
+        if (!text.isEmpty() && !isXmlDate(text))
             add(element, attribute,
-                QStringLiteral("%1='%2' is no date like 2024-03-31T10:00:00-00:00")
+                QStringLiteral("%1='%2' is not a date like 2024-03-31T10:00:00-00:00")
                     .arg(QLatin1String(attribute), text));
     }
 
-    /// The attribute as a new key of `ids`; what is missing or there already is a finding.
+    /// Adds the attribute to the keys `ids`; a missing or duplicate one is a finding.
     void requireNewId(const pugi::xml_node &element, const char *attribute, Ids &ids)
     {
         const QString id = GetAttr(element, attribute, QString());
@@ -136,7 +134,7 @@ public:
         ids.insert(id.toLower());
     }
 
-    /// A title that nothing tells from an earlier one.
+    /// A title that equals an earlier one but for case and blanks.
     void requireNewTitle(const pugi::xml_node &element, const char *attribute, Ids &titles)
     {
         const QString title = GetAttr(element, attribute, QString());
@@ -161,15 +159,16 @@ private:
         const int number = text.trimmed().toInt(&isNumber);
         const QLatin1String name(rule.attribute);
         if (!isNumber)
-            add(element, rule.attribute, QStringLiteral("%1: '%2' is no number").arg(name, text));
-        else if (number < rule.least || number > rule.most)
             add(element, rule.attribute,
-                rule.most == any
-                    ? QStringLiteral("%1: %2 is less than %3").arg(name, text).arg(rule.least)
+                QStringLiteral("%1: '%2' is not a valid number").arg(name, text));
+        else if (number < rule.min || number > rule.max)
+            add(element, rule.attribute,
+                rule.max == any
+                    ? QStringLiteral("%1: %2 is less than %3").arg(name, text).arg(rule.min)
                     : QStringLiteral("%1: %2 is not within %3 to %4")
                           .arg(name, text)
-                          .arg(rule.least)
-                          .arg(rule.most));
+                          .arg(rule.min)
+                          .arg(rule.max));
     }
 
     Findings &m_findings;
@@ -242,7 +241,7 @@ private:
         }
     }
 
-    /// The folder that an attribute of the root names has to be there.
+    /// The folder in an attribute of the root has to exist.
     static void checkFolder(CheckedFile &file, const char *attribute, const QString &name)
     {
         const QString fault = platform::nameFault(name);
@@ -258,10 +257,9 @@ private:
                          WithBackslash(programFolder()) + QLatin1String("VTRGConfigV6.XML"));
         if (!file.isRead())
             return;
-        file.requireRoot("VTRGRAPHER");
         checkFolder(file, "PTH_Config", configurationFolder());
-        if (const QString output = gConfig->PTH_Output(); !platform::nameFault(output).isEmpty())
-            checkFolder(file, "PTH_Output", output); // a run makes it where it is missing
+        if (const QString output = gConfig().PTH_Output(); !platform::nameFault(output).isEmpty())
+            checkFolder(file, "PTH_Output", output); // a run creates it if necessary
         for (const TemplateNames &kind : pageTemplateNames())
             checkTemplate(file, file.root(), kind, QString());
         for (const char *output :
@@ -270,11 +268,11 @@ private:
                 file.add(file.root(), output,
                          QStringLiteral("%1 names no file").arg(QLatin1String(output)));
         }
-        if (!isImageFormat(gConfig->IMG_Format))
+        if (!isImageFormat(gConfig().IMG_Format))
             file.add(file.root(), "IMG_Format",
                      QStringLiteral("IMG_Format '%1' is not PNG, JPEG or BMP: charts are written "
                                     "as PNG")
-                         .arg(gConfig->IMG_Format));
+                         .arg(gConfig().IMG_Format));
         for (const NumberRule &rule : imageSizes)
             file.requireNumber(file.root(), rule);
         forEachElement(file.document(), "COPYFILE", [&](const pugi::xml_node &copy) {
@@ -284,7 +282,7 @@ private:
         });
     }
 
-    /// The template that an attribute names, read once however often it is named.
+    /// Reads the template in an attribute, once however often it occurs.
     void checkTemplate(CheckedFile &file, const pugi::xml_node &element, const TemplateNames &kind,
                        const QString &fallback)
     {
@@ -323,13 +321,17 @@ private:
             m_findings.add(nativePath(path), error.description);
             return;
         }
+        if (source.bytes.isEmpty()) {
+            m_findings.add(nativePath(path), QStringLiteral("the template is empty"));
+            return;
+        }
         static const QRegularExpression placeholder(QStringLiteral("%%([A-Za-z][A-Za-z0-9_.]*)%%"));
         const QString text = QString::fromUtf8(source.bytes);
         for (auto found = placeholder.globalMatch(text); found.hasNext();) {
             const QRegularExpressionMatch match = found.next();
             if (!kind.knows(match.capturedView(1)))
                 m_findings.add(source, text.left(match.capturedStart()).toUtf8().size(),
-                               QStringLiteral("'%1' is no placeholder of a template for %2")
+                               QStringLiteral("'%1' is not a placeholder of a template for %2")
                                    .arg(match.captured(), kind.attribute));
         }
         if (!kind.marker.isEmpty() &&
@@ -363,7 +365,7 @@ private:
         });
     }
 
-    /// A run that begins now could draw the chart.
+    /// Checks that a run that starts now could draw the chart.
     void checkIntervals(CheckedFile &file, const pugi::xml_node &element) const
     {
         const auto chart = m_chartDefs.value(GetAttr(element, "ChartID", QString()).toLower());
@@ -390,9 +392,10 @@ private:
                 file.requireNumber(schedule, rule);
             for (const NumberRule &rule : scheduleLists)
                 file.requireNumberList(schedule, rule);
-            if (GetAttr(schedule, "HourList", QStringLiteral("1")).trimmed().isEmpty())
-                file.add(schedule, "HourList",
-                         QStringLiteral("HourList is empty: no hour matches"));
+            const auto plan =
+                m_scheduleDefs.value(GetAttr(schedule, "ScheduleID", QString()).toLower());
+            if (const QString why = plan ? whyItNeverRuns(*plan) : QString(); !why.isEmpty())
+                file.add(schedule, nullptr, QLatin1String("the schedule never runs: ") + why);
         });
     }
 
@@ -416,6 +419,7 @@ private:
             file.requireNewTitle(report, "ReportTitle", titles);
             if (m_chartsRead)
                 file.requireKnown(report, "ChartID", m_charts, QStringLiteral("chart definition"));
+            checkFigures(file, report);
             Ids schedules;
             for (const pugi::xml_node &schedule : report.children("SCHEDULE")) {
                 file.requireNewId(schedule, "ScheduleID", schedules);
@@ -433,6 +437,32 @@ private:
             if (devices.isEmpty())
                 file.add(report, nullptr, QStringLiteral("the report has no device"));
         });
+    }
+
+    /// What the figures of a report are held against.
+    static void checkFigures(CheckedFile &file, const pugi::xml_node &report)
+    {
+        const auto check = [&file](const pugi::xml_node &element, const char *attribute,
+                                   const std::function<void()> &read) {
+            try {
+                read();
+            } catch (const Error &error) {
+                file.add(element, attribute, error.description);
+            }
+        };
+        check(report, "Target", [&] { readTarget(report); });
+        check(report, "ServiceHours",
+              [&] { ServiceHours(GetAttr(report, "ServiceHours", QString())); });
+        Ids begins;
+        for (const pugi::xml_node &maintenance : report.children("MAINTENANCE")) {
+            check(maintenance, "From", [&] { readMaintenance(maintenance); });
+            file.requireNewId(maintenance, "From", begins);
+        }
+        for (const pugi::xml_node &device : report.children("DEVICE")) {
+            check(device, "Target", [&] { readTarget(device); });
+            for (const pugi::xml_node &datum : device.children("DATUM"))
+                check(datum, "Limit", [&] { readLimit(datum); });
+        }
     }
 
     static void checkLastRun(CheckedFile &file, const pugi::xml_node &schedule)
@@ -458,7 +488,7 @@ private:
             file.add(schedule, "ScheduleID", warning);
     }
 
-    /// Remembers a definition by its id; one that cannot be read has a finding of its own.
+    /// Stores a definition by its id; one that cannot be read has a finding already.
     static void keep(const pugi::xml_node &element,
                      QHash<QString, std::shared_ptr<clsGraphDef>> &definitions)
     {
@@ -501,18 +531,20 @@ private:
 
     void readDatabase()
     {
-        QString message;
-        if (!OpenDatabase(message)) {
-            m_note = QLatin1String("Devices and data items were not checked: ") + message;
-            return;
-        }
+        const QString notChecked = QStringLiteral("Devices and data items were not checked: ");
+        RunLog log(observer());
+        DatabaseConnection connection(databaseSource());
         try {
-            m_inventory = gConnection->inventory();
-            const QStringList faults = gConnection->verify();
+            MonitoringDatabase &database = connection.open(log);
+            m_inventory = database.inventory();
+            const QStringList faults = database.verify();
             for (const QString &fault : faults)
-                m_findings.add(nativePath(gDataPath + QLatin1String("VTRGData.MDB")), fault);
+                m_findings.add(nativePath(program().gDataPath + QLatin1String("VTRGData.MDB")),
+                               fault);
+        } catch (const ShownError &error) {
+            m_note = notChecked + error.description;
         } catch (const Error &error) {
-            m_note = QLatin1String("Devices and data items were not checked: ") + errorTail(error);
+            m_note = notChecked + errorTail(error);
         }
     }
 

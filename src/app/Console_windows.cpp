@@ -16,13 +16,13 @@ constexpr int failed = 2; // as the program's own status for wrong use
 
 std::wstring ownFile()
 {
-    std::vector<wchar_t> buffer(32768); // no path is longer
+    std::vector<wchar_t> buffer(32768); // the maximum length of a path
     const DWORD size =
         ::GetModuleFileNameW(nullptr, buffer.data(), static_cast<DWORD>(buffer.size()));
     return std::wstring(buffer.data(), size);
 }
 
-/// The command line behind the program's own name, which ends at a blank unless it is quoted.
+/// The command line after the program's own name, which ends at a blank unless it is quoted.
 std::wstring argumentText()
 {
     const wchar_t *text = ::GetCommandLineW();

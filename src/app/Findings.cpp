@@ -1,9 +1,9 @@
 #include "app/Findings.h"
 
-#include "core/Files.h"
-#include "core/OneLine.h"
-#include "core/Xml.h"
-#include "core/XmlPatch.h"
+#include "base/Files.h"
+#include "base/OneLine.h"
+#include "base/Xml.h"
+#include "base/XmlPatch.h"
 
 #include <algorithm>
 
@@ -14,9 +14,9 @@ SourceText SourceText::read(const QString &configured)
 
 qsizetype SourceText::offsetOf(const pugi::xml_node &element, const char *attribute) const
 {
-    const AttributePlace place =
-        attribute ? attributePlace(bytes, element, attribute) : AttributePlace{};
-    return place.name >= 0 ? place.name
+    const AttributeOffsets found =
+        attribute ? attributeOffsets(bytes, element, attribute) : AttributeOffsets{};
+    return found.name >= 0 ? found.name
                            : std::max(static_cast<qsizetype>(element.offset_debug()), qsizetype(0));
 }
 

@@ -6,7 +6,7 @@
 
 #include <pugixml.hpp>
 
-/// A text file under check, and places in it. Offsets count bytes of its UTF-8 form.
+/// A text file under check. Offsets count bytes of its UTF-8 form.
 struct SourceText
 {
     QString path;
@@ -15,7 +15,7 @@ struct SourceText
     /// Reads the file as definitions and templates are read. Throws Error that names it.
     static SourceText read(const QString &configured);
 
-    /// Where an attribute of an element begins; where the element does when it has none.
+    /// Where an attribute of an element starts, or the element if it has no such attribute.
     qsizetype offsetOf(const pugi::xml_node &element, const char *attribute = nullptr) const;
 };
 
@@ -25,9 +25,9 @@ class Findings
 public:
     /// "path:line:column: text"; columns count characters from 1.
     void add(const SourceText &source, qsizetype offset, const QString &text);
-    /// Where the whole file is at fault: "path:1:1: text".
+    /// For the whole file: "path:1:1: text".
     void add(const QString &path, const QString &text);
-    /// Where a text begins with "line:column: " itself, as XML errors do.
+    /// For a text that starts with "line:column: " itself, as XML errors do.
     void addPlaced(const QString &path, const QString &placedText);
 
     const QStringList &lines() const { return m_lines; }

@@ -2,14 +2,16 @@
 
 #include "app/Application.h"
 #include "app/SingleInstance.h"
-#include "core/Error.h"
-#include "core/GrapherConfig.h"
-#include "core/State.h"
-#include "core/platform/Drawing.h"
+#include "base/Error.h"
+#include "base/TimeZone.h"
+#include "config/Program.h"
+#include "config/Status.h"
+#include "config/clsGrapherConfig.h"
+#include "platform/Drawing.h"
 #include "scheduling/Registration.h"
-#include "ui/IndicatorStyle.h"
-#include "ui/MainWindow.h"
-#include "ui/Messages.h"
+#include "ui/common/IndicatorStyle.h"
+#include "ui/common/Messages.h"
+#include "ui/main/frmGrapherMain.h"
 
 #include <QApplication>
 #include <QMessageBox>
@@ -21,7 +23,7 @@ namespace {
 
 const QString toolName = QStringLiteral("Vantrel Graphing Tool");
 
-/// Qt ends the process by a crash where it finds no display.
+/// Without a display Qt would abort the process.
 void endWithoutDisplay(QtMsgType type, const QMessageLogContext &, const QString &message)
 {
     if (type != QtFatalMsg) {
@@ -32,11 +34,11 @@ void endWithoutDisplay(QtMsgType type, const QMessageLogContext &, const QString
                           "name one in the variable DISPLAY. Without a window: --auto runs the "
                           "reports that are due, --run one of them, --help tells the rest."));
     std::fflush(nullptr);
-    std::_Exit(WrongUse);
+    std::_Exit(ExitStatus::WrongUse);
 }
 
-/// Ends a job that runs still though its registration is gone. One that cannot be asked for or
-/// ended is left to the question that follows.
+/// Ends a job that is still running although it is no longer registered. Errors are left to the
+/// question that follows.
 void endForgottenJob(platform::TaskScheduler &scheduler)
 {
     try {
@@ -95,12 +97,14 @@ int runInteractive(const Options &options)
     frmGrapherMain window(*scheduler, options.folderOptions());
     window.restoreLayout();
     if (!waitForOtherInstance(window, *scheduler, [] { return anotherInstanceWorks(); }))
-        return OtherInstance;
+        return ExitStatus::OtherInstance;
     window.updateAutomate();
     loadGrapherConfig();
     window.show();
     window.loadReports();
-    gStartupDone = true;
+    if (const QString fault = timeZoneFault(); !fault.isEmpty())
+        ShowStatus(QLatin1String("Warning: ") + fault);
+    program().gStartupDone = true;
     window.start();
     return QCoreApplication::exec();
 }

@@ -1,7 +1,7 @@
 // The build without windows: it runs unattended only.
 
 #include "app/Interactive.h"
-#include "core/Error.h"
+#include "base/Error.h"
 
 #include <QGuiApplication>
 

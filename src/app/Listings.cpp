@@ -1,9 +1,13 @@
 #include "app/Listings.h"
 
-#include "core/Numbers.h"
-#include "core/OneLine.h"
-#include "core/TimeZone.h"
-#include "definitions/DefinitionStores.h"
+#include "base/Files.h"
+#include "base/Numbers.h"
+#include "base/OneLine.h"
+#include "base/TimeZone.h"
+#include "config/Program.h"
+#include "config/clsGrapherConfig.h"
+#include "definitions/Definitions.h"
+#include "report/OutputTree.h"
 #include "scheduling/DueState.h"
 
 #include <QStringList>
@@ -18,7 +22,7 @@ QString timeText(const QDateTime &time)
                           : QStringLiteral("never");
 }
 
-/// Whether a slot is that of a report that never ran: it lies at the beginning of all dates.
+/// Whether a slot is that of a report that never ran: it is at the beginning of all dates.
 bool isFirst(const QDateTime &slot)
 {
     return slot.isValid() && slot.date().year() < 1900;
@@ -70,16 +74,19 @@ QString reportLine(const ReportRecord &report)
 QString reportListText()
 {
     QStringList lines;
-    const std::vector<RunRecord> runs = readRuns();
-    for (const auto &report : gReportDefs) {
-        const DueState state = dueState(*report);
+    const std::vector<RunRecord> runs = runHistory().runs();
+    const OutputTree tree(gConfig());
+    for (const auto &report : definitions().gReportDefs) {
+        const ScheduledReport scheduled = scheduledReport(*report);
+        const DueState state = dueState(scheduled);
+        const bool hasPages = fileExists(tree.reportPage(report->ReportID));
         lines.append(
-            QStringList{oneLine(report->ReportID), oneLine(report->ReportTitle),
-                        QLatin1String("last ") + timeText(latestRun(*report, runs).time),
-                        QLatin1String("next ") +
-                            (isFirst(state.next) ? QStringLiteral("now") : timeText(state.next)),
-                        state.due ? QStringLiteral("due") : QStringLiteral("not due"),
-                        oneLine(state.why)}
+            QStringList{
+                oneLine(report->ReportID), oneLine(report->ReportTitle),
+                QLatin1String("last ") + timeText(latestRun(scheduled, runs, hasPages).time),
+                QLatin1String("next ") +
+                    (isFirst(state.next) ? QStringLiteral("now") : timeText(state.next)),
+                state.due ? QStringLiteral("due") : QStringLiteral("not due"), oneLine(state.why)}
                 .join(u'\t') +
             u'\n');
     }

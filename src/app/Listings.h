@@ -8,7 +8,7 @@
 
 /// Texts of --list and --history, in lines. Main thread only.
 
-/// One line a report definition, with tabs between: id, title, "last <time>", "next <time>", "due"
+/// One line a report definition, separated by tabs: id, title, "last <time>", "next <time>", "due"
 /// or "not due", and why. Needs the report and schedule definitions.
 QString reportListText();
 

@@ -1,9 +1,9 @@
 #include "app/Options.h"
 
-#include "core/Files.h"
-#include "core/Paths.h"
-#include "core/StartUp.h"
-#include "core/platform/FileSystem.h"
+#include "base/FileSystem.h"
+#include "base/Files.h"
+#include "base/Paths.h"
+#include "config/StartUp.h"
 
 #include <QDir>
 
@@ -32,7 +32,8 @@ std::optional<Command> commandOf(const QString &name)
     return std::nullopt;
 }
 
-/// Seen from the current folder. What this system cannot have stays as it is, to be refused.
+/// Relative to the current folder. A path that this system does not allow stays, to be refused
+/// later.
 QString absoluteFolder(const QString &folder)
 {
     if (!platform::nameFault(folder).isEmpty())
@@ -41,7 +42,7 @@ QString absoluteFolder(const QString &folder)
         QDir::cleanPath(QDir().absoluteFilePath(QDir::fromNativeSeparators(folder))));
 }
 
-/// Takes one long option; false when there is none of that name.
+/// Handles one long option; false for an unknown name.
 bool take(Options &options, QStringList &rest, const QString &name, const QString &value)
 {
     if (const std::optional<Command> command = commandOf(name)) {

@@ -3,7 +3,7 @@
 #include <QString>
 #include <QStringList>
 
-/// What the program is asked to do beside running reports; each ends it.
+/// What the program should do instead of running reports; it ends after that.
 enum class Command {
     None, ///< the window, or the run that the rest of the command line names
     Help,
@@ -17,14 +17,14 @@ enum class Command {
 };
 
 /// The command line: the long options, and beside them the system's own syntax, which stays a text
-/// for InitGrapher (core/StartUp.h).
+/// for InitGrapher (config/StartUp.h).
 struct Options
 {
     Command command = Command::None;
     QString home;       ///< --home, made absolute
     QString dataPath;   ///< --dbpath, made absolute
     QStringList run;    ///< --run: report ids or titles
-    QString systemText; ///< all that is no long option; "/AUTO" for --auto
+    QString systemText; ///< everything that is not a long option; "/AUTO" for --auto
     QString error;      ///< not empty: what is wrong with the options
 
     /// Whether the program runs without a window.
@@ -37,7 +37,7 @@ struct Options
     QStringList folderOptions() const;
 };
 
-/// Takes the arguments behind the program's name.
+/// Parses the arguments after the program's name.
 Options parseOptions(const QStringList &arguments);
 
 /// The text of --help.

@@ -1,9 +1,8 @@
 #include "app/RunDisplay.h"
 
-#include "core/Clock.h"
-#include "core/OneLine.h"
-#include "core/Trouble.h"
-#include "core/platform/Terminal.h"
+#include "base/Clock.h"
+#include "base/OneLine.h"
+#include "platform/Terminal.h"
 
 #include <QStringList>
 
@@ -32,7 +31,7 @@ QString durationText(qint64 milliseconds)
     return QString::number(seconds / 3600) + QLatin1Char(':') + twoDigits(seconds / 60 % 60) + tail;
 }
 
-/// Columns that a character may take, rather one too many: East Asian ones take two.
+/// An upper limit of the columns of a character: East Asian ones take two.
 int columnsOf(QChar character)
 {
     const char16_t code = character.unicode();
@@ -41,7 +40,7 @@ int columnsOf(QChar character)
     return isWide ? 2 : 1;
 }
 
-/// Cuts a line to fewer than `columns`: in the last one some terminals begin a new line.
+/// Cuts a line to fewer than `columns`: some terminals start a new line after the last one.
 QString shortened(const QString &line, int columns)
 {
     int used = 0;
@@ -79,19 +78,17 @@ QString progressLine(const Progress &progress, qint64 elapsed, int columns)
 RunDisplay::RunDisplay(std::FILE *stream, std::FILE *errors)
     : m_stream(stream)
 {
-    if (!platform::endTogether(stream, errors))
-        setTroubleSink([errors](const QString &text) {
+    if (!platform::haveSameTarget(stream, errors))
+        observer().trouble = [errors](const QString &text) {
             print(errors, QLatin1String("VantrelGrapher: ") + text + u'\n');
-        });
-    setStatusSink([this](const QString &line) { showStatus(line); });
-    setProgressSink([this](const Progress &progress) { show(progress); });
+        };
+    observer().status = [this](const QString &line) { showStatus(line); };
+    observer().progress = [this](const Progress &progress) { show(progress); };
 }
 
 RunDisplay::~RunDisplay()
 {
-    setStatusSink({});
-    setProgressSink({});
-    setTroubleSink({});
+    observer() = {};
     if (!m_live.isEmpty())
         print(m_stream, clearLine);
 }

@@ -1,6 +1,6 @@
 #pragma once
 
-#include "core/Status.h"
+#include "config/Status.h"
 
 #include <QString>
 
@@ -8,8 +8,7 @@
 
 /// Shows an unattended run on a stream: the status lines, and on a terminal one live line below
 /// them. Errors go to a second stream as well, a line each, unless both streams end at the same
-/// place. Takes the sinks of core/Status and core/Trouble for as long as it lives. Main thread
-/// only.
+/// place. Takes the place of observer() for as long as it lives. Main thread only.
 class RunDisplay
 {
 public:

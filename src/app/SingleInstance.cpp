@@ -1,13 +1,15 @@
 #include "app/SingleInstance.h"
 
-#include "core/Clock.h"
-#include "core/Files.h"
-#include "core/Paths.h"
-#include "core/StartUp.h"
-#include "core/State.h"
-#include "core/platform/EventLog.h"
-#include "core/platform/InstanceLock.h"
-#include "core/platform/Processes.h"
+#include "base/Clock.h"
+#include "base/Error.h"
+#include "base/Files.h"
+#include "base/Paths.h"
+#include "base/ProgramState.h"
+#include "config/Program.h"
+#include "config/StartUp.h"
+#include "platform/EventLog.h"
+#include "platform/InstanceLock.h"
+#include "platform/Processes.h"
 #include "scheduling/RunHistory.h"
 
 #include <memory>
@@ -15,7 +17,12 @@
 
 namespace {
 
-std::unique_ptr<platform::InstanceLock> instanceLock;
+struct Instance
+{
+    std::unique_ptr<platform::InstanceLock> lock;
+};
+
+const StatePart<Instance> instance;
 
 /// Waits until the earlier processes have ended, or their number has not changed for a while.
 bool earlierOnesStay(std::chrono::milliseconds patience)
@@ -33,35 +40,32 @@ bool earlierOnesStay(std::chrono::milliseconds patience)
     return count > 0;
 }
 
-/// Whether another instance's run ended since this process began. A record from the future, left by
-/// a clock that was wrong once, tells nothing.
+/// Whether another instance's run ended since this process started. A record from the future, left
+/// by a clock that was wrong, is ignored.
 bool ranWhileStarting()
 {
-    const qint64 end = lastRunEnd();
-    return end > platform::ownBegin() && end <= currentInstant();
+    const qint64 end = runHistory().lastEnd();
+    return end > platform::ownStart() && end <= currentInstant();
 }
 
-/// Takes the lock, and keeps it unless `isOther()` finds another instance all the same.
+/// Takes the lock, and keeps it unless `isOther()` still finds another instance.
 template <typename IsOther>
 bool isAnother(IsOther isOther)
 {
-    if (!instanceLock) {
-        QString message; // a folder that cannot be made shows in the lock
-        EnsureFolder(runHistoryFolder(), message);
-        instanceLock = std::make_unique<platform::InstanceLock>(nativePath(runHistoryFolder()) +
-                                                                QLatin1String("running.lock"));
+    std::unique_ptr<platform::InstanceLock> &lock = instance->lock;
+    if (!lock) {
+        QString message; // if the folder cannot be created, the lock fails
+        const QString folder = runHistory().folder();
+        EnsureFolder(folder, message);
+        lock = std::make_unique<platform::InstanceLock>(nativePath(folder) +
+                                                        QLatin1String("running.lock"));
     }
     bool another = false;
-    switch (instanceLock->tryLock()) {
-    case platform::InstanceLock::HeldByOther:
-        another = true;
-        break;
-    case platform::InstanceLock::Held:
-        another = isOther();
-        break;
-    default:
+    try {
+        another = !lock->tryLock() || isOther();
+    } catch (const Error &error) {
         LogEvent(runEvent, EventWarning,
-                 QLatin1String("No lock against a second instance: ") + instanceLock->reason);
+                 QLatin1String("No lock against a second instance: ") + error.description);
         another = earlierOnesStay(std::chrono::milliseconds(0));
     }
     if (another)
@@ -83,5 +87,5 @@ bool anotherInstanceWorks()
 
 void releaseInstance()
 {
-    instanceLock.reset();
+    instance->lock.reset();
 }

@@ -12,14 +12,14 @@
 /// before it, so that of two at least one goes on. Those that began before it but lost the lock to
 /// it are about to end; it waits for them.
 
-/// Whether another instance stands in the way of this one. When none does, this process keeps the
-/// lock until it ends or releaseInstance(). `patience` is how long the number of earlier processes
-/// may stay the same before they count as working. Not for several threads.
+/// Whether another instance keeps this one from running. If not, this process holds the lock until
+/// it ends or releaseInstance(). `patience` is how long the number of earlier processes may stay
+/// the same before they count as running. Not thread-safe.
 bool anotherInstanceRuns(std::chrono::milliseconds patience = std::chrono::seconds(3));
 
-/// The same for a window that asks its user to wait: looks at the present alone, without patience,
-/// and does not mind that a run has ended since this process began.
+/// The same for a window that asks its user to wait: checks only the current state, without
+/// patience, and ignores that a run has ended since this process started.
 bool anotherInstanceWorks();
 
-/// Gives the lock back, for the moment in which a program ends or waits for another instance.
+/// Releases the lock, when the program ends or waits for another instance.
 void releaseInstance();

@@ -1,11 +1,13 @@
 #include "app/Application.h"
 #include "app/Options.h"
-#include "core/platform/Terminal.h"
+#include "base/ProgramState.h"
+#include "platform/Terminal.h"
 
 #include <QCoreApplication>
 
 int main(int argc, char *argv[])
 {
+    const ProgramState state;
     platform::letLimitedWritesFail();
     const Options options = parseOptions(platform::programArguments(argc, argv));
     if (options.unattended() || !options.error.isEmpty())
@@ -16,9 +18,9 @@ int main(int argc, char *argv[])
     if (!options.error.isEmpty())
         return refuse(options.error);
     if (options.command == Command::Help)
-        return show(usageText());
+        return printText(usageText());
     if (options.command == Command::Version)
-        return show(QStringLiteral("VantrelGrapher " VANTREL_VERSION "\n"));
+        return printText(QStringLiteral("VantrelGrapher " VANTREL_VERSION "\n"));
 
     const std::unique_ptr<QCoreApplication> application = createApplication(argc, argv, options);
     return runApplication(options);

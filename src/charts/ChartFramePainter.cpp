@@ -1,22 +1,17 @@
 #include "charts/ChartFramePainter.h"
 
 #include "charts/TextCache.h"
+#include "definitions/clsGraphDef.h"
 
 #include <algorithm>
 #include <cmath>
 
 namespace {
 
-constexpr int mostTranslucentRows = 24; // logical ones, up to 95 pixels
+constexpr int maxTranslucentRows = 24; // logical pixels; up to 95 of the device
 
-/// One line of free text: control characters and line breaks have no place on a chart.
-QString oneLine(const QString &text)
-{
-    return text.simplified();
-}
-
-/// Breaks a text between words into lines no wider than `width`; a word that is wider stands alone,
-/// shortened.
+/// Breaks a text between words into lines no wider than `width`; a wider word gets a line of its
+/// own, elided.
 QStringList wrapped(const QString &text, const TypeFace &face, double width)
 {
     if (face.width(text) <= width)
@@ -39,14 +34,14 @@ QStringList wrapped(const QString &text, const TypeFace &face, double width)
     return lines;
 }
 
-/// The chart's foot, laid out from the bottom up; returns the top of what it drew.
+/// Draws the footer from the bottom up; returns its top.
 double drawFoot(QPainter &painter, const ChartFrame &frame, const QRectF &inside,
                 const ChartStyle &style, const QStringList &footers)
 {
     QStringList lines;
     for (const QString &footer : footers)
         lines += wrapped(footer, style.small, inside.width());
-    const QString credit = style.small.elided(oneLine(frame.credit), inside.width());
+    const QString credit = style.small.elided(frame.credit.simplified(), inside.width());
     const double gap = style.px(16);
     const bool ownLine =
         !credit.isEmpty() &&
@@ -66,15 +61,15 @@ double drawFoot(QPainter &painter, const ChartFrame &frame, const QRectF &inside
     return lines.isEmpty() && credit.isEmpty() ? inside.bottom() : top;
 }
 
-/// Title and subtitle at the left, period and time zone at the right; below them where the chart is
-/// too narrow. Returns the bottom of what it drew.
+/// Draws title and subtitle at the left, period and time zone at the right, or below them if the
+/// chart is too narrow. Returns the bottom.
 double drawHead(QPainter &painter, const ChartFrame &frame, const QRectF &inside,
                 const ChartStyle &style)
 {
-    const QString period = oneLine(frame.period);
-    const QString zone = oneLine(frame.zone);
-    const QString title = oneLine(frame.title);
-    const QString subtitle = oneLine(frame.subtitle);
+    const QString period = frame.period.simplified();
+    const QString zone = frame.zone.simplified();
+    const QString title = frame.title.simplified();
+    const QString subtitle = frame.subtitle.simplified();
     const double gap = style.px(20);
     const double sideWidth = std::max(style.label.width(period), style.label.width(zone));
     const bool beside = sideWidth + gap <= inside.width() * 0.48;
@@ -127,26 +122,26 @@ void drawMark(QPainter &painter, const LegendEntry &entry, const QRectF &box,
 {
     const double edge = style.px(2);
     switch (entry.mark) {
-    case Mark::Success:
+    case LegendMark::Success:
         fillBox(painter, box, ink::successFill);
         fillBox(painter, QRectF(box.left(), box.top(), box.width(), edge), ink::success);
         return;
-    case Mark::Partial:
+    case LegendMark::Partial:
         fillBox(painter, box, ink::partialFill);
         fillBox(painter, QRectF(box.left(), box.top(), box.width(), std::ceil(box.height() / 2.5)),
                 ink::failure);
         return;
-    case Mark::NoData:
+    case LegendMark::NoData:
         drawNoData(painter, box, style);
         return;
-    case Mark::Area:
+    case LegendMark::Area:
         fillBox(painter, box, ink::valueFill);
         fillBox(painter, QRectF(box.left(), box.top(), box.width(), edge), ink::value);
         return;
-    case Mark::Solid:
+    case LegendMark::Solid:
         painter.fillRect(box, entry.pen.color());
         return;
-    case Mark::Line:
+    case LegendMark::Line:
         break;
     }
     painter.setPen(entry.pen);
@@ -156,19 +151,19 @@ void drawMark(QPainter &painter, const LegendEntry &entry, const QRectF &box,
 
 struct LegendLayout
 {
-    struct Place
+    struct Cell
     {
         double x = 0;
         int row = 0;
         double width = 0;
     };
-    std::vector<Place> places;
+    std::vector<Cell> cells; ///< one for each entry
     int rows = 0;
 };
 
 double markWidth(const LegendEntry &entry, const ChartStyle &style)
 {
-    return entry.mark == Mark::Line ? style.px(18) : style.px(11);
+    return entry.mark == LegendMark::Line ? style.px(18) : style.px(11);
 }
 
 double entryWidth(const LegendEntry &entry, const ChartStyle &style)
@@ -182,8 +177,8 @@ double legendGap(const ChartStyle &style)
     return style.px(style.compact ? 8 : 14);
 }
 
-/// Places entries row by row, in the first one from `firstLeft`; an entry wider than a row is
-/// shortened when drawn.
+/// Lays the entries out in rows, the first one from `firstLeft`; an entry wider than a row is
+/// elided when drawn.
 LegendLayout layOutLegend(const std::vector<LegendEntry> &legend, const ChartStyle &style,
                           double width, double firstLeft)
 {
@@ -197,7 +192,7 @@ LegendLayout layOutLegend(const std::vector<LegendEntry> &legend, const ChartSty
             ++layout.rows;
             x = 0;
         }
-        layout.places.push_back({x, layout.rows - 1, wide});
+        layout.cells.push_back({x, layout.rows - 1, wide});
         x += wide + legendGap(style);
     }
     return layout;
@@ -221,13 +216,14 @@ void drawLegendEntry(QPainter &painter, const LegendEntry &entry, double x, doub
                  top, entry.value);
 }
 
-/// Axis title at the left and legend at the right of one row, or below each other. Returns the
-/// bottom of what it drew.
+/// Draws the axis title at the left and the legend at the right of one row, or the title below the
+/// legend. Returns the bottom.
 double drawLegend(QPainter &painter, const QRectF &inside, double top, const ChartStyle &style,
                   const ChartSurroundings &surroundings)
 {
     const double rowHeight = std::ceil(style.label.height()) + style.px(2);
-    const QString axisTitle = style.label.elided(oneLine(surroundings.axisTitle), inside.width());
+    const QString axisTitle =
+        style.label.elided(surroundings.axisTitle.simplified(), inside.width());
     const double titleWidth = style.label.width(axisTitle);
     const double besideTitle = axisTitle.isEmpty() ? 0 : titleWidth + style.px(16);
     LegendLayout layout = layOutLegend(surroundings.legend, style, inside.width(), besideTitle);
@@ -237,12 +233,12 @@ double drawLegend(QPainter &painter, const QRectF &inside, double top, const Cha
 
     const bool flushRight = beside && layout.rows == 1;
     const double left = flushRight
-                            ? inside.right() - layout.places.back().x - layout.places.back().width
+                            ? inside.right() - layout.cells.back().x - layout.cells.back().width
                             : inside.left();
-    for (size_t i = 0; i < layout.places.size(); ++i) {
-        const LegendLayout::Place &place = layout.places[i];
-        drawLegendEntry(painter, surroundings.legend[i], left + place.x,
-                        top + place.row * rowHeight, place.width, style);
+    for (size_t i = 0; i < layout.cells.size(); ++i) {
+        const LegendLayout::Cell &cell = layout.cells[i];
+        drawLegendEntry(painter, surroundings.legend[i], left + cell.x, top + cell.row * rowHeight,
+                        cell.width, style);
     }
     const int titleRow = beside ? 0 : layout.rows;
     drawText(painter, style.label, ink::quietText, inside.left(), top + titleRow * rowHeight,
@@ -263,7 +259,7 @@ void drawText(QPainter &painter, const TypeFace &face, QRgb color, double x, dou
         left -= face.width(text);
     else if (alignment & Qt::AlignHCenter)
         left -= face.width(text) / 2;
-    // Texts stand on whole pixels, which keeps them crisp.
+    // Baselines on whole pixels keep texts crisp.
     const QPointF baseline(std::round(left), std::round(top + face.ascent()));
     painter.setPen(QColor::fromRgba(color));
     if (TextCache *cache = TextCache::current()) {
@@ -277,9 +273,9 @@ void drawText(QPainter &painter, const TypeFace &face, QRgb color, double x, dou
 void fillBox(QPainter &painter, const QRectF &box, QRgb color)
 {
     const QRect all = box.toRect();
-    // Of what shines through Qt gives fills of more rows to other threads and waits for them: too
-    // long for a grid line, and for ever where no thread can be started.
-    const int rows = qAlpha(color) == 255 ? all.height() : mostTranslucentRows;
+    // Qt divides translucent fills of more rows among its threads and waits for them: too slow for
+    // a grid line, and forever where no thread can be started.
+    const int rows = qAlpha(color) == 255 ? all.height() : maxTranslucentRows;
     for (int y = all.top(); y <= all.bottom(); y += rows)
         painter.fillRect(QRect(all.left(), y, all.width(), std::min(rows, all.bottom() + 1 - y)),
                          QColor::fromRgba(color));
@@ -300,7 +296,7 @@ void drawNoData(QPainter &painter, const QRectF &area, const ChartStyle &style)
     painter.save();
     painter.setClipRect(area, Qt::IntersectClip);
     painter.setPen(linePen(ink::noDataHatch, 1));
-    // The lines run through fixed places of the chart, so that areas side by side fit together.
+    // The lines have fixed positions in the chart, so that the hatching of adjacent areas matches.
     const double pitch = style.px(7);
     const double height = area.height();
     QList<QLineF> lines;
@@ -330,15 +326,15 @@ void drawNoDataMessage(QPainter &painter, const QRectF &plot, const ChartStyle &
 QString bucketText(const DataSeries &series)
 {
     switch (series.axis->frequency()) {
-    case 0:
+    case ByMinute:
         return series.axis->minuteInterval() > 1
                    ? QStringLiteral("by %1 minutes").arg(series.axis->minuteInterval())
                    : QStringLiteral("by minute");
-    case 1:
+    case ByHour:
         return QStringLiteral("by hour");
-    case 2:
+    case ByDay:
         return QStringLiteral("by day");
-    case 3:
+    case ByMonth:
         return QStringLiteral("by month");
     default:
         return QStringLiteral("by year");

@@ -9,20 +9,20 @@
 
 #include <vector>
 
-/// What all charts share: ground, header, legend, footer, and the texts of the axes.
+/// What all charts share: background, header, legend, footer, and the texts of the axes.
 
-/// How a legend entry is marked; the same marks as in the plot.
-enum class Mark { Success, Partial, NoData, Area, Solid, Line };
+/// The symbol of a legend entry; drawn as in the plot.
+enum class LegendMark { Success, Partial, NoData, Area, Solid, Line };
 
 struct LegendEntry
 {
-    Mark mark = Mark::Line;
+    LegendMark mark = LegendMark::Line;
     QString name;
-    QString value; ///< set apart by its weight; may be empty
+    QString value; ///< in bold after the name; may be empty
     QPen pen = {}; ///< of a line; its colour is that of a solid mark
 };
 
-/// What stands around a plot.
+/// The texts around a plot.
 struct ChartSurroundings
 {
     QString axisTitle; ///< above the left end of the plot
@@ -33,23 +33,23 @@ struct ChartSurroundings
 /// A chart without its margins.
 QRectF insideOf(const QSizeF &size, const ChartStyle &style);
 
-/// Draws ground, header, legend, footers and credit line, and returns the rectangle that is left
-/// between them, as wide as `insideOf`. All texts stay inside the chart: titles are shortened,
+/// Draws background, header, legend, footers and credit line, and returns the rectangle that is
+/// left between them, as wide as `insideOf`. All texts stay inside the chart: titles are elided,
 /// footers wrapped.
 QRectF drawSurroundings(QPainter &painter, const ChartFrame &frame, const QSizeF &size,
                         const ChartStyle &style, const ChartSurroundings &surroundings);
 
-/// Draws a text whose ascent begins at `top`; `x` is its left end, middle or right end.
+/// Draws a text with its top at `top`; `x` is its left end, middle or right end.
 void drawText(QPainter &painter, const TypeFace &face, QRgb color, double x, double top,
               const QString &text, Qt::Alignment alignment = Qt::AlignLeft);
 
-/// Fills a rectangle that lies on whole logical pixels (else it is rounded to them).
+/// Fills a rectangle, rounded to whole logical pixels.
 void fillBox(QPainter &painter, const QRectF &box, QRgb color);
 
 /// A pen in whole or fractional logical pixels with flat ends; `dashes` in pen widths.
 QPen linePen(QRgb color, double width, const QList<qreal> &dashes = {});
 
-/// A quiet hatched area: no data.
+/// A hatched area: no data.
 void drawNoData(QPainter &painter, const QRectF &area, const ChartStyle &style);
 
 /// "No data in this period" in the middle of a plot.

@@ -1,6 +1,6 @@
 #pragma once
 
-#include "data/DataSeries.h"
+#include "charts/ChartStatistics.h"
 
 #include <QSize>
 #include <QString>
@@ -8,17 +8,16 @@
 #include <variant>
 #include <vector>
 
-/// Everything needed to draw a chart, as values: a job can be drawn on any thread, now or later,
-/// and gives the same picture every time.
+/// Charts as values: they can be drawn on any thread, now or later, and look the same every time.
 
-/// What stands around every chart.
+/// The texts and the size that every chart has.
 struct ChartFrame
 {
     QString title;        ///< the chart definition's title
-    QString subtitle;     ///< what is shown: device and item, or "Basis: ..."
-    QString period;       ///< "yyyy-MM-dd HH:mm to yyyy-MM-dd HH:mm" as readers see it
-    QString zone;         ///< time zone of all times shown
-    QString credit;       ///< product line at the foot, with the year
+    QString subtitle;     ///< device and item, or "Basis: ..."
+    QString period;       ///< "yyyy-MM-dd HH:mm to yyyy-MM-dd HH:mm", local time
+    QString zone;         ///< time zone of all times in the chart
+    QString credit;       ///< the product and the year, at the bottom
     QSize size{640, 390}; ///< logical pixels
     int quality = 2;      ///< ChartQuality: 0 plain and smallest, 1 plain, 2 antialiased,
                           ///< 3 antialiased at twice the pixels
@@ -30,6 +29,7 @@ struct StateChart
 {
     ChartFrame frame;
     DataSeries series;
+    StateStatistics statistics = stateStatistics(series);
 };
 
 /// Mean per bucket of a counter item, with its lines.
@@ -39,6 +39,7 @@ struct CounterChart
     QString valueLabel; ///< sample label and unit of the value axis
     QString unit;       ///< abbreviation of the scale, "ms", "%", "B/s"; may be empty
     DataSeries series;
+    CounterStatistics statistics = counterStatistics(series);
 };
 
 /// Success rate by device, in the order given.

@@ -1,15 +1,15 @@
 #include "charts/ChartPainter.h"
 
+#include "base/Error.h"
+#include "base/Files.h"
 #include "charts/ImageFile.h"
-#include "core/Error.h"
-#include "core/Files.h"
 
 #include <algorithm>
 
 namespace {
 
-constexpr int mostHeight = 8'000;
-constexpr int mostWidth = 16'000;
+constexpr int maxHeight = 8'000;
+constexpr int maxWidth = 16'000;
 
 const ChartFrame &frameOf(const Chart &chart)
 {
@@ -35,7 +35,7 @@ QSize chartSize(const Chart &chart)
     QSize size = frameOf(chart).size;
     if (const auto *devices = std::get_if<DeviceRateChart>(&chart))
         size.setHeight(std::max(size.height(), deviceRateChartHeight(*devices)));
-    return {std::clamp(size.width(), 160, mostWidth), std::clamp(size.height(), 120, mostHeight)};
+    return {std::clamp(size.width(), 160, maxWidth), std::clamp(size.height(), 120, maxHeight)};
 }
 
 QImage drawChart(const Chart &chart)

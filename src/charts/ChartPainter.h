@@ -6,23 +6,22 @@
 #include <QPainter>
 #include <QSizeF>
 
-/// Drawing of charts. Any thread, any paint device (image, widget, paged vector device); the same
-/// chart gives the same picture every time. Needs a QGuiApplication and warmUpFonts().
+/// Drawing of charts. Any thread, any paint device (image, widget, printer); the same chart looks
+/// the same every time. Needs a QGuiApplication and warmUpFonts().
 
-/// Draws a chart into the rectangle from (0, 0) of the painter's logical coordinates. The painter's
-/// state is restored.
+/// Draws a chart from (0, 0) in the painter's logical coordinates; restores the painter's state.
 void paintChart(QPainter &painter, const Chart &chart, const QSizeF &logicalSize);
 
-/// The size that a chart is drawn at, in logical pixels: the frame's, but at least 160 by 120, and
-/// higher for a chart of many devices, up to 8,000 pixels.
+/// The size of a chart in logical pixels: the frame's, but at least 160 by 120, at most 16,000 by
+/// 8,000, and high enough for a row a device.
 QSize chartSize(const Chart &chart);
 
-/// The chart as an image of chartSize(); with quality 3 of twice the pixels in each direction.
-/// Throws Error when there is no memory for it.
+/// The chart as an image of chartSize(); at quality 3 with twice the pixels in each direction.
+/// Throws Error when there is not enough memory.
 QImage drawChart(const Chart &chart);
 
-/// Draws a chart into an image file of the given format (see charts/ImageFile.h), under exactly
-/// this name. Throws Error.
+/// Draws a chart into an image file of a format of charts/ImageFile.h, under exactly this name.
+/// Throws Error.
 void saveChart(const Chart &chart, const QString &path, const QString &format);
 
 // One painter for each kind; called by paintChart.
@@ -30,5 +29,5 @@ void paintStateChart(QPainter &painter, const StateChart &chart, const QSizeF &s
 void paintCounterChart(QPainter &painter, const CounterChart &chart, const QSizeF &size);
 void paintDeviceRateChart(QPainter &painter, const DeviceRateChart &chart, const QSizeF &size);
 
-/// Height at which every device of the chart has a legible row.
+/// The height at which every device has a readable row.
 int deviceRateChartHeight(const DeviceRateChart &chart);

@@ -1,6 +1,6 @@
 #include "charts/ChartStatistics.h"
 
-#include "core/Numbers.h"
+#include "base/Numbers.h"
 
 #include <algorithm>
 #include <array>
@@ -19,13 +19,27 @@ qint64 averageCount(qint64 sum, qint64 count)
         std::nearbyint(static_cast<double>(sum) / static_cast<double>(count)));
 }
 
-/// Without the minus sign that rounding leaves before a zero.
+/// A number without the minus sign that rounding leaves at a zero.
 QString footerNumber(double value, int decimals)
 {
     const QString text = groupedNumber(value, decimals);
     const bool isZero =
         std::none_of(text.begin(), text.end(), [](QChar c) { return c >= u'1' && c <= u'9'; });
     return isZero ? groupedNumber(0, decimals) : text;
+}
+
+std::vector<std::optional<double>> movingByBucket(const DataSeries &series,
+                                                  const std::vector<double> &values, int period)
+{
+    const std::vector<double> means = movingAverage(values, period);
+    std::vector<std::optional<double>> moving(series.buckets.size());
+    const auto length = static_cast<size_t>(period);
+    size_t count = 0; // values up to the bucket
+    for (size_t i = 0; i < moving.size(); ++i) {
+        if (!series.buckets[i].isEmpty() && ++count >= length)
+            moving[i] = means[count - length];
+    }
+    return moving;
 }
 
 } // namespace
@@ -91,52 +105,45 @@ StateStatistics stateStatistics(const DataSeries &series)
 int CounterStatistics::decimals() const
 {
     static constexpr std::array<double, 5> bounds = {0.5, 0.05, 0.005, 0.0005, 0.00005};
-    const double leading = least > 0 ? least : greatest;
+    const double leading = min > 0 ? min : max;
     const auto below = [&](double bound) { return leading < bound; };
     return 1 + static_cast<int>(std::count_if(bounds.begin(), bounds.end(), below));
 }
 
 QString CounterStatistics::footer() const
 {
-    const int places = decimals();
+    const int digits = decimals();
     return QStringLiteral("Samples: %1 Max: %2 Min: %3 Avg: %4 95th: %5")
-        .arg(QString::number(count()), footerNumber(greatest, places), footerNumber(least, places),
-             footerNumber(mean, places), footerNumber(percentile95, places));
+        .arg(QString::number(count), footerNumber(max, digits), footerNumber(min, digits),
+             footerNumber(mean, digits), footerNumber(percentile95, digits));
 }
 
 CounterStatistics counterStatistics(const DataSeries &series)
 {
     CounterStatistics result;
-    result.values.reserve(series.buckets.size());
+    std::vector<double> values;
+    values.reserve(series.buckets.size());
     double sum = 0;
     for (const BucketValue &bucket : series.buckets) {
         if (bucket.isEmpty())
             continue;
-        result.values.push_back(bucket.mean);
+        const bool isFirst = values.empty();
+        result.minSample = isFirst ? bucket.min : std::min(result.minSample, bucket.min);
+        result.maxSample = isFirst ? bucket.max : std::max(result.maxSample, bucket.max);
+        values.push_back(bucket.mean);
         sum += bucket.mean;
     }
-    if (result.values.empty())
+    result.movingPeriod = movingPeriod(static_cast<qsizetype>(series.buckets.size()));
+    result.moving = movingByBucket(series, values, result.movingPeriod);
+    if (values.empty())
         return result;
-    const auto [least, greatest] = std::minmax_element(result.values.begin(), result.values.end());
-    result.least = *least;
-    result.greatest = *greatest;
-    result.mean = sum / static_cast<double>(result.values.size());
-    result.percentile95 = percentile95(result.values);
+    const auto [min, max] = std::minmax_element(values.begin(), values.end());
+    result.count = static_cast<qint64>(values.size());
+    result.min = *min;
+    result.max = *max;
+    result.mean = sum / static_cast<double>(values.size());
+    result.percentile95 = percentile95(std::move(values));
     return result;
-}
-
-std::pair<double, double> valueRange(const DataSeries &series)
-{
-    std::pair<double, double> range;
-    bool any = false;
-    for (const BucketValue &bucket : series.buckets) {
-        if (bucket.isEmpty())
-            continue;
-        range.first = any ? std::min(range.first, bucket.least) : bucket.least;
-        range.second = any ? std::max(range.second, bucket.greatest) : bucket.greatest;
-        any = true;
-    }
-    return range;
 }
 
 double percentile95(std::vector<double> values)
@@ -164,9 +171,9 @@ std::vector<double> movingAverage(const std::vector<double> &values, int period)
     const auto length = static_cast<size_t>(period);
     if (values.size() < length)
         return {};
-    // Sums from the start of each block of `length` values forwards and from its end backwards:
-    // every window is the end of one block and the start of the next. Nothing is subtracted, so
-    // that a huge value leaves no rounding error behind in the means that follow it.
+    // Running sums forwards from the start and backwards from the end of each block of `length`
+    // values: every window is the end of one block and the start of the next. Nothing is
+    // subtracted, so that a huge value leaves no rounding error in the means after it.
     std::vector<double> forwards(values);
     std::vector<double> backwards(values);
     for (size_t i = 1; i < values.size(); ++i) {

@@ -1,14 +1,14 @@
 #pragma once
 
-#include "data/DataSeries.h"
+#include "series/DataSeries.h"
 
 #include <QString>
 
-#include <utility>
+#include <optional>
 #include <vector>
 
-/// The numbers that stand on charts. Pure functions, safe on any thread. Counts are kept in 64
-/// bits, so that sums and averages of any period come out right instead of ending in an overflow.
+/// The figures on charts. Pure functions, safe on any thread. Counts have 64 bits, so that no
+/// period overflows them.
 
 /// A success rate in percent, rounded to 3 decimals, halves to even. `successes + failures` > 0.
 double successRate(qint64 successes, qint64 failures);
@@ -17,11 +17,10 @@ double successRate(qint64 successes, qint64 failures);
 QString rateLabel(double rate);
 
 /// A number in the pattern "###.###": at most three decimals (halves to even), no leading zero, and
-/// a decimal point that stays even without digits: 99.5 is "99.5", 100 is "100.", 0.5 is ".5", 0 is
-/// ".".
+/// always a decimal point: 99.5 is "99.5", 100 is "100.", 0.5 is ".5", 0 is ".".
 QString sparseNumber(double value);
 
-/// The sums of a state series.
+/// The figures of a state series.
 struct StateStatistics
 {
     qint64 successes = 0;
@@ -37,35 +36,36 @@ struct StateStatistics
 };
 StateStatistics stateStatistics(const DataSeries &series);
 
-/// The numbers of a counter series; its samples are the means of the buckets that hold any.
+/// The figures of a counter series; its values are the means of the buckets with data.
 struct CounterStatistics
 {
-    std::vector<double> values; ///< the samples in order of time
-    double least = 0;
-    double greatest = 0;
+    qint64 count = 0; ///< values; without any the other numbers are zero
+    double min = 0;
+    double max = 0;
     double mean = 0;
     double percentile95 = 0; ///< see `percentile95()`
+    double minSample = 0;    ///< of the single samples
+    double maxSample = 0;
+    int movingPeriod = 0; ///< see `movingPeriod()`
+    /// The moving average by bucket; null where the bucket is empty or too early.
+    std::vector<std::optional<double>> moving;
 
-    qint64 count() const { return static_cast<qint64>(values.size()); }
-    /// Decimals of all numbers of the footer, so that the least one still shows a digit.
+    /// Decimals of all numbers in the footer: enough for the smallest one to show a digit.
     int decimals() const;
     /// "Samples: 3 Max: 1,234.5 Min: 0.2 Avg: 411.9 95th: 1,234.5".
     QString footer() const;
 };
 CounterStatistics counterStatistics(const DataSeries &series);
 
-/// The least and the greatest single value of a counter in all buckets; zeros when there is none.
-std::pair<double, double> valueRange(const DataSeries &series);
-
-/// The product's 95th percentile: all values but the last in time are sorted ascending, the last
-/// keeps its place at the end, and the value number 0.95 n is taken (halves to even, from 1). So
-/// the last value in time is the result for n = 10. 0 when there are none.
+/// The product's 95th percentile: all values but the last one in time are sorted ascending, the
+/// last one stays at the end, and the value number 0.95 n is taken (halves to even, from 1). For n
+/// = 10 that is the last value in time. 0 without values.
 double percentile95(std::vector<double> values);
 
-/// Period of the moving average: a tenth of all buckets, empty ones included, rounded down, and at
+/// Period of the moving average: a tenth of all buckets, empty ones included, rounded down; at
 /// least 2.
 int movingPeriod(qsizetype bucketCount);
 
-/// The mean of the last `period` values up to each one; entry i belongs to values[period - 1 + i],
-/// so that no mean is told of fewer values. Empty when there are fewer than `period` values.
+/// The mean of each `period` consecutive values; entry i belongs to values[period - 1 + i]. Empty
+/// with fewer than `period` values.
 std::vector<double> movingAverage(const std::vector<double> &values, int period);

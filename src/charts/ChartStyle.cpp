@@ -19,7 +19,7 @@ QFont chartFont(double pixels, QFont::Weight weight, bool smooth)
                       QStringLiteral("Arial")});
     font.setPixelSize(std::max(1, static_cast<int>(std::lround(pixels))));
     font.setWeight(weight);
-    // Widths that do not depend on the device, and grey edges only: a chart is the same picture on
+    // Widths that do not depend on the device, and no coloured edges: a chart looks the same on
     // every screen and in every file.
     font.setHintingPreference(QFont::PreferNoHinting);
     font.setStyleStrategy(smooth ? QFont::NoSubpixelAntialias : QFont::NoAntialias);
@@ -69,6 +69,11 @@ ChartStyle::ChartStyle(const QSizeF &logicalSize, int quality)
 double ChartStyle::px(double atNormalSize) const
 {
     return std::max(1.0, std::round(atNormalSize * scale));
+}
+
+double ChartStyle::hairline() const
+{
+    return std::max(1.0, std::floor(scale));
 }
 
 bool fontsAvailable()

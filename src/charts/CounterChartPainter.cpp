@@ -1,11 +1,9 @@
 #include "charts/ChartPainter.h"
-#include "charts/ChartStatistics.h"
 #include "charts/Curve.h"
 #include "charts/PlotArea.h"
 
 #include <algorithm>
 #include <cmath>
-#include <optional>
 
 namespace {
 
@@ -23,47 +21,24 @@ Lines linesOf(const ChartStyle &style)
             linePen(ink::average, width, {1.5, 2.5})};
 }
 
-/// The moving average for each bucket; none where the bucket is empty or too early.
-std::vector<std::optional<double>> movingOf(const DataSeries &series,
-                                            const CounterStatistics &statistics)
+std::vector<LegendEntry> legendOf(const CounterChart &chart, bool hasMoving, const Lines &lines)
 {
-    const int period = movingPeriod(static_cast<qsizetype>(series.buckets.size()));
-    const std::vector<double> means = movingAverage(statistics.values, period);
-    std::vector<std::optional<double>> moving(series.buckets.size());
-    size_t sample = 0;
-    for (size_t i = 0; i < series.buckets.size(); ++i) {
-        if (series.buckets[i].isEmpty())
-            continue;
-        ++sample;
-        if (sample >= static_cast<size_t>(period) && !means.empty())
-            moving[i] = means[sample - static_cast<size_t>(period)];
-    }
-    return moving;
-}
-
-std::vector<LegendEntry> legendOf(const CounterChart &chart, const CounterStatistics &statistics,
-                                  bool hasMoving, const Lines &lines)
-{
-    if (statistics.count() == 0)
+    const CounterStatistics &statistics = chart.statistics;
+    if (statistics.count == 0)
         return {};
-    const int period = movingPeriod(static_cast<qsizetype>(chart.series.buckets.size()));
     std::vector<LegendEntry> legend = {
-        {Mark::Area, QStringLiteral("Mean"), {}},
-        {Mark::Solid, QStringLiteral("Min to max"), {}, linePen(ink::bandFill, 1)},
-        {Mark::Line, QStringLiteral("95th Percentile"),
+        {LegendMark::Area, QStringLiteral("Mean"), {}},
+        {LegendMark::Solid, QStringLiteral("Min to max"), {}, linePen(ink::bandFill, 1)},
+        {LegendMark::Line, QStringLiteral("95th Percentile"),
          readableValue(statistics.percentile95, chart.unit), lines.percentile}};
     if (hasMoving)
-        legend.push_back({Mark::Line, QStringLiteral("Moving x%1").arg(period), {}, lines.moving});
-    legend.push_back({Mark::Line, QStringLiteral("Sample Avg."),
+        legend.push_back({LegendMark::Line,
+                          QStringLiteral("Moving x%1").arg(statistics.movingPeriod),
+                          {},
+                          lines.moving});
+    legend.push_back({LegendMark::Line, QStringLiteral("Sample Avg."),
                       readableValue(statistics.mean, chart.unit), lines.average});
     return legend;
-}
-
-void drawLevel(QPainter &painter, const TimePlot &plot, double value, const QPen &pen)
-{
-    const double y = std::round(plot.y(value)) + 0.5;
-    painter.setPen(pen);
-    painter.drawLine(QPointF(plot.area().left(), y), QPointF(plot.area().right(), y));
 }
 
 } // namespace
@@ -71,46 +46,43 @@ void drawLevel(QPainter &painter, const TimePlot &plot, double value, const QPen
 void paintCounterChart(QPainter &painter, const CounterChart &chart, const QSizeF &size)
 {
     const ChartStyle style(size, chart.frame.quality);
-    const CounterStatistics statistics = counterStatistics(chart.series);
+    const CounterStatistics &statistics = chart.statistics;
     const Lines lines = linesOf(style);
-    const std::vector<std::optional<double>> moving = movingOf(chart.series, statistics);
-    const bool hasMoving = std::any_of(moving.begin(), moving.end(),
-                                       [](const auto &value) { return value.has_value(); });
-    const auto [least, greatest] = valueRange(chart.series);
+    const bool hasMoving = statistics.count >= statistics.movingPeriod;
+    const auto axis = [&](int maxSteps) {
+        return valueAxis(statistics.minSample, statistics.maxSample, chart.unit, maxSteps);
+    };
 
-    const QString unit = valueAxis(least, greatest, chart.unit, 4).unit;
+    const QString unit = axis(4).unit;
     QString axisTitle = chart.valueLabel;
     if (!unit.isEmpty())
         axisTitle += axisTitle.isEmpty() ? unit : QStringLiteral(" (%1)").arg(unit);
     axisTitle += QStringLiteral(", ") + bucketText(chart.series);
-    const QRectF room = drawSurroundings(
-        painter, chart.frame, size, style,
-        {axisTitle, legendOf(chart, statistics, hasMoving, lines), {statistics.footer()}});
+    const QRectF room =
+        drawSurroundings(painter, chart.frame, size, style,
+                         {axisTitle, legendOf(chart, hasMoving, lines), {statistics.footer()}});
     if (chart.series.buckets.empty()) {
         drawNoDataMessage(painter, room, style);
         return;
     }
 
-    const TimePlot plot(room, chart.series, chart.frame.labelStep, style,
-                        [&, low = least, high = greatest](int mostSteps) {
-                            return valueAxis(low, high, chart.unit, mostSteps);
-                        });
-    if (statistics.count() == 0) {
+    const TimePlot plot(room, chart.series, chart.frame.labelStep, style, axis);
+    if (statistics.count == 0) {
         plot.drawGrid(painter);
         plot.drawTimes(painter);
         drawNoDataMessage(painter, plot.area(), style);
         return;
     }
     const Curve curve = curveOf(chart.series, plot);
-    const double base = plot.y(std::clamp(0.0, plot.values().least, plot.values().greatest));
+    const double base = plot.y(std::clamp(0.0, plot.values().min, plot.values().max));
     drawArea(painter, curve, base, QColor::fromRgba(ink::valueFill));
     drawBand(painter, curve, QColor::fromRgba(ink::bandFill));
     plot.drawGrid(painter);
     plot.drawTimeGrid(painter);
-    drawLevel(painter, plot, statistics.mean, lines.average);
-    drawLevel(painter, plot, statistics.percentile95, lines.percentile);
+    plot.drawLevel(painter, statistics.mean, lines.average);
+    plot.drawLevel(painter, statistics.percentile95, lines.percentile);
     if (hasMoving)
-        drawPoints(painter, chart.series, moving, plot, lines.moving);
+        drawPoints(painter, chart.series, statistics.moving, plot, lines.moving);
     drawValues(painter, curve, linePen(ink::value, std::max(1.0, 1.5 * style.scale)));
     plot.drawValues(painter);
     plot.drawTimes(painter);

@@ -12,9 +12,9 @@
 
 namespace {
 
-/// Shares of the pixels of a rectangle that shapes cover. Each edge adds, to the pixels of the rows
-/// that it crosses, how much it changes the share of everything to the right; the sums along the
-/// rows are then the shares themselves. The cost is that of the edges' heights and of one pass.
+/// The share of each pixel of a rectangle that shapes cover. Each edge adds, to the pixels that it
+/// crosses, the change of the share of everything to their right; the running sums along the rows
+/// are then the shares. The cost is the sum of the edges' heights plus one pass over the pixels.
 class CoverageMask
 {
 public:
@@ -32,7 +32,7 @@ public:
             addEdge(polygon[i], polygon[i + 1 < polygon.size() ? i + 1 : 0]);
     }
 
-    /// The shapes in a colour. The image's pixels are valid until the thread's next mask.
+    /// The shapes in a colour. The image is valid until the thread's next mask.
     QImage image(const QColor &color) const
     {
         std::array<QRgb, 256> inks;
@@ -41,7 +41,7 @@ public:
             ink.setAlphaF(color.alphaF() * static_cast<float>(i) / 255.0F);
             inks[i] = qPremultiply(ink.rgba());
         }
-        auto &pixels = perThread<std::vector<QRgb>, CoverageMask>(); // half a megabyte, used again
+        auto &pixels = perThread<std::vector<QRgb>, CoverageMask>(); // half a megabyte
         pixels.resize(static_cast<size_t>(m_bounds.width()) *
                       static_cast<size_t>(m_bounds.height()));
         QRgb *pixel = pixels.data();
@@ -66,7 +66,7 @@ public:
     }
 
 private:
-    /// Pixels that are looked at together: most lie inside or outside of all shapes.
+    /// Pixels that are handled together: most are inside or outside all shapes.
     static constexpr int stretch = 4;
     static bool isFlat(const float *change)
     {
@@ -75,7 +75,6 @@ private:
         return (bits[0] | bits[1]) == 0;
     }
 
-    /// Reused by all charts of a thread.
     static std::vector<float> &scratch() { return perThread<std::vector<float>, CoverageMask>(); }
 
     void addEdge(QPointF from, QPointF to)
@@ -101,13 +100,12 @@ private:
         }
     }
 
-    /// A piece of an edge inside of one row, from `left` to `right`; `height` with the edge's
-    /// direction.
+    /// Part of an edge in one row, from `left` to `right`; the sign of `height` is its direction.
     void addPiece(int row, double left, double right, float height)
     {
         float *change = m_changes.data() + static_cast<size_t>(row) * m_stride;
         if (left < 0) {
-            // What lies before the first pixel changes all of them alike.
+            // The part left of the first pixel changes all pixels equally.
             const double outside = right <= 0 ? 1 : left / (left - right);
             change[0] += height * static_cast<float>(outside);
             height *= static_cast<float>(1 - outside);
@@ -152,7 +150,7 @@ private:
     std::vector<float> &m_changes;
 };
 
-/// Whether a mask of the device's pixels can stand for the shapes.
+/// Whether the shapes can be drawn as a mask of the device's pixels.
 bool takesMasks(const QPainter &painter)
 {
     return painter.testRenderHint(QPainter::Antialiasing) &&
@@ -184,7 +182,7 @@ void drawMask(QPainter &painter, const QList<QPolygonF> &shapes, const QColor &c
     painter.restore();
 }
 
-/// The outlines of a line's segments, all running in the same direction.
+/// The outlines of a line's segments, all with the same orientation.
 QList<QPolygonF> segments(const QPolygonF &line, double width)
 {
     QList<QPolygonF> shapes;

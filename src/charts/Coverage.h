@@ -5,12 +5,12 @@
 #include <QPainter>
 #include <QPolygonF>
 
-/// Smooth filling of shapes that have thousands of edges, several times as fast on an image as the
-/// painter's own way; on other devices it is the painter that fills them.
+/// Antialiased filling of shapes with thousands of edges, on images several times as fast as by
+/// QPainter; on other devices QPainter fills them.
 
-/// Fills polygons, one pixel's share of each exactly by its area. Shapes drawn with one call must
-/// not overlap but where they run in the same direction.
+/// Fills polygons; a pixel gets the exact share of its area that they cover. Polygons of one call
+/// may only overlap if they have the same orientation.
 void fillShapes(QPainter &painter, const QList<QPolygonF> &shapes, const QColor &color);
 
-/// Draws a line through points that ascend in x.
+/// Draws a line through points with ascending x.
 void strokeCurve(QPainter &painter, const QPolygonF &line, const QPen &pen);

@@ -17,12 +17,12 @@ CurvePoint pointOf(const BucketValue &bucket, double x, const TimePlot &plot)
     CurvePoint point;
     point.x = x;
     point.high = point.low = point.first = point.last = mean;
-    point.top = std::min(mean, plot.y(bucket.greatest));
-    point.bottom = std::max(mean, plot.y(bucket.least));
+    point.top = std::min(mean, plot.y(bucket.max));
+    point.bottom = std::max(mean, plot.y(bucket.min));
     return point;
 }
 
-/// Takes a bucket's point into a pixel column.
+/// Adds a bucket's point to a pixel column.
 void join(CurvePoint &column, const CurvePoint &point)
 {
     column.high = std::min(column.high, point.high);
@@ -32,7 +32,7 @@ void join(CurvePoint &column, const CurvePoint &point)
     column.bottom = std::max(column.bottom, point.bottom);
 }
 
-/// Closes a run: it begins and ends where its buckets do.
+/// Ends a run, extended to the outer edges of its first and last bucket.
 void finishRun(Curve &curve, Run &run, double left, double right)
 {
     if (run.empty())
@@ -47,7 +47,7 @@ void finishRun(Curve &curve, Run &run, double left, double right)
     run.clear();
 }
 
-/// Neighbouring columns overlap, as the line between them would.
+/// Makes adjacent columns overlap, as the line between them would.
 void connectColumns(Run &run)
 {
     for (size_t i = 1; i < run.size(); ++i) {
@@ -67,7 +67,7 @@ QPolygonF outline(const Run &run, double CurvePoint::*upper, double CurvePoint::
     return polygon;
 }
 
-/// A bucket between gaps gets a dot, so that it is seen where buckets are narrow.
+/// Draws a dot for a narrow bucket between gaps, which a line would hardly show.
 void drawLoneValue(QPainter &painter, const QPolygonF &line, const QPen &pen)
 {
     const double radius = pen.widthF() * 1.8;
@@ -96,8 +96,8 @@ Curve curveOf(const DataSeries &series, const TimePlot &plot)
             finishRun(curve, run, runLeft, runRight);
             continue;
         }
-        const double left = plot.x(series.place(i).start);
-        const double right = plot.x(series.place(i).end);
+        const double left = plot.x(series.interval(i).start);
+        const double right = plot.x(series.interval(i).end);
         if (run.empty())
             runLeft = left;
         runRight = right;
@@ -141,7 +141,7 @@ void drawBand(QPainter &painter, const Curve &curve, const QColor &color)
 void drawValues(QPainter &painter, const Curve &curve, const QPen &pen)
 {
     if (curve.dense) {
-        // So many values form a ribbon; a stroke of every to and fro would only smear it.
+        // So many values form a ribbon, the columns widened by half the pen at both ends.
         const double half = pen.widthF() / 2;
         QList<QPolygonF> shapes;
         for (Run run : curve.runs) {
@@ -179,9 +179,9 @@ void drawPoints(QPainter &painter, const DataSeries &series,
             flush();
             continue;
         }
-        const AxisBucket &bucket = series.place(i);
+        const AxisBucket &bucket = series.interval(i);
         const double x = (plot.x(bucket.start) + plot.x(bucket.end)) / 2;
-        // A smooth line needs no more than a point a pixel.
+        // More than a point a pixel would not show.
         if (line.isEmpty() || x - line.last().x() >= 1)
             line.append(QPointF(x, plot.y(*values[i])));
     }

@@ -1,30 +1,30 @@
 #pragma once
 
 #include "charts/PlotArea.h"
-#include "data/DataSeries.h"
+#include "series/DataSeries.h"
 
 #include <QPen>
 
 #include <optional>
 #include <vector>
 
-/// Values over time as places in a plot. Where buckets are narrower than a pixel they are reduced
-/// to what one pixel column can show; nothing that stands out is lost.
+/// Values over time as points in a plot. Buckets narrower than a pixel are reduced to one point a
+/// pixel column, which keeps all peaks.
 
-/// One place of a curve, in logical pixels from top to bottom.
+/// One point of a curve, in logical pixels; y grows downwards.
 struct CurvePoint
 {
     double x = 0;
     double high = 0;  ///< the highest mean
     double low = 0;   ///< the lowest mean
-    double first = 0; ///< the means at the place's two ends
+    double first = 0; ///< the first and the last mean
     double last = 0;
-    double top = 0; ///< of the band from least to greatest
+    double top = 0; ///< of the band from min to max
     double bottom = 0;
 };
 
-/// The runs of a series between its gaps, each with at least two points: a run reaches from the
-/// begin of its first bucket to the end of its last one.
+/// The runs of a series between its gaps, each from the start of its first bucket to the end of its
+/// last one, with at least two points.
 struct Curve
 {
     std::vector<std::vector<CurvePoint>> runs;
@@ -33,15 +33,15 @@ struct Curve
 
 Curve curveOf(const DataSeries &series, const TimePlot &plot);
 
-/// Fills between the curve and `base`, and between least and greatest.
+/// Fills between the curve and `base`, and between min and max.
 void drawArea(QPainter &painter, const Curve &curve, double base, const QColor &color);
 void drawBand(QPainter &painter, const Curve &curve, const QColor &color);
 
 /// Draws the curve as a line.
 void drawValues(QPainter &painter, const Curve &curve, const QPen &pen);
 
-/// Draws a further line through values given per bucket, in the buckets' middles; it breaks at
-/// buckets without a value.
+/// Draws a line through values given by bucket, at the middle of each; it has gaps at buckets
+/// without a value.
 void drawPoints(QPainter &painter, const DataSeries &series,
                 const std::vector<std::optional<double>> &values, const TimePlot &plot,
                 const QPen &pen);

@@ -1,8 +1,8 @@
+#include "base/Numbers.h"
 #include "charts/ChartFramePainter.h"
 #include "charts/ChartPainter.h"
 #include "charts/ChartStatistics.h"
 #include "charts/ValueAxis.h"
-#include "core/Numbers.h"
 
 #include <algorithm>
 #include <cmath>
@@ -26,7 +26,7 @@ struct Layout
     double rowTop(size_t row) const { return bars.top() + static_cast<double>(row) * pitch; }
 };
 
-double leastPitch(const ChartStyle &style)
+double minPitch(const ChartStyle &style)
 {
     return std::ceil(style.label.height()) + style.px(1);
 }
@@ -38,28 +38,28 @@ QString rateText(const Device &device)
     return QString::number(successRate(device.successes, device.failures), 'f', 2) + u'%';
 }
 
-/// A value axis whose labels keep apart on `width`.
-ValueAxis testsAxis(qint64 most, double width, const ChartStyle &style)
+/// A value axis whose labels do not touch on `width`.
+ValueAxis testsAxis(qint64 max, double width, const ChartStyle &style)
 {
     for (int steps = 8; steps > 1; --steps) {
-        ValueAxis axis = valueAxis(0, static_cast<double>(most), QString(), steps);
+        ValueAxis axis = valueAxis(0, static_cast<double>(max), QString(), steps);
         double widest = 0;
         for (const QString &label : axis.labels)
             widest = std::max(widest, style.label.width(label));
         if ((widest + style.px(14)) * static_cast<double>(axis.labels.size() - 1) <= width)
             return axis;
     }
-    return valueAxis(0, static_cast<double>(most), QString(), 1);
+    return valueAxis(0, static_cast<double>(max), QString(), 1);
 }
 
 Layout layOut(const DeviceRateChart &chart, const QRectF &room, const ChartStyle &style)
 {
     Layout layout;
-    qint64 most = 1;
+    qint64 maxTests = 1;
     double widestName = 0;
     double widestRate = style.strong.width(QStringLiteral("100.00%"));
     for (const Device &device : chart.devices) {
-        most = std::max(most, device.successes + device.failures);
+        maxTests = std::max(maxTests, device.successes + device.failures);
         widestName = std::max(widestName, style.label.width(device.name.simplified()));
     }
     widestRate = std::max(widestRate, style.label.width(QStringLiteral("no data")));
@@ -75,16 +75,16 @@ Layout layOut(const DeviceRateChart &chart, const QRectF &room, const ChartStyle
     layout.bars = QRectF(QPointF(left, std::ceil(room.top())),
                          QPointF(std::max(left + 1, right),
                                  std::max(room.top() + 1, std::floor(room.bottom() - foot))));
-    layout.axis = testsAxis(most, layout.bars.width(), style);
+    layout.axis = testsAxis(maxTests, layout.bars.width(), style);
 
     const auto count = chart.devices.size();
     layout.rows = count;
     layout.pitch = layout.bars.height() / static_cast<double>(std::max<size_t>(1, count));
-    if (layout.pitch < leastPitch(style)) {
-        // The last row that fits tells how many more there are.
-        const double fitting = std::floor(layout.bars.height() / leastPitch(style));
+    if (layout.pitch < minPitch(style)) {
+        // The last row that fits says how many more devices there are.
+        const double fitting = std::floor(layout.bars.height() / minPitch(style));
         layout.rows = static_cast<size_t>(std::max(1.0, fitting)) - 1;
-        layout.pitch = leastPitch(style);
+        layout.pitch = minPitch(style);
     }
     return layout;
 }
@@ -92,11 +92,11 @@ Layout layOut(const DeviceRateChart &chart, const QRectF &room, const ChartStyle
 void drawGrid(QPainter &painter, const Layout &layout, const ChartStyle &style,
               const QString &title)
 {
-    const double thickness = std::max(1.0, std::floor(style.scale));
     double end = layout.nameLeft;
     for (size_t i = 0; i < layout.axis.ticks.size(); ++i) {
         const double x = layout.x(layout.axis.ticks[i]);
-        fillBox(painter, QRectF(std::round(x), layout.bars.top(), thickness, layout.bars.height()),
+        fillBox(painter,
+                QRectF(std::round(x), layout.bars.top(), style.hairline(), layout.bars.height()),
                 i == 0 ? ink::axis : ink::grid);
         const QString &label = layout.axis.labels[i];
         const double half = style.label.width(label) / 2;
@@ -151,8 +151,7 @@ int deviceRateChartHeight(const DeviceRateChart &chart)
 {
     const ChartStyle style(chart.frame.size, chart.frame.quality);
     const double surroundings = 150 * style.scale;
-    const double rows =
-        static_cast<double>(chart.devices.size()) * (leastPitch(style) + style.px(2));
+    const double rows = static_cast<double>(chart.devices.size()) * (minPitch(style) + style.px(2));
     return static_cast<int>(std::min(1e6, std::ceil(surroundings + rows)));
 }
 
@@ -169,18 +168,18 @@ void paintDeviceRateChart(QPainter &painter, const DeviceRateChart &chart, const
     }
     std::vector<LegendEntry> legend;
     if (successes + failures > 0) {
-        legend.push_back({Mark::Solid, QStringLiteral("Critical"),
+        legend.push_back({LegendMark::Solid, QStringLiteral("Critical"),
                           groupedNumber(static_cast<double>(failures), 0),
                           linePen(ink::failure, 1)});
-        legend.push_back({Mark::Solid, QStringLiteral("Success"),
+        legend.push_back({LegendMark::Solid, QStringLiteral("Success"),
                           groupedNumber(static_cast<double>(successes), 0),
                           linePen(ink::successBar, 1)});
     }
     if (failures > 0)
         legend.push_back(
-            {Mark::Solid, QStringLiteral("With failures"), {}, linePen(ink::partialFill, 1)});
+            {LegendMark::Solid, QStringLiteral("With failures"), {}, linePen(ink::partialFill, 1)});
     if (hasGaps)
-        legend.push_back({Mark::NoData, QStringLiteral("No data"), {}});
+        legend.push_back({LegendMark::NoData, QStringLiteral("No data"), {}});
     const QRectF room =
         drawSurroundings(painter, chart.frame, size, style, {chart.categoryAxisTitle, legend, {}});
     if (successes + failures == 0) {

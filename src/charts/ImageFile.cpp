@@ -1,8 +1,8 @@
 #include "charts/ImageFile.h"
 
+#include "base/Error.h"
 #include "charts/Palette.h"
 #include "charts/PerThread.h"
-#include "core/Error.h"
 
 #include <QBuffer>
 #include <QImageWriter>
@@ -13,8 +13,8 @@
 
 namespace {
 
-/// Charts are flat areas, whose repetitions the fastest level finds as well; the next ones take
-/// half as long again for a few per cent.
+/// Even the fastest level finds the repetitions in a chart's flat areas; the next ones take half as
+/// long again for a few per cent.
 constexpr int fastLevel = 1;
 constexpr int smallLevel = 9;
 
@@ -27,7 +27,7 @@ struct FreeCompressor
 };
 using Compressor = std::unique_ptr<libdeflate_compressor, FreeCompressor>;
 
-/// A compressor is large and slow to set up: one for each thread and level.
+/// One compressor a thread and level, as they are large and slow to set up.
 libdeflate_compressor *compressorFor(Compression compression)
 {
     struct Compressors
@@ -72,13 +72,13 @@ QByteArray compressed(const QByteArray &rows, Compression compression)
     return result;
 }
 
-/// Bits of a pixel that can number the colours.
+/// Bits a pixel for so many colours.
 int depthFor(size_t colors)
 {
     return colors <= 2 ? 1 : colors <= 4 ? 2 : colors <= 16 ? 4 : 8;
 }
 
-/// The rows as PNG wants them: a filter byte (none), then the pixels, first ones in high bits.
+/// The rows of a PNG file: a filter byte (none), then the pixels, the first ones in the high bits.
 QByteArray palettedRows(const PalettedImage &image, int depth)
 {
     const int perByte = 8 / depth;
@@ -97,7 +97,7 @@ QByteArray palettedRows(const PalettedImage &image, int depth)
     return rows;
 }
 
-/// How Qt's writers name a format of the configuration.
+/// Qt's name for a format of the configuration.
 QByteArray writerName(const QString &format)
 {
     const QString name = format.trimmed();

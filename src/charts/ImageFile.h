@@ -7,7 +7,7 @@
 /// Image files as bytes. Any thread; the same image gives the same bytes.
 
 enum class Compression {
-    Fast, ///< for the many images of a run
+    Fast, ///< for a run with its many images
     Small ///< a tenth smaller, at ten times the cost
 };
 
@@ -15,10 +15,10 @@ enum class Compression {
 /// colour. Throws Error when the image is empty or there is no memory.
 QByteArray encodePng(const QImage &image, Compression compression = Compression::Fast);
 
-/// Whether charts can be had in a format of the configuration (`IMG_Format`): "PNG", "JPG", "JPEG"
-/// or "BMP" in any case; empty means PNG.
+/// Whether charts can be written in a format of the configuration (`IMG_Format`): "PNG", "JPG",
+/// "JPEG" or "BMP" in any case; empty means PNG.
 bool isImageFormat(const QString &format);
 
-/// A file in such a format, in any other case PNG. Throws Error when encoding fails.
+/// A file in such a format, or else as PNG. Throws Error when encoding fails.
 QByteArray encodeImage(const QImage &image, const QString &format,
                        Compression compression = Compression::Fast);

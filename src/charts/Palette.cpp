@@ -9,18 +9,18 @@
 
 namespace {
 
-constexpr size_t mostColors = 256;
-constexpr size_t keptColors = 64; ///< inks, and what else fills areas
+constexpr size_t maxColors = 256;
+constexpr size_t keptColors = 64; ///< the most frequent ones, which fill areas
 constexpr QRgb opaque = 0xFF000000;
 
-/// The colours of an image with their frequencies (in what is unlike the row above) and, later,
-/// their numbers in the palette: a hash table without deletion.
+/// The colours of an image with their frequencies (in chunks that differ from the row above) and,
+/// later, their indexes in the palette: a hash table without deletion.
 class ColorTable
 {
 public:
     static constexpr int full = -1;
 
-    /// The place of a colour in the table, else `full`.
+    /// The slot of a colour, which is added if missing; `full` when there is no room.
     int find(QRgb color)
     {
         size_t at = (color * 0x9E3779B1u) >> (32 - bits);
@@ -37,7 +37,7 @@ public:
         return static_cast<int>(at);
     }
 
-    void count(int place) { ++m_entries[static_cast<size_t>(place)].count; }
+    void count(int slot) { ++m_entries[static_cast<size_t>(slot)].count; }
 
     /// Most frequent first; equal ones by colour, so that the order is always the same.
     std::vector<QRgb> byFrequency() const
@@ -55,22 +55,22 @@ public:
         return colors;
     }
 
-    void setNumber(QRgb color, int number)
+    void setIndex(QRgb color, int index)
     {
-        m_numbers[static_cast<size_t>(find(color))] = static_cast<uchar>(number);
+        m_indexes[static_cast<size_t>(find(color))] = static_cast<uchar>(index);
     }
-    uchar number(quint16 place) const { return m_numbers[place]; }
+    uchar index(quint16 slot) const { return m_indexes[slot]; }
 
 private:
     struct Entry
     {
-        QRgb color = 0; ///< 0: free, as no opaque colour is
+        QRgb color = 0; ///< 0, which is not opaque: a free slot
         uint count = 0;
     };
 
     static constexpr int bits = 13;
     std::vector<Entry> m_entries = std::vector<Entry>(size_t(1) << bits);
-    std::vector<uchar> m_numbers = std::vector<uchar>(size_t(1) << bits);
+    std::vector<uchar> m_indexes = std::vector<uchar>(size_t(1) << bits);
     size_t m_used = 0;
 };
 
@@ -80,38 +80,38 @@ int distance(QRgb a, QRgb b)
                      std::abs(qBlue(a) - qBlue(b))});
 }
 
-/// The palette in the making. Colours that share the upper bits of their channels are mostly near
-/// each other, so that few need the search through the whole palette.
+/// The palette while it is built. Colours that share the upper bits of their channels are mostly
+/// close, so that few need a search through the whole palette.
 class Palette
 {
 public:
-    /// The number of a colour that is near enough, the nearest one first; none: -1.
+    /// The index of a colour within the tolerance, usually the nearest one; -1 without one.
     int find(QRgb color)
     {
         const size_t cell = cellOf(color);
-        if (m_cells[cell] >= 0 && distance(color, colors[numberIn(cell)]) <= paletteTolerance)
+        if (m_cells[cell] >= 0 && distance(color, colors[indexIn(cell)]) <= paletteTolerance)
             return m_cells[cell];
-        int number = -1;
-        int least = paletteTolerance + 1;
+        int nearest = -1;
+        int smallest = paletteTolerance + 1;
         for (size_t i = 0; i < colors.size(); ++i) {
-            if (const int away = distance(color, colors[i]); away < least) {
-                least = away;
-                number = static_cast<int>(i);
+            if (const int away = distance(color, colors[i]); away < smallest) {
+                smallest = away;
+                nearest = static_cast<int>(i);
             }
         }
-        m_cells[cell] = static_cast<qint16>(number);
-        return number;
+        m_cells[cell] = static_cast<qint16>(nearest);
+        return nearest;
     }
 
-    /// The new colour's number; -1 when there are too many.
+    /// The new colour's index; -1 when there are too many.
     int add(QRgb color)
     {
-        if (colors.size() == mostColors)
+        if (colors.size() == maxColors)
             return -1;
         colors.push_back(color);
-        const int number = static_cast<int>(colors.size()) - 1;
-        m_cells[cellOf(color)] = static_cast<qint16>(number);
-        return number;
+        const int index = static_cast<int>(colors.size()) - 1;
+        m_cells[cellOf(color)] = static_cast<qint16>(index);
+        return index;
     }
 
     std::vector<QRgb> colors;
@@ -122,29 +122,29 @@ private:
         return static_cast<size_t>((qRed(color) >> 4) << 8 | (qGreen(color) >> 4) << 4 |
                                    qBlue(color) >> 4);
     }
-    size_t numberIn(size_t cell) const { return static_cast<size_t>(m_cells[cell]); }
+    size_t indexIn(size_t cell) const { return static_cast<size_t>(m_cells[cell]); }
 
     std::vector<qint16> m_cells = std::vector<qint16>(16 * 16 * 16, -1);
 };
 
-/// Gives every colour its number; the most frequent ones are kept, and of the rest those that no
-/// kept one is near enough to. False when that makes too many.
+/// Gives every colour its index; the most frequent ones are kept, and of the rest those without a
+/// kept one within the tolerance. False when those are too many.
 bool chooseColors(ColorTable &table, Palette &palette)
 {
     const std::vector<QRgb> colors = table.byFrequency();
-    const bool all = colors.size() <= mostColors;
+    const bool keepsAll = colors.size() <= maxColors;
     for (size_t i = 0; i < colors.size(); ++i) {
-        int number = all || i < keptColors ? -1 : palette.find(colors[i]);
-        if (number < 0)
-            number = palette.add(colors[i]);
-        if (number < 0)
+        int index = keepsAll || i < keptColors ? -1 : palette.find(colors[i]);
+        if (index < 0)
+            index = palette.add(colors[i]);
+        if (index < 0)
             return false;
-        table.setNumber(colors[i], number);
+        table.setIndex(colors[i], index);
     }
     return true;
 }
 
-/// Pixels that are compared with those above them at once.
+/// Pixels that are compared with those above them at a time.
 constexpr int chunk = 8;
 
 bool sameChunk(const QRgb *a, const QRgb *b)
@@ -160,23 +160,23 @@ bool sameChunk(const QRgb *a, const QRgb *b)
     return difference == 0;
 }
 
-/// An image's colours as places in a table. Charts are mostly like the row above, so only chunks
-/// that are not have their places here; `isNew` tells for each chunk which it is.
-struct Places
+/// An image's pixels as slots of a table. Most chunks of a chart equal the chunk above, and only
+/// the others have their slots here; `isNew` marks those.
+struct Slots
 {
-    std::vector<char> isNew;
-    std::vector<quint16> places;
+    std::vector<char> isNew; ///< by chunk
+    std::vector<quint16> pixels;
 };
 
 /// False when there are too many colours.
-bool findPlaces(const QImage &image, ColorTable &table, Places &found)
+bool findSlots(const QImage &image, ColorTable &table, Slots &found)
 {
     const int width = image.width();
     const int height = image.height();
     found.isNew.resize(static_cast<size_t>((width + chunk - 1) / chunk * height));
-    found.places.resize(static_cast<size_t>(width) * static_cast<size_t>(height));
+    found.pixels.resize(static_cast<size_t>(width) * static_cast<size_t>(height));
     char *isNew = found.isNew.data();
-    quint16 *to = found.places.data();
+    quint16 *to = found.pixels.data();
     const QRgb *above = nullptr;
     for (int y = 0; y < height; ++y) {
         const auto *line = reinterpret_cast<const QRgb *>(image.constScanLine(y));
@@ -187,11 +187,11 @@ bool findPlaces(const QImage &image, ColorTable &table, Places &found)
             if (!changes)
                 continue;
             for (int i = x; i < x + count; ++i) {
-                const int place = table.find(line[i] | opaque);
-                if (place == ColorTable::full)
+                const int slot = table.find(line[i] | opaque);
+                if (slot == ColorTable::full)
                     return false;
-                table.count(place);
-                *to++ = static_cast<quint16>(place);
+                table.count(slot);
+                *to++ = static_cast<quint16>(slot);
             }
         }
         above = line;
@@ -204,9 +204,9 @@ bool findPlaces(const QImage &image, ColorTable &table, Places &found)
 std::optional<PalettedImage> paletted(const QImage &image)
 {
     ColorTable table;
-    auto &found = perThread<Places, PalettedImage>(); // used again by the next image
+    auto &found = perThread<Slots, PalettedImage>();
     Palette palette;
-    if (!findPlaces(image, table, found) || !chooseColors(table, palette))
+    if (!findSlots(image, table, found) || !chooseColors(table, palette))
         return {};
 
     PalettedImage result;
@@ -216,14 +216,14 @@ std::optional<PalettedImage> paletted(const QImage &image)
     result.pixels.resize(static_cast<size_t>(image.width()) * static_cast<size_t>(image.height()));
     uchar *pixel = result.pixels.data();
     auto isNew = found.isNew.cbegin();
-    auto place = found.places.cbegin();
+    auto slot = found.pixels.cbegin();
     for (int y = 0; y < result.height; ++y) {
         for (int x = 0; x < result.width; x += chunk) {
             const int count = std::min(chunk, result.width - x);
             if (*isNew++) {
-                pixel = std::transform(place, place + count, pixel,
-                                       [&](quint16 at) { return table.number(at); });
-                place += count;
+                pixel = std::transform(slot, slot + count, pixel,
+                                       [&](quint16 at) { return table.index(at); });
+                slot += count;
             } else {
                 pixel = std::copy_n(pixel - result.width, chunk, pixel);
             }

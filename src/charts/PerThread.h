@@ -2,12 +2,11 @@
 
 #include <QThreadStorage>
 
-/// The calling thread's own T, made on first use and freed once the thread has ended: for large
-/// things that all charts of a thread use one after the other. `Tag` tells several of one type
-/// apart.
+/// The calling thread's own T, made on first use and freed when the thread ends: for large buffers
+/// that all charts of a thread use in turn. `Tag` distinguishes several of one type.
 ///
-/// Not thread_local, whose destructors run too late in a program for Windows that brings the
-/// compiler's libraries along: when the objects' memory is gone already.
+/// Not thread_local: in a Windows program that is linked with the compiler's libraries its
+/// destructors run after the memory has been freed.
 template <typename T, typename Tag>
 T &perThread()
 {

@@ -5,7 +5,7 @@
 
 namespace {
 
-/// Between the plot and the labels below it; the lowest label at its left reaches as far down.
+/// Between the plot and the labels below it: half of the lowest label at its left reaches into it.
 double labelGap(const ChartStyle &style)
 {
     return std::ceil(style.label.height() / 2);
@@ -21,7 +21,7 @@ TimePlot::TimePlot(const QRectF &room, const DataSeries &series, int labelStep,
     const double textHeight = std::ceil(style.label.height());
     const bool twoRows = room.height() >= textHeight * 7;
     const double footHeight = labelGap(style) + textHeight * (twoRows ? 2 : 1);
-    // Half a label stands above the topmost grid line.
+    // Half a label is above the topmost grid line.
     const double top = std::ceil(room.top() + textHeight / 2);
     const double bottom = std::floor(std::max(top + 1, room.bottom() - footHeight));
 
@@ -43,25 +43,32 @@ TimePlot::TimePlot(const QRectF &room, const DataSeries &series, int labelStep,
 
 void TimePlot::drawGrid(QPainter &painter) const
 {
-    const double thickness = std::max(1.0, std::floor(m_style.scale));
     for (size_t i = 1; i < m_values.ticks.size(); ++i) {
         const double line = std::round(y(m_values.ticks[i]));
-        fillBox(painter, QRectF(m_area.left(), line, m_area.width(), thickness), ink::grid);
+        fillBox(painter, QRectF(m_area.left(), line, m_area.width(), m_style.hairline()),
+                ink::grid);
     }
-    const double zero = m_values.least < 0 && m_values.greatest > 0 ? y(0) : m_area.bottom();
-    fillBox(painter, QRectF(m_area.left(), std::round(zero), m_area.width(), thickness), ink::axis);
+    const double zero = m_values.min < 0 && m_values.max > 0 ? y(0) : m_area.bottom();
+    fillBox(painter, QRectF(m_area.left(), std::round(zero), m_area.width(), m_style.hairline()),
+            ink::axis);
 }
 
 void TimePlot::drawTimeGrid(QPainter &painter) const
 {
-    const double thickness = std::max(1.0, std::floor(m_style.scale));
     for (const TimeTick &tick : m_times.ticks) {
         if (tick.onEdge && tick.x >= 1)
             fillBox(painter,
-                    QRectF(std::round(m_area.left() + tick.x), m_area.top(), thickness,
+                    QRectF(std::round(m_area.left() + tick.x), m_area.top(), m_style.hairline(),
                            m_area.height()),
                     ink::fineGrid);
     }
+}
+
+void TimePlot::drawLevel(QPainter &painter, double value, const QPen &pen) const
+{
+    const double level = std::round(y(value)) + 0.5;
+    painter.setPen(pen);
+    painter.drawLine(QPointF(m_area.left(), level), QPointF(m_area.right(), level));
 }
 
 void TimePlot::drawValues(QPainter &painter) const
@@ -76,21 +83,21 @@ void TimePlot::drawValues(QPainter &painter) const
 
 void TimePlot::drawTimes(QPainter &painter) const
 {
-    const double thickness = std::max(1.0, std::floor(m_style.scale));
     const double labelTop = m_area.bottom() + labelGap(m_style);
     for (const TimeTick &tick : m_times.ticks) {
         const double x = m_area.left() + tick.x;
         if (tick.onEdge)
-            fillBox(painter, QRectF(std::round(x), m_area.bottom(), thickness, m_style.px(4)),
+            fillBox(painter,
+                    QRectF(std::round(x), m_area.bottom(), m_style.hairline(), m_style.px(4)),
                     ink::axis);
-        const auto place = [&](const QString &text) {
+        const auto middle = [&](const QString &text) { // kept inside the room
             const double half = m_style.label.width(text) / 2;
-            const double least = m_room.left() + half;
-            return std::clamp(x, least, std::max(least, m_room.right() - half));
+            const double min = m_room.left() + half;
+            return std::clamp(x, min, std::max(min, m_room.right() - half));
         };
-        drawText(painter, m_style.label, ink::quietText, place(tick.label), labelTop, tick.label,
+        drawText(painter, m_style.label, ink::quietText, middle(tick.label), labelTop, tick.label,
                  Qt::AlignHCenter);
-        drawText(painter, m_style.label, ink::text, place(tick.context),
+        drawText(painter, m_style.label, ink::text, middle(tick.context),
                  labelTop + std::ceil(m_style.label.height()), tick.context, Qt::AlignHCenter);
     }
 }

@@ -6,12 +6,12 @@
 
 #include <functional>
 
-/// A plot over time: the rectangle of the data between a value axis at its left and the time axis
-/// at its foot.
+/// A plot over time: the rectangle of the data, with a value axis at its left and the time axis at
+/// its bottom.
 class TimePlot
 {
 public:
-    using AxisMaker = std::function<ValueAxis(int mostSteps)>;
+    using AxisMaker = std::function<ValueAxis(int maxSteps)>;
 
     /// Lays the axes out in `room`; `series` has at least one bucket.
     TimePlot(const QRectF &room, const DataSeries &series, int labelStep, const ChartStyle &style,
@@ -25,9 +25,11 @@ public:
         return m_area.bottom() - m_values.position(value) * m_area.height();
     }
 
-    /// Base line and grid lines; they shine through what lies below them.
+    /// Base line and grid lines, the latter translucent.
     void drawGrid(QPainter &painter) const;
     void drawTimeGrid(QPainter &painter) const;
+    /// A line across the plot at a value.
+    void drawLevel(QPainter &painter, double value, const QPen &pen) const;
     /// Labels of the value axis.
     void drawValues(QPainter &painter) const;
     /// Tick marks and labels of the time axis.

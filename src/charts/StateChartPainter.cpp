@@ -16,7 +16,7 @@ struct Column
     qint64 failures = 0;
 
     bool hasData() const { return successes + failures > 0; }
-    /// Takes the tests of a bucket that has a lower rate; any rate is told before a gap.
+    /// Shows the bucket instead if its rate is lower; any rate comes before a gap.
     void add(const BucketValue &bucket)
     {
         const bool isWorse =
@@ -33,15 +33,15 @@ struct Column
     }
 };
 
-/// Columns on whole pixels, one per bucket where they are wide enough to be told apart, else one
-/// per pixel.
+/// Columns on whole pixels, one for each bucket if buckets are wide enough, else one for each
+/// pixel.
 std::vector<Column> columnsOf(const DataSeries &series, const TimePlot &plot)
 {
     std::vector<Column> columns;
     for (size_t i = 0; i < series.buckets.size(); ++i) {
         const BucketValue &bucket = series.buckets[i];
-        const double left = std::floor(plot.x(series.place(i).start) + 1e-6);
-        const double right = std::max(left + 1, std::floor(plot.x(series.place(i).end) + 1e-6));
+        const double left = std::floor(plot.x(series.interval(i).start) + 1e-6);
+        const double right = std::max(left + 1, std::floor(plot.x(series.interval(i).end) + 1e-6));
         if (columns.empty() || columns.back().left < left)
             columns.push_back({left, right, 0, 0});
         Column &column = columns.back();
@@ -51,7 +51,7 @@ std::vector<Column> columnsOf(const DataSeries &series, const TimePlot &plot)
     return columns;
 }
 
-/// Whether buckets share columns. The columns depend on the chart's width alone.
+/// Whether buckets share columns, which depends only on the chart's width.
 bool sharesColumns(const StateChart &chart, const QSizeF &size, const ChartStyle &style)
 {
     if (chart.series.buckets.empty())
@@ -61,7 +61,7 @@ bool sharesColumns(const StateChart &chart, const QSizeF &size, const ChartStyle
     return columnsOf(chart.series, plot).size() < chart.series.buckets.size();
 }
 
-/// Neighbours of the same look become one, so that a quiet period is one rectangle.
+/// Joins adjacent columns that look the same, so that a period without failures is one rectangle.
 std::vector<Column> joined(const std::vector<Column> &columns)
 {
     std::vector<Column> runs;
@@ -92,7 +92,7 @@ void drawColumn(QPainter &painter, const Column &column, double gap, const TimeP
         fillBox(painter, QRectF(left, top, width, style.px(2)), ink::success);
         return;
     }
-    // Failures hang from the top and are never thinner than can be seen.
+    // Failures hang from the top and are always thick enough to be seen.
     const double rate = successRate(column.successes, column.failures);
     double edge = std::max(std::round(plot.y(rate)), top + style.px(4));
     if (column.successes > 0)
@@ -101,13 +101,13 @@ void drawColumn(QPainter &painter, const Column &column, double gap, const TimeP
     fillBox(painter, QRectF(left, edge, width, bottom - edge), ink::partialFill);
 }
 
-/// Rates over the columns, where every one of them has the room for it.
+/// Draws the rates over the columns if all have room for one.
 void drawRates(QPainter &painter, const DataSeries &series, const TimePlot &plot,
                const ChartStyle &style)
 {
     const double widest = style.small.width(rateLabel(100)) + style.px(4);
     for (size_t i = 0; i < series.buckets.size(); ++i) {
-        if (plot.x(series.place(i).end) - plot.x(series.place(i).start) < widest)
+        if (plot.x(series.interval(i).end) - plot.x(series.interval(i).start) < widest)
             return;
     }
     for (size_t i = 0; i < series.buckets.size(); ++i) {
@@ -120,7 +120,7 @@ void drawRates(QPainter &painter, const DataSeries &series, const TimePlot &plot
         const bool below = edge + height + style.px(8) < plot.area().bottom();
         const double top = below ? edge + style.px(6) : plot.y(100) + style.px(6);
         drawText(painter, style.small, below ? ink::text : ink::ground,
-                 (plot.x(series.place(i).start) + plot.x(series.place(i).end)) / 2, top,
+                 (plot.x(series.interval(i).start) + plot.x(series.interval(i).end)) / 2, top,
                  rateLabel(rate), Qt::AlignHCenter);
     }
 }
@@ -130,14 +130,14 @@ std::vector<LegendEntry> legendOf(const DataSeries &series, const StateStatistic
 {
     std::vector<LegendEntry> legend;
     if (statistics.bucketsWithData > 0) {
-        legend.push_back({Mark::Success, QStringLiteral("Success%"), {}});
+        legend.push_back({LegendMark::Success, QStringLiteral("Success%"), {}});
         if (statistics.failures > 0)
-            legend.push_back({Mark::Partial, QStringLiteral("With failures"), {}});
+            legend.push_back({LegendMark::Partial, QStringLiteral("With failures"), {}});
     }
     if (statistics.bucketsWithData < static_cast<qint64>(series.buckets.size()))
-        legend.push_back({Mark::NoData, QStringLiteral("No data"), {}});
+        legend.push_back({LegendMark::NoData, QStringLiteral("No data"), {}});
     if (statistics.bucketsWithData > 0)
-        legend.push_back({Mark::Line, QStringLiteral("Overall%"),
+        legend.push_back({LegendMark::Line, QStringLiteral("Overall%"),
                           rateLabel(successRate(statistics.successes, statistics.failures)),
                           overallPen});
     return legend;
@@ -148,7 +148,7 @@ std::vector<LegendEntry> legendOf(const DataSeries &series, const StateStatistic
 void paintStateChart(QPainter &painter, const StateChart &chart, const QSizeF &size)
 {
     const ChartStyle style(size, chart.frame.quality);
-    const StateStatistics statistics = stateStatistics(chart.series);
+    const StateStatistics &statistics = chart.statistics;
     const QPen overallPen = linePen(ink::text, style.px(1.4), {5, 3});
     QString axisTitle = QStringLiteral("Success rate %1").arg(bucketText(chart.series));
     if (sharesColumns(chart, size, style))
@@ -175,9 +175,7 @@ void paintStateChart(QPainter &painter, const StateChart &chart, const QSizeF &s
         drawNoDataMessage(painter, plot.area(), style);
     } else {
         drawRates(painter, chart.series, plot, style);
-        const double y = std::round(plot.y(statistics.overallRate)) + 0.5;
-        painter.setPen(overallPen);
-        painter.drawLine(QPointF(plot.area().left(), y), QPointF(plot.area().right(), y));
+        plot.drawLevel(painter, statistics.overallRate, overallPen);
     }
     plot.drawValues(painter);
     plot.drawTimes(painter);

@@ -5,7 +5,7 @@
 
 namespace {
 
-constexpr qsizetype mostShapes = 4'000; ///< a few megabytes; then the cache starts afresh
+constexpr qsizetype maxShapes = 4'000; ///< a few megabytes; then the cache is emptied
 
 thread_local TextCache *threadCache = nullptr;
 
@@ -36,7 +36,7 @@ TextCache *TextCache::current()
 
 const TextCache::Shape &TextCache::shapeOf(const QFont &font, const QString &text)
 {
-    if (m_count >= mostShapes) {
+    if (m_count >= maxShapes) {
         m_shapes.clear();
         m_count = 0;
     }

@@ -6,13 +6,13 @@
 #include <QPainter>
 #include <QString>
 
-/// Texts that were shaped before. The charts of a run repeat most of their texts (axis labels,
+/// Shaped texts, kept for reuse. The charts of a run repeat most of their texts (axis labels,
 /// legend, period, credit), and shaping is half the cost of a small chart. One cache serves one
-/// thread; what is drawn is the same with and without it.
+/// thread; charts look the same with and without it.
 class TextCache
 {
 public:
-    /// Makes this the cache of the present thread until it is destroyed.
+    /// Makes this the cache of the calling thread until it is destroyed.
     TextCache();
     ~TextCache();
     TextCache(const TextCache &) = delete;

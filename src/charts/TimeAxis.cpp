@@ -1,5 +1,7 @@
 #include "charts/TimeAxis.h"
 
+#include "definitions/clsGraphDef.h"
+
 #include <QLocale>
 
 #include <algorithm>
@@ -39,14 +41,23 @@ constexpr std::array steps = {
     Step{Unit::Year, 100, u"yyyy", u""},    Step{Unit::Year, 1000, u"yyyy", u""},
 };
 
-Unit unitOf(int frequency)
+Unit unitOf(ChartFrequencyCode frequency)
 {
-    static constexpr std::array units = {Unit::Minute, Unit::Hour, Unit::Day, Unit::Month,
-                                         Unit::Year};
-    return units[static_cast<size_t>(std::clamp(frequency, 0, 4))];
+    switch (frequency) {
+    case ByMinute:
+        return Unit::Minute;
+    case ByHour:
+        return Unit::Hour;
+    case ByDay:
+        return Unit::Day;
+    case ByMonth:
+        return Unit::Month;
+    default:
+        return Unit::Year;
+    }
 }
 
-/// A wall time, taken apart once per bucket.
+/// The parts of a wall time.
 struct Wall
 {
     qint64 day = 0;
@@ -65,7 +76,7 @@ Wall wallOf(const QDateTime &time)
     return wall;
 }
 
-/// Number of the step's interval that a wall time lies in, counted from far back.
+/// Number of the step's interval that contains a wall time; only differences have a meaning.
 qint64 intervalOf(const Wall &wall, const Step &step)
 {
     switch (step.unit) {
@@ -104,12 +115,13 @@ bool isRound(const Wall &wall, const Step &step)
     return wall.minute == 0 && wall.monthDay == 1 && wall.month == 1 && wall.year % step.count == 0;
 }
 
-/// Numbers of the buckets that begin a step's interval. A day counts as begun by its first bucket
-/// even where the clock skipped midnight; a skipped hour has no tick. Stops behind `most` of them.
-std::vector<size_t> tickBuckets(const std::vector<Wall> &walls, const Step &step, size_t most)
+/// Indexes of the buckets that start a step's interval. A day starts with its first bucket even
+/// where the clock skipped midnight; a skipped hour has no tick. Stops once more than `max` are
+/// found.
+std::vector<size_t> tickBuckets(const std::vector<Wall> &walls, const Step &step, size_t max)
 {
     std::vector<size_t> found;
-    for (size_t i = 0; i < walls.size() && found.size() <= most; ++i) {
+    for (size_t i = 0; i < walls.size() && found.size() <= max; ++i) {
         const bool begins = i > 0 && step.unit >= Unit::Day &&
                             intervalOf(walls[i], step) > intervalOf(walls[i - 1], step);
         if (begins || isRound(walls[i], step))
@@ -123,16 +135,16 @@ QString formatted(const QLocale &locale, const QDateTime &time, QStringView patt
     return pattern.isEmpty() ? QString() : locale.toString(time, pattern);
 }
 
-/// Keeps a label inside the axis' length as far as it can be.
-std::vector<TimeTick> ticksAt(const std::vector<size_t> &numbers, const DataSeries &series,
+/// Ticks with their labels at the buckets of these indexes. A context is given where it changes.
+std::vector<TimeTick> ticksAt(const std::vector<size_t> &indexes, const DataSeries &series,
                               const TimeAxis &axis, const Step &step)
 {
     const QLocale locale;
     const bool middle = unitOf(series.axis->frequency()) >= Unit::Day;
     std::vector<TimeTick> ticks;
     QString shown;
-    for (const size_t i : numbers) {
-        const AxisBucket &bucket = series.place(i);
+    for (const size_t i : indexes) {
+        const AxisBucket &bucket = series.interval(i);
         TimeTick tick;
         tick.x = middle ? (axis.x(bucket.start) + axis.x(bucket.end)) / 2 : axis.x(bucket.start);
         tick.onEdge = !middle;
@@ -145,7 +157,7 @@ std::vector<TimeTick> ticksAt(const std::vector<size_t> &numbers, const DataSeri
     return ticks;
 }
 
-/// Whether all labels keep apart: by a good part of their own width, so that the axis stays quiet.
+/// Whether there is enough space between all labels: half of their own width at least.
 bool keepApart(const std::vector<TimeTick> &ticks,
                const std::function<double(const QString &)> &width)
 {
@@ -160,7 +172,7 @@ bool keepApart(const std::vector<TimeTick> &ticks,
     return true;
 }
 
-/// Second lines that would run into the next one go; the later one says more about the axis.
+/// Drops second lines that would run into the next one: the later one says more about the axis.
 void dropCrowdedContexts(std::vector<TimeTick> &ticks,
                          const std::function<double(const QString &)> &width)
 {
@@ -177,7 +189,7 @@ void dropCrowdedContexts(std::vector<TimeTick> &ticks,
     }
 }
 
-/// Where no round time lies in the period, its first bucket is named.
+/// The tick of an axis without round times: its first bucket.
 TimeTick firstBucketTick(const DataSeries &series, const TimeAxis &axis)
 {
     const Unit unit = unitOf(series.axis->frequency());
@@ -193,28 +205,28 @@ TimeAxis timeAxis(const DataSeries &series, int labelStep, double length,
 {
     TimeAxis axis;
     const size_t count = series.buckets.size();
-    axis.start = series.place(0).start;
-    axis.end = std::max(series.place(count - 1).end, axis.start + 1);
+    axis.start = series.interval(0).start;
+    axis.end = std::max(series.interval(count - 1).end, axis.start + 1);
     axis.length = length;
 
     std::vector<Wall> walls;
     walls.reserve(count);
     for (size_t i = 0; i < count; ++i)
-        walls.push_back(wallOf(series.place(i).wallStart));
+        walls.push_back(wallOf(series.interval(i).wallStart));
 
-    const size_t leastBuckets = static_cast<size_t>(std::max(1, labelStep));
-    const double narrowest = width(QStringLiteral("00")) * 2;
-    const auto most = static_cast<size_t>(std::max(1.0, length / narrowest)) + 1;
+    const size_t minBuckets = static_cast<size_t>(std::max(1, labelStep));
+    const double minWidth = width(QStringLiteral("00")) * 2;
+    const auto maxTicks = static_cast<size_t>(std::max(1.0, length / minWidth)) + 1;
     for (const Step &step : steps) {
         if (step.unit < unitOf(series.axis->frequency()))
             continue;
-        const std::vector<size_t> numbers = tickBuckets(walls, step, most);
-        if (numbers.empty() || numbers.size() > most)
+        const std::vector<size_t> indexes = tickBuckets(walls, step, maxTicks);
+        if (indexes.empty() || indexes.size() > maxTicks)
             continue;
-        const auto close = [&](size_t a, size_t b) { return b - a < leastBuckets; };
-        if (std::adjacent_find(numbers.begin(), numbers.end(), close) != numbers.end())
+        const auto close = [&](size_t a, size_t b) { return b - a < minBuckets; };
+        if (std::adjacent_find(indexes.begin(), indexes.end(), close) != indexes.end())
             continue;
-        std::vector<TimeTick> ticks = ticksAt(numbers, series, axis, step);
+        std::vector<TimeTick> ticks = ticksAt(indexes, series, axis, step);
         if (!keepApart(ticks, width))
             continue;
         // The finest step wins; a coarser one has fewer ticks.

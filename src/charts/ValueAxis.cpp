@@ -1,6 +1,6 @@
 #include "charts/ValueAxis.h"
 
-#include "core/Numbers.h"
+#include "base/Numbers.h"
 
 #include <QStringList>
 
@@ -12,7 +12,7 @@ namespace {
 
 enum class Prefixes { None, Si, Binary };
 
-/// A power of 1000 or 1024 that values are divided by for reading.
+/// A power of 1000 or 1024 that values are divided by.
 struct Prefix
 {
     double factor = 1;
@@ -32,24 +32,23 @@ Prefixes prefixesOf(const QString &unit)
     return scaling.contains(base) ? Prefixes::Si : Prefixes::None;
 }
 
-/// The prefix under which `greatest` reads as 1 to 999. Numbers of other units are plain until they
-/// grow too long to read.
-Prefix prefixFor(double greatest, const QString &unit)
+/// The prefix that makes `max` a number from 1 to 999 (1,023). Units without prefixes get one only
+/// when the number would be too long.
+Prefix prefixFor(double max, const QString &unit)
 {
     static constexpr std::array<char16_t, 7> large = {0, u'k', u'M', u'G', u'T', u'P', u'E'};
-    static constexpr std::array<char16_t, 4> little = {0, u'm', 0xB5, u'n'};
+    static constexpr std::array<char16_t, 4> small = {0, u'm', 0xB5, u'n'};
     const Prefixes kind = prefixesOf(unit);
     const double base = kind == Prefixes::Binary ? 1024 : 1000;
-    if (greatest == 0 || (kind == Prefixes::None && greatest < 100'000))
+    if (max == 0 || (kind == Prefixes::None && max < 100'000))
         return {};
-    if (kind == Prefixes::Si && greatest < 1) {
-        Prefix prefix;
-        for (size_t i = 1; i < little.size() && greatest / prefix.factor < 1; ++i)
-            prefix = {prefix.factor / base, QString(QChar(little[i]))};
+    Prefix prefix;
+    if (kind == Prefixes::Si && max < 1) {
+        for (size_t i = 1; i < small.size() && max / prefix.factor < 1; ++i)
+            prefix = {prefix.factor / base, QString(QChar(small[i]))};
         return prefix;
     }
-    Prefix prefix;
-    for (size_t i = 1; i < large.size() && greatest / prefix.factor >= base; ++i) {
+    for (size_t i = 1; i < large.size() && max / prefix.factor >= base; ++i) {
         prefix.factor *= base;
         prefix.text = QString(QChar(large[i]));
         if (kind == Prefixes::Binary)
@@ -95,39 +94,38 @@ QString axisNumber(double value, int decimals)
     return groupedNumber(value, decimals);
 }
 
-/// Where the axis has to begin and end at least.
-void widen(double &least, double &greatest)
+/// Widens a range to what the axis has to show: zero as a rule, and space beside a level line.
+void widen(double &min, double &max)
 {
-    const double reach = std::max(std::abs(least), std::abs(greatest));
+    const double reach = std::max(std::abs(min), std::abs(max));
     if (reach == 0) {
-        greatest = 1;
+        max = 1;
         return;
     }
-    const double spread = greatest - least;
+    const double spread = max - min;
     const bool flat = spread <= 1e-9 * reach;
     if (!flat && spread < 0.2 * reach)
         return; // close together, far from zero
-    if (flat && greatest > 0)
-        greatest *= 1.1; // a level line is not to lie on the edge
+    if (flat && max > 0)
+        max *= 1.1;
     else if (flat)
-        least *= 1.1;
-    least = std::min(least, 0.0);
-    greatest = std::max(greatest, 0.0);
+        min *= 1.1;
+    min = std::min(min, 0.0);
+    max = std::max(max, 0.0);
 }
 
 } // namespace
 
-ValueAxis valueAxis(double least, double greatest, const QString &unit, int mostSteps)
+ValueAxis valueAxis(double min, double max, const QString &unit, int maxSteps)
 {
-    widen(least, greatest);
-    const Prefix prefix = prefixFor(std::max(std::abs(least), std::abs(greatest)), unit);
-    const double low = least / prefix.factor;
-    const double high = greatest / prefix.factor;
-    // One step is kept for the ends, which move out to round numbers.
-    double step = roundStep((high - low) / std::max(1, mostSteps));
+    widen(min, max);
+    const Prefix prefix = prefixFor(std::max(std::abs(min), std::abs(max)), unit);
+    const double low = min / prefix.factor;
+    const double high = max / prefix.factor;
+    double step = roundStep((high - low) / std::max(1, maxSteps));
     double first = std::floor(low / step + 1e-9);
     double last = std::ceil(high / step - 1e-9);
-    while (last - first > std::max(1, mostSteps)) {
+    while (last - first > std::max(1, maxSteps)) { // the ends moved out to round numbers
         step = roundStep(step * 1.01);
         first = std::floor(low / step + 1e-9);
         last = std::ceil(high / step - 1e-9);
@@ -138,8 +136,8 @@ ValueAxis valueAxis(double least, double greatest, const QString &unit, int most
     ValueAxis axis;
     const bool bare = unit.isEmpty() || prefixesOf(unit) == Prefixes::None;
     axis.unit = bare ? unit : prefix.text + unit;
-    axis.least = first * step * prefix.factor;
-    axis.greatest = last * step * prefix.factor;
+    axis.min = first * step * prefix.factor;
+    axis.max = last * step * prefix.factor;
     const int decimals = decimalsOf(step);
     for (double i = first; i <= last; ++i) {
         axis.ticks.push_back(i * step * prefix.factor);
@@ -151,11 +149,11 @@ ValueAxis valueAxis(double least, double greatest, const QString &unit, int most
     return axis;
 }
 
-ValueAxis percentAxis(int mostSteps)
+ValueAxis percentAxis(int maxSteps)
 {
     ValueAxis axis;
-    axis.greatest = 100;
-    const int steps = mostSteps >= 4 ? 4 : mostSteps >= 2 ? 2 : 1;
+    axis.max = 100;
+    const int steps = maxSteps >= 4 ? 4 : maxSteps >= 2 ? 2 : 1;
     for (int i = 0; i <= steps; ++i) {
         axis.ticks.push_back(100.0 * i / steps);
         axis.labels.push_back(QString::number(100 * i / steps) + u'%');

@@ -2,14 +2,11 @@
 
 #include "charts/ChartPainter.h"
 #include "charts/TextCache.h"
-#include "core/Files.h"
-#include "core/Status.h"
 
 #include <QThread>
 #include <QThreadPool>
 
 #include <algorithm>
-#include <chrono>
 #include <system_error>
 #include <thread>
 
@@ -17,8 +14,6 @@ namespace {
 
 /// Enough waiting jobs for each worker that it never runs dry while data is read.
 constexpr int waitingPerThread = 4;
-/// Between two looks at the user's events.
-constexpr std::chrono::milliseconds patience(10);
 
 Outcome outcomeOf(const std::function<void()> &work)
 {
@@ -41,10 +36,7 @@ int threadsToBeHad(int wanted)
     try {
         for (int i = 0; i < wanted; ++i)
             threads.emplace_back([ended] { ended.wait(); });
-    } catch (const std::system_error &) {
-        ShowStatus(QStringLiteral("Only %1 of %2 threads can be started to draw charts.")
-                       .arg(threads.size())
-                       .arg(wanted));
+    } catch (const std::system_error &) { // WorkerPool::size() says so
     }
     end.set_value();
     for (std::thread &thread : threads)
@@ -54,30 +46,26 @@ int threadsToBeHad(int wanted)
 
 } // namespace
 
-Outcome awaited(const PendingOutcome &outcome)
-{
-    while (outcome.wait_for(patience) != std::future_status::ready)
-        yieldToUser();
-    return outcome.get();
-}
-
 void awaitAll(const std::vector<PendingOutcome> &outcomes)
 {
     for (const PendingOutcome &outcome : outcomes) {
-        if (const Outcome error = awaited(outcome))
+        if (const Outcome &error = outcome.get())
             throw Error(*error);
     }
 }
 
 WorkerPool::WorkerPool(int threads)
-    : m_workers(threadsToBeHad(threads > 0 ? threads : QThread::idealThreadCount() + 1))
+    : m_wanted(threads > 0 ? threads : QThread::idealThreadCount() + 1)
+    , m_workers(threadsToBeHad(m_wanted))
+    , m_ended(m_workers)
 {
     QThreadPool &pool = *QThreadPool::globalInstance();
     pool.setMaxThreadCount(pool.maxThreadCount() + m_workers);
+    const std::lock_guard lock(m_mutex); // they begin when it is released
     for (int i = 0; i < m_workers; ++i)
         pool.start([this] {
             work();
-            m_ended.release();
+            m_ended.count_down();
         });
 }
 
@@ -89,7 +77,7 @@ WorkerPool::~WorkerPool()
         m_stopping = true;
     }
     m_added.notify_all();
-    m_ended.acquire(m_workers);
+    m_ended.wait();
     QThreadPool &pool = *QThreadPool::globalInstance();
     pool.setMaxThreadCount(pool.maxThreadCount() - m_workers);
 }
@@ -102,12 +90,6 @@ PendingOutcome WorkerPool::submit(Chart chart, const QString &path, QString form
             saveChart(chart, path, format);
         },
         Place::Back);
-}
-
-PendingOutcome WorkerPool::submitFile(const QString &path, QByteArray bytes)
-{
-    return enqueue(
-        path, [path, bytes = std::move(bytes)] { saveExactFile(path, bytes); }, Place::Back);
 }
 
 PendingOutcome WorkerPool::submitWork(const QString &name, std::function<void()> work)
@@ -133,14 +115,9 @@ PendingOutcome WorkerPool::enqueue(const QString &name, std::function<void()> wo
         if (place == Place::Front) {
             m_queue.push_front(std::move(job));
         } else {
-            const auto hasRoom = [this] {
+            m_eased.wait(lock, [this] {
                 return m_queue.size() < static_cast<size_t>(m_workers * waitingPerThread);
-            };
-            while (!m_eased.wait_for(lock, patience, hasRoom)) {
-                lock.unlock();
-                yieldToUser();
-                lock.lock();
-            }
+            });
             m_queue.push_back(std::move(job));
         }
     }

@@ -1,16 +1,16 @@
 #pragma once
 
+#include "base/Error.h"
 #include "charts/ChartJob.h"
-#include "core/Error.h"
 
 #include <QByteArray>
-#include <QSemaphore>
 #include <QString>
 
 #include <condition_variable>
 #include <deque>
 #include <functional>
 #include <future>
+#include <latch>
 #include <mutex>
 #include <optional>
 #include <vector>
@@ -19,8 +19,6 @@
 using Outcome = std::optional<Error>;
 using PendingOutcome = std::shared_future<Outcome>;
 
-/// Waits for a job's end; on the main thread the user's events are looked after meanwhile.
-Outcome awaited(const PendingOutcome &outcome);
 /// Waits for all of them. Throws the first error.
 void awaitAll(const std::vector<PendingOutcome> &outcomes);
 
@@ -32,10 +30,10 @@ void awaitAll(const std::vector<PendingOutcome> &outcomes);
 /// them, which takes longer than the fills themselves.
 ///
 /// The queue is bounded: submitting waits while it is full, never longer than a running job takes,
-/// so that memory does not grow with the number of jobs. It yields to the user meanwhile.
+/// so that memory does not grow with the number of jobs.
 ///
-/// Where the system gives fewer threads than wanted, which a status line tells, those do the work;
-/// where it gives none, each job is done before its submission returns.
+/// Where the system gives fewer threads than wanted, those do the work; where it gives none, each
+/// job is done before its submission returns.
 class WorkerPool
 {
 public:
@@ -49,8 +47,6 @@ public:
 
     /// Draws a chart into an image file of the given format (see charts/ImageFile.h).
     PendingOutcome submit(Chart chart, const QString &path, QString format);
-    /// Saves bytes as they are.
-    PendingOutcome submitFile(const QString &path, QByteArray bytes);
     /// Runs some work, which throws what goes wrong. `name` tells what it is for in errors.
     PendingOutcome submitWork(const QString &name, std::function<void()> work);
     /// The same for a part of the job that is running on the calling worker: it comes before all
@@ -59,6 +55,8 @@ public:
 
     /// Threads that work.
     size_t size() const { return static_cast<size_t>(m_workers); }
+    /// Threads that were asked for.
+    size_t wanted() const { return static_cast<size_t>(m_wanted); }
 
     /// Waits until every job is done.
     void waitForDone();
@@ -85,6 +83,7 @@ private:
     std::deque<Job> m_queue;
     size_t m_running = 0;
     bool m_stopping = false;
+    const int m_wanted;
     const int m_workers;
-    QSemaphore m_ended; ///< workers that will not touch this object again
+    std::latch m_ended; ///< counts the workers that will not touch this object again
 };

@@ -1,19 +1,19 @@
 #pragma once
 
 #include "definitions/Collection.h"
-#include "definitions/GraphDef.h"
-#include "definitions/ScheduleDef.h"
+#include "definitions/clsGraphDef.h"
+#include "definitions/clsScheduleDef.h"
 
-/// What a user should be told about definitions that are valid but hardly mean what they say: the
-/// rules of the editors and of the check. Pure functions.
+/// Warnings about definitions that are valid but probably a mistake, for the editors and the check.
+/// Pure functions.
 
 /// Why a report with this chart and this schedule shows the same period at every run: the chart has
-/// a custom range, for which only a run from the window asks, and the schedule repeats. Empty where
-/// there is nothing to say.
+/// a custom range, for which only a run from the window asks, and the schedule repeats. Empty if it
+/// does not.
 QString samePeriodWarning(const clsGraphDef &chart, const clsScheduleDef &schedule);
 
-/// Charts, schedules or reports whose titles have the same key look alike to a reader: only letter
-/// case and blanks tell them apart. Empty for a title of nothing but blanks.
+/// Titles with the same key differ only in letter case and blanks, which readers may not notice.
+/// Empty for a blank title.
 QString titleKey(const QString &title);
 QString sameTitleWarning(const QString &title);
 

@@ -1,6 +1,6 @@
 #pragma once
 
-#include "core/Error.h"
+#include "base/Error.h"
 
 #include <QHash>
 #include <QString>
@@ -9,9 +9,9 @@
 #include <memory>
 #include <vector>
 
-/// Entries in the order in which they were added, each under a key of its own. Keys are compared
-/// without regard to case; a key is fixed when its entry is added. Look-up costs the same however
-/// many entries there are. Copies of a collection share its entries.
+/// Entries in the order in which they were added, each with a unique key. Keys are compared without
+/// regard to case; an entry's key never changes. Look-up takes constant time. Copies of a
+/// collection share its entries.
 ///
 ///     for (const std::shared_ptr<clsGraphDef> &chart : gChartDefs)
 ///     if (const std::shared_ptr<clsGraphDef> chart = gChartDefs.find(report.ChartID))
@@ -39,18 +39,17 @@ public:
         return found == m_positions.cend() ? Pointer() : m_entries[*found];
     }
 
-    /// Adds behind the last entry. Throws Error(DuplicateKey) naming the key.
+    /// Appends an entry. Throws Error(DuplicateKey) naming the key.
     void add(const QString &key, Pointer entry)
     {
         if (contains(key))
-            throw Error(DuplicateKey,
-                        QStringLiteral("The key '%1' stands for another entry already").arg(key));
+            throw Error(DuplicateKey, QStringLiteral("The key '%1' is in use already").arg(key));
         m_positions.insert(key.toLower(), m_entries.size());
         m_keys.push_back(key);
         m_entries.push_back(std::move(entry));
     }
 
-    /// Puts an entry in the place of the one of that key; adds it where there is none.
+    /// Replaces the entry with that key, or appends one.
     void replace(const QString &key, Pointer entry)
     {
         if (const auto found = m_positions.constFind(key.toLower()); found != m_positions.cend())
@@ -74,7 +73,7 @@ public:
 
     void clear() { *this = Collection(); }
 
-    /// Orders the entries by the text that `textOf(entry)` gives, ascending and without regard to
+    /// Sorts the entries by the text that `textOf(entry)` returns, ascending and without regard to
     /// case; equal texts keep their order.
     template <typename TextOf>
     void sortByText(TextOf textOf)
@@ -109,5 +108,5 @@ private:
 
     std::vector<Pointer> m_entries;
     std::vector<QString> m_keys;        ///< as added, one for each entry
-    QHash<QString, size_t> m_positions; ///< lower-case key -> place in m_entries
+    QHash<QString, size_t> m_positions; ///< in m_entries, by lower-case key
 };

@@ -1,8 +1,8 @@
 #include "definitions/Dates.h"
 
-#include "core/Clock.h"
-#include "core/TimeZone.h"
-#include "core/Xml.h"
+#include "base/Clock.h"
+#include "base/TimeZone.h"
+#include "base/Xml.h"
 
 #include <QUuid>
 
@@ -13,7 +13,7 @@ bool isDigit(QChar character)
     return character >= u'0' && character <= u'9';
 }
 
-/// "#" in `pattern` stands for one digit, "?" for any one character, others for themselves.
+/// In `pattern` "#" matches a digit, "?" any character, and others themselves.
 bool matches(QStringView text, QStringView pattern)
 {
     if (text.size() != pattern.size())
@@ -39,6 +39,11 @@ QDateTime wallDateTime(const QDate &date, const QTime &time)
     return QDateTime(date, time, Qt::UTC);
 }
 
+DateRange wholeDays(const QDate &first, const QDate &last)
+{
+    return {wallDateTime(first), wallDateTime(last, QTime(23, 59, 59))};
+}
+
 QDate dateSerial(int year, int month, int day)
 {
     const qint64 months = qint64(year) * 12 + month - 1;
@@ -54,9 +59,14 @@ QString DateToXML(const QDateTime &date)
     return utc.toString(u"yyyy-MM-ddTHH:mm:ss") + QLatin1String("-00:00");
 }
 
+bool isXmlDate(const QString &text)
+{
+    return matches(text, u"####-##-##T##?##?##-00?00");
+}
+
 QDateTime XMLToDate(const QString &text)
 {
-    if (!matches(text, u"####-##-##T##?##?##-00?00"))
+    if (!isXmlDate(text))
         return LocalToUTC(now());
     const auto number = [&text](qsizetype from, qsizetype digits) {
         return QStringView(text).mid(from, digits).toInt();

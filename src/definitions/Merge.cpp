@@ -1,12 +1,14 @@
 #include "definitions/Merge.h"
 
-#include "core/Xml.h"
+#include "base/Clock.h"
+#include "base/Xml.h"
+#include "definitions/Dates.h"
 
 #include <QHash>
 
 namespace {
 
-/// What stands in a definition more than once, and how one is told from the other.
+/// The repeated elements of a definition, and the attribute that identifies each.
 struct Part
 {
     const char *parent;
@@ -17,15 +19,19 @@ struct Part
 constexpr Part parts[] = {
     {"CUSTOMREPORT", "SCHEDULE", "ScheduleID"},
     {"CUSTOMREPORT", "DEVICE", "MUID"},
+    {"CUSTOMREPORT", "MAINTENANCE", "From"},
     {"DEVICE", "DATUM", "DataIDent"},
 };
+
+/// Attributes that a definition only has where they are set: one that a fresh element lacks goes.
+constexpr const char *optionalAttributes[] = {"Target", "ServiceHours", "Compare", "Limit"};
 
 bool is(const pugi::xml_node &node, const char *name)
 {
     return node.type() == pugi::node_element && qstrcmp(node.name(), name) == 0;
 }
 
-/// The parts of an element in document order, those without a key left out.
+/// The parts of an element in document order, without those that have no key.
 std::vector<KeyedElement> partsOf(const pugi::xml_node &element)
 {
     std::vector<KeyedElement> found;
@@ -41,13 +47,13 @@ std::vector<KeyedElement> partsOf(const pugi::xml_node &element)
     return found;
 }
 
-/// Places by key, which know no case.
-QHash<QString, size_t> placesOf(const std::vector<KeyedElement> &elements)
+/// Positions by key, without regard to case.
+QHash<QString, size_t> positionsOf(const std::vector<KeyedElement> &elements)
 {
-    QHash<QString, size_t> places;
+    QHash<QString, size_t> positions;
     for (size_t i = 0; i < elements.size(); ++i)
-        places.insert(elements[i].key.toLower(), i);
-    return places;
+        positions.insert(elements[i].key.toLower(), i);
+    return positions;
 }
 
 /// The first of the comments right before an element, or the element itself.
@@ -58,7 +64,7 @@ pugi::xml_node withComments(pugi::xml_node node)
     return node;
 }
 
-/// Moves an element, and the comments right before it, behind `previous`, or before `next`.
+/// Moves an element, and the comments right before it, after `previous`, or before `next`.
 void move(const pugi::xml_node &node, pugi::xml_node previous, const pugi::xml_node &next)
 {
     const pugi::xml_node before = withComments(next);
@@ -81,49 +87,65 @@ pugi::xml_node insert(pugi::xml_node parent, const pugi::xml_node &fresh,
     return parent.append_copy(fresh);
 }
 
+/// Whether a run has written a later date than the one of the definition, which was loaded before
+/// it. A date in the future counts as none.
+bool isOfLaterRun(const pugi::xml_attribute &own, const pugi::xml_attribute &fresh)
+{
+    if (qstrcmp(own.name(), "LastRunDate") != 0 || !isXmlDate(QString::fromUtf8(own.value())))
+        return false;
+    const QDateTime written = XMLToDate(QString::fromUtf8(own.value()));
+    return written > XMLToDate(QString::fromUtf8(fresh.value())) && written <= now();
+}
+
 } // namespace
 
-void mergeElements(pugi::xml_node parent, const std::vector<KeyedElement> &present,
+void mergeElements(pugi::xml_node parent, const std::vector<KeyedElement> &existing,
                    const std::vector<KeyedElement> &fresh)
 {
-    const QHash<QString, size_t> places = placesOf(present);
-    std::vector<bool> isPlaced(present.size());
-    size_t first = 0; // of those that have not got their place
+    const QHash<QString, size_t> positions = positionsOf(existing);
+    std::vector<bool> isMerged(existing.size());
+    size_t first = 0; // of those that are not merged
     pugi::xml_node previous;
     for (const KeyedElement &wanted : fresh) {
-        while (first < present.size() && isPlaced[first])
+        while (first < existing.size() && isMerged[first])
             ++first;
-        const pugi::xml_node next = first < present.size() ? present[first].node : pugi::xml_node();
-        const auto found = places.constFind(wanted.key.toLower());
-        if (found == places.cend()) {
+        const pugi::xml_node next =
+            first < existing.size() ? existing[first].node : pugi::xml_node();
+        const auto found = positions.constFind(wanted.key.toLower());
+        if (found == positions.cend()) {
             previous = insert(parent, wanted.node, previous, next);
             continue;
         }
-        const pugi::xml_node own = present[*found].node;
+        const pugi::xml_node own = existing[*found].node;
         mergeElement(own, wanted.node);
         if (*found != first)
             move(own, previous, next);
-        isPlaced[*found] = true;
+        isMerged[*found] = true;
         previous = own;
     }
 }
 
 void mergeElement(pugi::xml_node element, const pugi::xml_node &fresh)
 {
+    for (const char *name : optionalAttributes) {
+        if (!fresh.attribute(name))
+            element.remove_attribute(name);
+    }
     for (const pugi::xml_attribute &attribute : fresh.attributes()) {
         pugi::xml_attribute own = element.attribute(attribute.name());
         if (!own)
             own = element.append_attribute(attribute.name());
-        own.set_value(attribute.value());
+        if (!isOfLaterRun(own, attribute))
+            own.set_value(attribute.value());
     }
     const std::vector<KeyedElement> wanted = partsOf(fresh);
-    const QHash<QString, size_t> places = placesOf(wanted);
-    std::vector<KeyedElement> present = partsOf(element);
-    std::erase_if(present, [&places](const KeyedElement &each) {
-        const bool goes = !places.contains(each.key.toLower());
+    const QHash<QString, size_t> positions = positionsOf(wanted);
+    std::vector<KeyedElement> existing = partsOf(element);
+    std::erase_if(existing, [&positions](const KeyedElement &each) {
+        const bool goes = !positions.contains(each.key.toLower());
         if (goes)
             each.node.parent().remove_child(each.node);
         return goes;
     });
-    mergeElements(element, present, wanted);
+    mergeElements(element, existing, wanted);
 }

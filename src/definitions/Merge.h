@@ -5,12 +5,12 @@
 #include <pugixml.hpp>
 #include <vector>
 
-/// Definitions put into the files as users left them: comments, order, and attributes and elements
-/// that the tool does not know stay.
+/// Merging definitions into the files: comments, order, and unknown attributes and elements stay.
 
 /// Gives an element the attributes and the children of `fresh`, a newly written one of the same
-/// definition. Of its children only those that `fresh` could have are removed: a schedule, device
-/// or data item that it does not name any more.
+/// definition. Of its children only schedules, devices, data items and maintenance that are not in
+/// `fresh` are removed. A later LastRunDate of a schedule stays: a run may have written it
+/// meanwhile.
 void mergeElement(pugi::xml_node element, const pugi::xml_node &fresh);
 
 /// An element of a file, and its key.
@@ -20,8 +20,8 @@ struct KeyedElement
     QString key;
 };
 
-/// Makes the elements `present`, in document order below `parent`, those of `fresh`, in the order
-/// of `fresh`: merges those that have the key of one, and adds the others. `present` must hold no
-/// other. A comment before an element goes where the element goes.
-void mergeElements(pugi::xml_node parent, const std::vector<KeyedElement> &present,
+/// Turns the elements `existing`, in document order below `parent`, into those of `fresh`, in the
+/// order of `fresh`: merges those with equal keys, and adds the others. `existing` must not have
+/// others. A comment before an element moves with it.
+void mergeElements(pugi::xml_node parent, const std::vector<KeyedElement> &existing,
                    const std::vector<KeyedElement> &fresh);

@@ -1,9 +1,8 @@
 #include "definitions/TemplateFile.h"
 
-#include "core/Error.h"
-#include "core/Files.h"
-#include "core/GrapherConfig.h"
-#include "core/Paths.h"
+#include "base/Error.h"
+#include "base/Files.h"
+#include "base/Paths.h"
 
 #include <QFileInfo>
 #include <QRegularExpression>
@@ -30,9 +29,9 @@ QString declaredAsUtf8(QString text)
 
 } // namespace
 
-QString chartTemplatePath(const QString &name)
+QString chartTemplatePath(const QString &name, const QString &folder)
 {
-    return std::any_of(name.begin(), name.end(), isSeparator) ? name : configurationFolder() + name;
+    return std::any_of(name.begin(), name.end(), isSeparator) ? name : folder + name;
 }
 
 QString templateFault(const QString &path)
@@ -42,15 +41,15 @@ QString templateFault(const QString &path)
         return QStringLiteral("File not found: '%1'").arg(file.filePath());
     if (file.isFile() && isPageName(file.filePath()) && isPageName(file.canonicalFilePath()))
         return QString();
-    return QStringLiteral("'%1' is no template: only regular files named *.htm or *.html are")
+    return QStringLiteral("'%1' is not a template: only regular files named *.htm or *.html are")
         .arg(file.filePath());
 }
 
-QString companionFault(const QString &name)
+QString companionFault(const QString &name, const QString &folder)
 {
     if (name == u".." || std::any_of(name.begin(), name.end(), isSeparator))
         return QStringLiteral("'%1' is not a file of the configuration folder").arg(name);
-    const QFileInfo file(nativePath(configurationFolder() + name));
+    const QFileInfo file(nativePath(folder + name));
     if (!file.exists())
         return QStringLiteral("there is no companion file '%1'").arg(name);
     for (const QString &path : {file.filePath(), file.canonicalFilePath()}) {
@@ -65,8 +64,10 @@ QString companionFault(const QString &name)
 
 QString readTemplate(const QString &path)
 {
-    const QString fault = templateFault(path);
-    if (fault.isEmpty())
-        return declaredAsUtf8(readTextFile(path));
-    throw Error(fileExists(path) ? PermissionDenied : FileNotFound, fault);
+    if (const QString fault = templateFault(path); !fault.isEmpty())
+        throw Error(fileExists(path) ? PermissionDenied : FileNotFound, fault);
+    const QString text = readTextFile(path);
+    if (text.isEmpty())
+        throw Error(InvalidFileFormat, QStringLiteral("'%1' is empty").arg(nativePath(path)));
+    return declaredAsUtf8(text);
 }

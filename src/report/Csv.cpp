@@ -1,6 +1,6 @@
 #include "report/Csv.h"
 
-#include "core/Numbers.h"
+#include "base/Numbers.h"
 
 #include <cmath>
 
@@ -28,6 +28,13 @@ CsvText &CsvText::number(double value)
 {
     separate();
     m_bytes += plainNumber(value).toLatin1();
+    return *this;
+}
+
+CsvText &CsvText::number(qint64 value)
+{
+    separate();
+    m_bytes += QByteArray::number(value);
     return *this;
 }
 

@@ -1,9 +1,7 @@
 #include "report/DeviceJob.h"
 
+#include "base/Files.h"
 #include "charts/ChartPainter.h"
-#include "core/Files.h"
-#include "core/GrapherConfig.h"
-#include "core/State.h"
 
 #include <QDir>
 #include <QRegularExpression>
@@ -11,37 +9,30 @@
 
 namespace {
 
-/// Numbers the images of a process in base 36, so that names are unique across all its reports.
-QString nextImageNumber()
-{
-    static std::atomic<qint64> count = 0;
-    return QString::number(++count, 36).toUpper();
-}
-
 Chart chartOf(const ReportContext &context, const DeviceFacts &device, const ItemFacts &item)
 {
     const clsGraphDef &chart = context.plan.chart;
     const ChartFrame frame = context.chartFrame(
         chart.ChartTitle, device.counts.name + QStringLiteral(" \u2013 ") + item.name);
     if (item.series.isState())
-        return StateChart{frame, item.series};
-    return CounterChart{frame, chart.SampleLabel, item.unit, item.series};
+        return StateChart{frame, item.series, item.tests};
+    return CounterChart{frame, chart.SampleLabel, item.unit, item.series, item.values};
 }
 
 } // namespace
 
 DeviceJob::DeviceJob(const ReportContext &context, std::unique_ptr<DeviceQuestions> questions,
-                     QString folder, Neighbours neighbours)
+                     QString folder, Neighbours neighbours, RunSession &session)
     : m_context(context)
     , m_questions(std::move(questions))
     , m_folder(std::move(folder))
     , m_neighbours(std::move(neighbours))
 {
     for (const int number : m_questions->itemNumbers()) {
-        const QString image = u'G' + nextImageNumber();
+        const QString image = u'G' + session.nextImageNumber();
         m_files.push_back({image + QLatin1String(".PNG"), image + QLatin1String(".HTM"),
                            QString::number(number) + QLatin1String("_detail.csv"),
-                           QSize(gConfig->IMG_Width, gConfig->IMG_Height), std::nullopt});
+                           context.imageSize(), std::nullopt});
     }
 }
 
@@ -81,7 +72,7 @@ void DeviceJob::drawChart(size_t item)
     try {
         const Chart chart = chartOf(m_context, m_facts, facts);
         files.imageSize = chartSize(chart);
-        saveChart(chart, imagePath(item), gConfig->IMG_Format);
+        saveChart(chart, imagePath(item), m_context.settings.IMG_Format);
     } catch (const std::exception &exception) {
         files.problem = errorOf(exception);
     }
@@ -115,6 +106,7 @@ void DeviceJob::writeFiles()
     result.hasCounted = !m_facts.counted.empty();
     result.tests = std::move(m_facts.tests);
     result.testsError = m_facts.testsError;
+    result.figures = std::move(m_facts.figures);
     m_done.set_value(std::move(result));
 }
 

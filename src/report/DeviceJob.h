@@ -2,6 +2,7 @@
 
 #include "charts/WorkerPool.h"
 #include "report/DevicePage.h"
+#include "report/RunSession.h"
 
 #include <atomic>
 #include <chrono>
@@ -15,6 +16,7 @@ struct DeviceResult
     bool hasCounted = false; ///< it has state items that count
     DataSeries tests;        ///< of those, by time
     std::optional<Error> testsError;
+    DeviceFigures figures;
     qint64 samples = 0; ///< in its charts
     int charts = 0;     ///< drawn
     struct ChartError
@@ -30,9 +32,10 @@ struct DeviceResult
 class DeviceJob : public std::enable_shared_from_this<DeviceJob>
 {
 public:
-    /// `context` has to outlive the job; `folder` is the device's, ending in a separator.
+    /// `context` has to outlive the job; `folder` is the device's, ending in a separator. The
+    /// session names the images.
     DeviceJob(const ReportContext &context, std::unique_ptr<DeviceQuestions> questions,
-              QString folder, Neighbours neighbours);
+              QString folder, Neighbours neighbours, RunSession &session);
 
     /// Hands the device to the pool, whose threads write its files. Waits while the pool is full.
     void start(WorkerPool &pool);

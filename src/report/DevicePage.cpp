@@ -1,24 +1,23 @@
 #include "report/DevicePage.h"
 
-#include "charts/ChartStatistics.h"
+#include "base/Numbers.h"
 #include "charts/ValueAxis.h"
-#include "core/Numbers.h"
 #include "report/Csv.h"
-#include "report/GraphEntry.h"
 #include "report/OutputTree.h"
 #include "report/StateRow.h"
+#include "report/clsGraphEntry.h"
 
 #include <algorithm>
 
 namespace {
 
-/// How many tests of a state item failed; empty for a counter item.
-QString failedTests(const DataSeries &series)
+/// The number of failed tests of a state item; empty for a counter item.
+QString failedTests(const ItemFacts &item)
 {
-    return series.isState() ? QString::number(stateStatistics(series).failures) : QString();
+    return item.series.isState() ? QString::number(item.tests.failures) : QString();
 }
 
-/// Says of a state item that it does not count; empty for all others.
+/// The note on a state item that does not count; empty for all others.
 QString noteOf(const ItemFacts &item)
 {
     if (item.counts || !item.series.isState())
@@ -27,33 +26,25 @@ QString noteOf(const ItemFacts &item)
                           "out of the success rates of the device and of the report.");
 }
 
-/// Decimals that suit all the means of a series: two at least, more for small values.
-int valueDecimals(const DataSeries &series)
-{
-    return std::max(2, counterStatistics(series).decimals());
-}
-
 QString keyFigures(const ItemFacts &item)
 {
     if (item.series.isState()) {
-        const StateStatistics state = stateStatistics(item.series);
-        const qint64 tests = state.successes + state.failures;
+        const qint64 tests = item.tests.successes + item.tests.failures;
         if (tests == 0)
             return QStringLiteral("No data in this period");
         return QStringLiteral("Success rate %1 %, %2 of %3 tests failed")
-            .arg(fixedNumber(state.overallRate, 2))
-            .arg(state.failures)
+            .arg(fixedNumber(item.tests.overallRate, 2))
+            .arg(item.tests.failures)
             .arg(tests);
     }
-    const CounterStatistics counter = counterStatistics(item.series);
-    if (counter.count() == 0)
+    const CounterStatistics &values = item.values;
+    if (values.count == 0)
         return QStringLiteral("No data in this period");
     const auto text = [&](double value) { return readableValue(value, item.unit); };
-    const auto [least, greatest] = valueRange(item.series);
     return QStringLiteral("Of single samples: least %1, greatest %2. Of interval means: least %3, "
                           "greatest %4, mean %5, 95th percentile %6")
-        .arg(text(least), text(greatest), text(counter.least), text(counter.greatest),
-             text(counter.mean), text(counter.percentile95));
+        .arg(text(values.minSample), text(values.maxSample), text(values.min), text(values.max),
+             text(values.mean), text(values.percentile95));
 }
 
 /// Writes the pages and CSV files of one device.
@@ -98,19 +89,16 @@ private:
     {
         PageText rows;
         const QString &rowTemplate = m_context.builder.STATE_DetailItem;
-        const auto row = [](const QString &label, qint64 successes, qint64 failures) {
-            return StateRow{label, static_cast<double>(successes), static_cast<double>(failures)};
-        };
         for (const CountedItem &item : m_device.counted) {
-            StateRow shown = row(item.name, item.successes, item.failures);
+            StateRow shown{item.name, item.successes, item.failures};
             if (item.number > 0)
                 shown.link = devicePageName + QStringLiteral("#item%1").arg(item.number);
             else
                 shown.label += QLatin1String(" (not charted in this report)");
             rows.write(shown.filled(rowTemplate));
         }
-        const DeviceCounts &counts = m_device.counts;
-        rows.write(row({}, counts.successes, counts.failures).filledAsTotal(rowTemplate));
+        const StateRow total{{}, m_device.counts.successes, m_device.counts.failures};
+        rows.write(total.filledAsTotal(rowTemplate));
         return rows.text();
     }
 
@@ -126,7 +114,7 @@ private:
         page.write(section.behind);
     }
 
-    /// What readers of the page get in place of the image; of one that is missing they learn why.
+    /// The alternative text of the image; of a missing one the reason.
     static PageValue alternative(const ItemFacts &item, const ItemFiles &files)
     {
         if (!files.problem)
@@ -148,7 +136,7 @@ private:
                           {QLatin1String("dev.graphpage"), files.page},
                           {QLatin1String("sample.csv"), files.csv},
                           {QLatin1String("item.id"), QString::number(item.number)},
-                          {QLatin1String("item.failed"), failedTests(item.series)},
+                          {QLatin1String("item.failed"), failedTests(item)},
                           {QLatin1String("item.note"), noteOf(item)},
                           {QLatin1String("img.width"), QString::number(files.imageSize.width())},
                           {QLatin1String("img.height"), QString::number(files.imageSize.height())},
@@ -168,14 +156,11 @@ private:
         clsGraphEntry entry;
         entry.deviceName = m_device.counts.name;
         entry.deviceDescription = m_device.description;
-        entry.itemName = item.name;
-        entry.itemDescription = item.description;
         entry.chartTitle = chart.ChartTitle;
         entry.sampleLabel = chart.SampleLabel;
-        entry.scaleName = item.scaleName;
         entry.startTime = chart.StartTime;
         entry.endTime = chart.EndTime;
-        entry.setSeries(item.series);
+        entry.setItem(item);
         PageText page;
         page.write(entry.FillChartTemplate(item.series.isState() ? chart.StateTemplateData
                                                                  : chart.CountTemplateData,
@@ -204,7 +189,7 @@ private:
         m_output.push_back({files.csv, csv});
     }
 
-    /// What each record of an item's CSV file begins with.
+    /// The first fields of each record of an item's CSV file.
     CsvText recordStart(const ItemFacts &item) const
     {
         CsvText names;
@@ -221,31 +206,28 @@ private:
         return csv;
     }
 
-    /// The rows of a state item's table; the CSV file's bytes.
+    /// Writes the rows of a state item's table; returns the CSV file's bytes.
     QByteArray writeTests(PageText &page, const ItemFacts &item) const
     {
         CsvText csv = csvWithHeader({"Entry Name", "Sample Name", "Sample", "Success", "Critial",
                                      "Total", "SuccessRate", "Start"});
         const CsvText names = recordStart(item);
         const QString &rowTemplate = m_context.builder.STATE_DetailItem;
-        StateRow total;
         for (size_t i = 0; i < item.series.buckets.size(); ++i) {
             const BucketValue &bucket = item.series.buckets[i];
-            const AxisBucket &place = item.series.place(i);
-            const StateRow row{place.longLabel, static_cast<double>(bucket.successes),
-                               static_cast<double>(bucket.failures())};
+            const AxisBucket &interval = item.series.interval(i);
+            const StateRow row{interval.longLabel, bucket.successes, bucket.failures()};
             page.write(row.filled(rowTemplate));
-            csv.fields(names).text(place.plainLabel);
+            csv.fields(names).text(interval.plainLabel);
             row.addCounts(csv);
-            csv.fixed(row.rate()).text(place.isoStart).endRecord();
-            total.successes += row.successes;
-            total.failures += row.failures;
+            csv.fixed(row.rate()).text(interval.isoStart).endRecord();
         }
+        const StateRow total{{}, item.tests.successes, item.tests.failures};
         page.write(total.filledAsTotal(rowTemplate));
         return csv.bytes();
     }
 
-    /// The rows of a counter item's table; the CSV file's bytes.
+    /// Writes the rows of a counter item's table; returns the CSV file's bytes.
     QByteArray writeValues(PageText &page, const ItemFacts &item) const
     {
         CsvText csv =
@@ -253,20 +235,20 @@ private:
         const CsvText names = recordStart(item);
         CsvText scale;
         scale.text(item.scaleName);
-        const int decimals = valueDecimals(item.series);
+        const int decimals = std::max(2, item.values.decimals());
         for (size_t i = 0; i < item.series.buckets.size(); ++i) {
             const BucketValue &bucket = item.series.buckets[i];
-            const AxisBucket &place = item.series.place(i);
+            const AxisBucket &interval = item.series.interval(i);
             const bool isEmpty = bucket.isEmpty();
             page.write(fillTemplate(m_context.builder.COUNT_DetailItem,
-                                    {{QLatin1String("sample.label"), place.longLabel},
+                                    {{QLatin1String("sample.label"), interval.longLabel},
                                      {QLatin1String("sample.value"),
                                       isEmpty ? QString() : fixedNumber(bucket.mean, decimals)}}));
             csv.fields(names)
-                .text(place.plainLabel)
+                .text(interval.plainLabel)
                 .fields(scale)
                 .quotedNumber(isEmpty ? QString() : trimmedNumber(bucket.mean, 6))
-                .text(place.isoStart)
+                .text(interval.isoStart)
                 .endRecord();
         }
         return csv.bytes();

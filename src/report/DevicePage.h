@@ -11,12 +11,12 @@ struct ItemFiles
 {
     QString image;
     QString page;                 ///< the filled chart template
-    QString csv;                  ///< the numbers behind the chart
+    QString csv;                  ///< the values of the chart
     QSize imageSize;              ///< logical pixels
     std::optional<Error> problem; ///< why there is no image
 };
 
-/// A file as it is to be written.
+/// A file to be written.
 struct OutputFile
 {
     QString name;
@@ -32,7 +32,7 @@ struct Neighbours
 
 /// The pages and CSV files of a device, from its facts and the report's templates; `files` are
 /// those of the items, in their order. The device's page comes last: it links to all the others. A
-/// pure function but for the pages' nonces; any thread.
+/// pure function except for the pages' nonces; any thread.
 std::vector<OutputFile> deviceFiles(const ReportContext &context, const DeviceFacts &device,
                                     const std::vector<ItemFiles> &files,
                                     const Neighbours &neighbours);

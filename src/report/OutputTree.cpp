@@ -1,12 +1,11 @@
 #include "report/OutputTree.h"
 
-#include "core/Files.h"
-#include "core/GrapherConfig.h"
-#include "core/Paths.h"
-#include "core/State.h"
-#include "core/Status.h"
-#include "core/TimeZone.h"
-#include "core/platform/FileSystem.h"
+#include "base/FileSystem.h"
+#include "base/Files.h"
+#include "base/Paths.h"
+#include "base/TimeZone.h"
+#include "config/RunLog.h"
+#include "config/clsGrapherConfig.h"
 #include "definitions/Dates.h"
 
 #include <QDir>
@@ -17,71 +16,74 @@
 
 namespace {
 
-bool failedWorkPath(const QString &path, const QString &fault, QString &errorText)
+[[noreturn]] void failWorkPath(const QString &path, const QString &fault, const RunLog &log)
 {
-    errorText = QStringLiteral("Unable to create work path: '%1'").arg(path);
-    if (!fault.isEmpty())
-        errorText += QLatin1String(": ") + fault;
-    ShowStatus(errorText);
-    return false;
+    throw ShownError(log, PathNotFound,
+                     QStringLiteral("Unable to create work path: '%1'").arg(path) +
+                         (fault.isEmpty() ? fault : QLatin1String(": ") + fault));
 }
 
-bool createPageFolder(const QString &path, const QString &id, QString &errorText)
+/// Creates a folder with all its parents.
+void createWorkPath(const QString &path, const RunLog &log)
+{
+    QString message; // says less than the path's own fault
+    if (EnsureFolder(path, message) != 0)
+        failWorkPath(path, platform::nameFault(path), log);
+}
+
+/// Creates the folder that is named after an identifier.
+void createPageFolder(const QString &path, const QString &id, const RunLog &log)
 {
     const QString name = folderSafe(id);
     if (name.isEmpty() || std::any_of(name.begin(), name.end(), isSeparator))
-        return failedWorkPath(path, QStringLiteral("'%1' makes no folder's name").arg(id),
-                              errorText);
+        failWorkPath(path, QStringLiteral("'%1' is not a valid folder name").arg(id), log);
     const QFileInfo folder(exactPath(path));
     if (folder.isSymbolicLink() || folder.isJunction())
-        return failedWorkPath(path, QStringLiteral("it is a symbolic link"), errorText);
-    return createWorkPath(path, errorText);
+        failWorkPath(path, QStringLiteral("it is a symbolic link"), log);
+    // Mostly only the last folder is missing. EnsureFolder would look through all its neighbours
+    // for one that differs in case.
+    if (platform::nameFault(path).isEmpty() && QDir().mkdir(exactPath(path)))
+        return;
+    createWorkPath(path, log);
 }
 
 } // namespace
 
-QString outputFolder()
+OutputTree::OutputTree(const clsGrapherConfig &settings)
+    : m_folder(NormalizeFolder(settings.PTH_Output()))
+    , m_contentsName(settings.TOU_TOC)
+    , m_reportName(settings.TOU_REPORT)
+{}
+
+QString OutputTree::reportFolder(const QString &reportId) const
 {
-    return NormalizeFolder(gConfig->PTH_Output());
+    return m_folder + folderSafe(reportId) + pathSeparator;
 }
 
-QString reportFolder(const QString &reportId)
+QString OutputTree::reportPage(const QString &reportId) const
 {
-    return outputFolder() + folderSafe(reportId) + pathSeparator;
+    return reportFolder(reportId) + m_reportName;
 }
 
-QString reportPage(const QString &reportId)
-{
-    return reportFolder(reportId) + gConfig->TOU_REPORT;
-}
-
-QString deviceFolder(const QString &reportId, const QString &muid)
+QString OutputTree::deviceFolder(const QString &reportId, const QString &muid) const
 {
     return reportFolder(reportId) + folderSafe(muid) + pathSeparator;
 }
 
-bool createWorkPath(const QString &path, QString &errorText)
+void OutputTree::create(const RunLog &log) const
 {
-    // Mostly only the last folder is missing. EnsureFolder would look through all its neighbours
-    // for one that differs in case.
-    // The output folder itself is the user's, in whatever case.
-    if (path != outputFolder() && platform::nameFault(path).isEmpty() &&
-        QDir().mkdir(exactPath(path)))
-        return true;
-    QString message;
-    if (EnsureFolder(path, message) == 0)
-        return true;
-    return failedWorkPath(path, platform::nameFault(path), errorText);
+    createWorkPath(m_folder, log); // the user's, in whatever case
 }
 
-bool createReportFolder(const QString &reportId, QString &errorText)
+void OutputTree::createReportFolder(const QString &reportId, const RunLog &log) const
 {
-    return createPageFolder(reportFolder(reportId), reportId, errorText);
+    createPageFolder(reportFolder(reportId), reportId, log);
 }
 
-bool createDeviceFolder(const QString &reportId, const QString &muid, QString &errorText)
+void OutputTree::createDeviceFolder(const QString &reportId, const QString &muid,
+                                    const RunLog &log) const
 {
-    return createPageFolder(deviceFolder(reportId, muid), muid, errorText);
+    createPageFolder(deviceFolder(reportId, muid), muid, log);
 }
 
 QString localTimeText(const QDateTime &wall, const QString &form)

@@ -3,24 +3,36 @@
 #include <QDateTime>
 #include <QString>
 
-/// Where the files of a run go. Folders end in a separator.
+class RunLog;
+class clsGrapherConfig;
 
 /// File name of a device's page in the device's folder.
 inline const QString devicePageName = QStringLiteral("DEVREP.HTM");
 
-QString outputFolder();
-QString reportFolder(const QString &reportId);
-QString reportPage(const QString &reportId); ///< its page, whether it is there or not
-QString deviceFolder(const QString &reportId, const QString &muid);
+/// Where the files of a run go. Folders end in a separator. A value, for any thread.
+class OutputTree
+{
+public:
+    explicit OutputTree(const clsGrapherConfig &settings);
 
-/// Creates a folder with all its parents. On failure false; `errorText` then holds
-/// "Unable to create work path: '<path>'", which is shown as a status line too.
-bool createWorkPath(const QString &path, QString &errorText);
+    const QString &folder() const { return m_folder; }
+    QString contentsPage() const { return m_folder + m_contentsName; }
+    QString reportFolder(const QString &reportId) const;
+    QString reportPage(const QString &reportId) const; ///< whether it is there or not
+    QString deviceFolder(const QString &reportId, const QString &muid) const;
 
-/// The same for the folder of a report or a device. A symbolic link is refused, and so is an
-/// identifier that makes no single folder's name: pages stay where they belong.
-bool createReportFolder(const QString &reportId, QString &errorText);
-bool createDeviceFolder(const QString &reportId, const QString &muid, QString &errorText);
+    /// Create the folder of the tree, with all its parents, of a report, or of a device. A symbolic
+    /// link below the tree is refused, and so is an identifier that makes no single folder's name:
+    /// pages stay where they belong. Throw ShownError: "Unable to create work path: '<path>'".
+    void create(const RunLog &log) const;
+    void createReportFolder(const QString &reportId, const RunLog &log) const;
+    void createDeviceFolder(const QString &reportId, const QString &muid, const RunLog &log) const;
+
+private:
+    QString m_folder;
+    QString m_contentsName;
+    QString m_reportName;
+};
 
 /// A wall time in a form of QLocale::toString, in the user's language. Months and days have no
 /// point behind them, even where the language writes one.

@@ -1,15 +1,15 @@
 #include "report/ReportContext.h"
 
-#include "core/GrapherConfig.h"
-#include "core/State.h"
-#include "core/TimeZone.h"
+#include "base/TimeZone.h"
 #include "definitions/Dates.h"
 #include "report/OutputTree.h"
 
-ReportContext::ReportContext(const PlannedReport &report, const clsChartOutputBuilder &templates)
+ReportContext::ReportContext(const PlannedReport &report, const clsChartOutputBuilder &templates,
+                             const clsGrapherConfig &configuration)
     : plan(report)
     , builder(templates)
-    , folder(reportFolder(report.id))
+    , settings(configuration)
+    , folder(OutputTree(configuration).reportFolder(report.id))
     , period(periodText(report.chart.StartTime, report.chart.EndTime))
     , range(dateRangeText(report.chart.StartTime, report.chart.EndTime))
     , zone(zoneText(report.start, report.end))
@@ -36,7 +36,7 @@ ChartFrame ReportContext::chartFrame(const QString &title, const QString &subtit
     frame.period = period;
     frame.zone = zone;
     frame.credit = QStringLiteral("Vantrel Graphing Tool, %1").arg(plan.runDate.date().year());
-    frame.size = QSize(gConfig->IMG_Width, gConfig->IMG_Height);
+    frame.size = imageSize();
     frame.quality = plan.chart.ChartQuality;
     frame.labelStep = plan.chart.LabelStep;
     return frame;

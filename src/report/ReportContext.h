@@ -1,6 +1,7 @@
 #pragma once
 
 #include "charts/ChartJob.h"
+#include "config/clsGrapherConfig.h"
 #include "report/ReportPlan.h"
 #include "report/Templates.h"
 
@@ -13,12 +14,17 @@ struct ReportContext
 {
     const PlannedReport &plan;
     const clsChartOutputBuilder &builder;
+    const clsGrapherConfig &settings;
     QString folder; ///< of the report, ends in a separator
     QString period; ///< of the charts' headers
     QString range;  ///< of the pages
     QString zone;
 
-    ReportContext(const PlannedReport &report, const clsChartOutputBuilder &templates);
+    /// The arguments have to outlive it.
+    ReportContext(const PlannedReport &report, const clsChartOutputBuilder &templates,
+                  const clsGrapherConfig &configuration);
+
+    QSize imageSize() const { return {settings.IMG_Width, settings.IMG_Height}; }
 
     /// The values that pages of the report have in common.
     Placeholders placeholders() const;

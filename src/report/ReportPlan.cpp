@@ -1,7 +1,6 @@
 #include "report/ReportPlan.h"
 
-#include "core/Status.h"
-#include "core/TimeZone.h"
+#include "base/TimeZone.h"
 
 #include <algorithm>
 
@@ -22,13 +21,61 @@ SharedAxis axisOf(const PlannedReport &plan)
     }
 }
 
-PlannedReport::Device plannedDevice(const clsReportDeviceDef &device)
+PlannedReport::Device plannedDevice(const clsReportDef &report, const clsReportDeviceDef &device)
 {
     PlannedReport::Device planned;
     planned.muid = device.MUID;
-    for (const auto &item : device.DataItems)
+    planned.target = device.Target ? device.Target : report.Target;
+    for (const auto &item : device.DataItems) {
         planned.dataIdents.push_back(item->DataIDent.toLongLong());
+        if (item->Limit)
+            planned.limits.insert(planned.dataIdents.back(), *item->Limit);
+    }
     return planned;
+}
+
+ServiceTime serviceTime(const clsReportDef &report, const Period &period)
+{
+    std::optional<Stretches> hours;
+    if (!report.Hours.isEmpty())
+        hours = report.Hours.stretches(period.from, period.to);
+    Stretches maintenance;
+    for (const ReportMaintenance &entry : report.Maintenance)
+        maintenance.emplace_back(floorSeconds(instantOf(entry.From)),
+                                 floorSeconds(instantOf(entry.To)));
+    return ServiceTime(period, hours, maintenance);
+}
+
+/// Nothing where the period has more intervals than a chart can have.
+std::optional<PlannedReport::FurtherPeriod>
+furtherPeriod(const ItemFold::Span &span, ChartFrequencyCode frequency, int minuteInterval)
+{
+    try {
+        return PlannedReport::FurtherPeriod{
+            span, std::make_shared<const BucketAxis>(span.from, span.to, frequency, minuteInterval,
+                                                     BucketAxis::Labels::None)};
+    } catch (const Error &) {
+        return {};
+    }
+}
+
+/// What the report's figures need beside its charts.
+void planFigures(PlannedReport &plan, const clsReportDef &report)
+{
+    const auto periodOf = [](const ItemFold::Span &span) {
+        return Period{floorSeconds(span.from), floorSeconds(span.to)};
+    };
+    plan.service = serviceTime(report, periodOf({plan.start, std::min(plan.end, plan.latest)}));
+    constexpr int forecastDays = 90;
+    const QDateTime firstDay = wallDateTime(plan.runDate.date().addDays(1 - forecastDays));
+    plan.recentDays = furtherPeriod({instantOf(firstDay), plan.latest}, ByDay, 0);
+    if (!report.Compare)
+        return;
+    const DateRange preceding = plan.chart.precedingPeriod(plan.runDate);
+    plan.preceding = furtherPeriod({instantOf(preceding.start), instantOf(preceding.end)},
+                                   plan.chart.ChartFrequency, plan.chart.MinuteInterval);
+    if (plan.preceding)
+        plan.precedingService = serviceTime(report, periodOf(plan.preceding->span));
 }
 
 } // namespace
@@ -52,12 +99,6 @@ void PlannedReport::sortDevices(const Inventory &inventory)
     });
 }
 
-void SortDeviceSelection(PlannedReport &plan, const Inventory &inventory)
-{
-    ShowStatus(QStringLiteral("Sorting device selection."));
-    plan.sortDevices(inventory);
-}
-
 PlannedReport plannedReport(const clsReportDef &report, const clsGraphDef *chart, qint64 runInstant)
 {
     PlannedReport plan;
@@ -66,16 +107,13 @@ PlannedReport plannedReport(const clsReportDef &report, const clsGraphDef *chart
     plan.latest = runInstant;
     plan.runDate = wallTime(runInstant);
     for (const auto &device : report.ReportDevices)
-        plan.devices.push_back(plannedDevice(*device));
+        plan.devices.push_back(plannedDevice(report, *device));
     if (!chart) {
         plan.error = Error(ItemNotFound,
                            QStringLiteral("There is no chart definition '%1'").arg(report.ChartID));
         return plan;
     }
-    plan.chart = *chart;
-    if (chart->ChartDuration != CustomRange)
-        plan.chart.EndTime = plan.runDate;
-    plan.chart.SetStart();
+    plan.chart = chartOfRun(*chart, plan.runDate);
     plan.start = instantOf(plan.chart.StartTime);
     plan.end = instantOf(plan.chart.EndTime);
     plan.axis = std::make_shared<const BucketAxis>();
@@ -84,5 +122,6 @@ PlannedReport plannedReport(const clsReportDef &report, const clsGraphDef *chart
     } catch (const Error &error) {
         plan.axisError = error;
     }
+    planFigures(plan, report);
     return plan;
 }

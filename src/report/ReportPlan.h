@@ -1,10 +1,14 @@
 #pragma once
 
-#include "core/Error.h"
-#include "data/BucketAxis.h"
-#include "data/Inventory.h"
-#include "definitions/GraphDef.h"
-#include "definitions/ReportDef.h"
+#include "base/Error.h"
+#include "database/Inventory.h"
+#include "definitions/clsGraphDef.h"
+#include "definitions/clsReportDef.h"
+#include "figures/ServiceTime.h"
+#include "series/BucketAxis.h"
+#include "series/ItemFold.h"
+
+#include <QHash>
 
 #include <optional>
 #include <vector>
@@ -17,7 +21,16 @@ struct PlannedReport
     struct Device
     {
         QString muid;
-        std::vector<qint64> dataIdents; ///< of the items to chart, in the report's order
+        std::vector<qint64> dataIdents;    ///< of the items to chart, in the report's order
+        std::optional<double> target = {}; ///< success rate in percent; the report's or its own
+        QHash<qint64, double> limits = {}; ///< of its items, by DataIDent
+    };
+
+    /// A period that the figures are compared with, or taken from.
+    struct FurtherPeriod
+    {
+        ItemFold::Span span; ///< instants
+        SharedAxis axis;     ///< without labels
     };
 
     QString id;
@@ -32,15 +45,17 @@ struct PlannedReport
     std::optional<Error> axisError; ///< why nothing can be charted; the axis is empty then
     std::vector<Device> devices;    ///< in the report's order
 
+    ServiceTime service; ///< what counts for targets of the period up to the run
+    std::optional<FurtherPeriod> preceding;
+    std::optional<ServiceTime> precedingService; ///< where there is a preceding period
+    std::optional<FurtherPeriod> recentDays;     ///< the days before the run, for forecasts
+
     int itemCount() const;
 
     /// Orders the devices by their names, ascending and without regard to case; equal ones keep
     /// their order, those that the database does not know come first.
     void sortDevices(const Inventory &inventory);
 };
-
-/// The same, told by a status line.
-void SortDeviceSelection(PlannedReport &plan, const Inventory &inventory);
 
 /// The plan of a report that runs at an instant. `chart`: its chart definition as it stands, null
 /// when there is none.

@@ -1,33 +1,32 @@
 #include "report/ReportSummary.h"
 
+#include "base/Error.h"
+#include "base/Files.h"
+#include "base/Numbers.h"
+#include "base/Paths.h"
 #include "charts/ChartPainter.h"
-#include "core/Error.h"
-#include "core/Files.h"
-#include "core/GrapherConfig.h"
-#include "core/Numbers.h"
-#include "core/Paths.h"
-#include "core/State.h"
-#include "core/Status.h"
 #include "definitions/Dates.h"
 #include "report/Csv.h"
+#include "report/MachineFiles.h"
 #include "report/OutputTree.h"
 #include "report/StateRow.h"
-#include "report/SummaryFigures.h"
 
 #include <algorithm>
 
 namespace {
 
+const QString csvName = QStringLiteral("repsum.csv");
 const QString imageName = QStringLiteral("DEVSUM.PNG");
 const QString overallName = QStringLiteral("OVERALL.PNG");
 const QString citedTransparentImage = QLatin1String("../") + transparentImage;
 
-void copyTransparentImage(const QString &path)
+void putTransparentImage(const ReportContext &context, const QString &name)
 {
-    copyFile(NormalizeFolder(gConfig->PTH_Config()) + transparentImage, path);
+    copyFile(NormalizeFolder(context.settings.PTH_Config()) + transparentImage,
+             context.folder + name);
 }
 
-/// An image of the summary, as the pages cite it.
+/// An image of the summary.
 struct SummaryImage
 {
     QString name;
@@ -38,24 +37,20 @@ struct SummaryImage
     QString cited() const { return problem || !outcome.valid() ? citedTransparentImage : name; }
 };
 
-SummaryImage newImage(const QString &name)
-{
-    return {name, QSize(gConfig->IMG_Width, gConfig->IMG_Height)};
-}
-
 void draw(SummaryImage &image, const ReportContext &context, Chart chart, WorkerPool &pool)
 {
     image.size = chartSize(chart);
-    image.outcome = pool.submit(std::move(chart), context.folder + image.name, gConfig->IMG_Format);
+    image.outcome =
+        pool.submit(std::move(chart), context.folder + image.name, context.settings.IMG_Format);
 }
 
-/// Draws the summary image, or puts the transparent one in its place when there is nothing to draw.
+/// Draws the summary image, or uses the transparent one when there is nothing to draw.
 SummaryImage DrawDeviceSummaryImage(const ReportContext &context, const ReportFacts &facts,
                                     bool noData, WorkerPool &pool)
 {
-    SummaryImage image = newImage(imageName);
+    SummaryImage image{imageName, context.imageSize()};
     if (noData) {
-        copyTransparentImage(context.folder + imageName);
+        putTransparentImage(context, imageName);
         return image;
     }
     DeviceRateChart chart;
@@ -69,14 +64,14 @@ SummaryImage DrawDeviceSummaryImage(const ReportContext &context, const ReportFa
     return image;
 }
 
-/// Draws the success rate of all state items that count over the report's period. Without any such
-/// item the image is the transparent one, and cited as that.
+/// Draws the success rate of all state items that count over the report's period; without any the
+/// image is the transparent one.
 SummaryImage drawOverallImage(const ReportContext &context, const ReportFacts &facts,
-                              WorkerPool &pool)
+                              const StateStatistics &tests, WorkerPool &pool)
 {
-    SummaryImage image = newImage(overallName);
+    SummaryImage image{overallName, context.imageSize()};
     if (!facts.hasCounted)
-        copyTransparentImage(context.folder + overallName);
+        putTransparentImage(context, overallName);
     else if (facts.testsError)
         image.problem = facts.testsError;
     else
@@ -84,7 +79,7 @@ SummaryImage drawOverallImage(const ReportContext &context, const ReportFacts &f
              StateChart{context.chartFrame(
                             context.plan.chart.ChartTitle,
                             QStringLiteral("All global state items of the report's devices")),
-                        facts.tests},
+                        facts.tests, tests},
              pool);
     return image;
 }
@@ -95,29 +90,28 @@ PageValue notDrawnText(const Error &problem)
         QStringLiteral("This chart could not be drawn: %1").arg(problem.description));
 }
 
-/// The key figures of the overall image; nothing where no state item counts.
-PageValue overallAlternative(const ReportFacts &facts, const Outcome &problem)
+/// The key figures of the overall image; empty if no state item counts.
+PageValue overallAlternative(const ReportFacts &facts, const StateStatistics &tests,
+                             const Outcome &problem)
 {
     if (problem)
         return notDrawnText(*problem);
     if (!facts.hasCounted)
         return QString();
-    StateRow total;
-    for (const BucketValue &bucket : facts.tests.buckets) {
-        total.successes += static_cast<double>(bucket.successes);
-        total.failures += static_cast<double>(bucket.failures());
-    }
+    const StateRow total{{}, tests.successes, tests.failures};
     if (total.tests() == 0)
         return QStringLiteral("All global state items: no data in this period");
     return QStringLiteral(
                "All global state items by time: success rate %1 %, %2 of %3 tests failed")
-        .arg(total.rateText(), plainNumber(total.failures), plainNumber(total.tests()));
+        .arg(total.rateText())
+        .arg(total.failures)
+        .arg(total.tests());
 }
 
 StateRow rowOf(const DeviceCounts &counts)
 {
-    return {counts.name, static_cast<double>(counts.successes),
-            static_cast<double>(counts.failures), linkText(counts.folder) + u'/' + devicePageName};
+    return {counts.name, counts.successes, counts.failures,
+            linkText(counts.folder) + u'/' + devicePageName};
 }
 
 /// The rows of the devices with failed tests, the lowest success rate first.
@@ -129,17 +123,15 @@ PageValue worstRows(const std::vector<DeviceCounts> &devices, const QString &row
         if (device.failures > 0)
             rows.push_back(rowOf(device));
     }
-    std::stable_sort(rows.begin(), rows.end(), [](const StateRow &a, const StateRow &b) {
-        return a.successes * b.tests() < b.successes * a.tests();
-    });
+    std::stable_sort(rows.begin(), rows.end(),
+                     [](const StateRow &a, const StateRow &b) { return a.rate() < b.rate(); });
     PageText text;
     for (size_t i = 0; i < std::min(atAGlance, rows.size()); ++i)
         text.write(rows[i].filled(rowTemplate));
     return PageValue::html(text.text());
 }
 
-/// The key figures of the summary image, for readers who do not see it; of one that is missing they
-/// learn why.
+/// The key figures of the summary image as its alternative text; of a missing one the reason.
 PageValue summaryAlternative(const StateRow &total, size_t devices, const Outcome &problem)
 {
     if (problem)
@@ -151,25 +143,27 @@ PageValue summaryAlternative(const StateRow &total, size_t devices, const Outcom
         text += QLatin1String("no data in this period");
     else
         text += QStringLiteral("success rate %1 %, %2 of %3 tests failed")
-                    .arg(total.rateText(), plainNumber(total.failures), plainNumber(total.tests()));
+                    .arg(total.rateText())
+                    .arg(total.failures)
+                    .arg(total.tests());
     return text;
 }
 
-/// Waits for an image of the summary; the transparent one stands in for one that failed.
-void finishImage(SummaryImage &image, const ReportContext &context, ReportOutcome &outcome)
+/// Waits for an image of the summary; a failed one is replaced by the transparent one.
+void finishImage(SummaryImage &image, const ReportContext &context, const RunLog &log,
+                 ReportOutcome &outcome)
 {
     if (image.outcome.valid())
-        image.problem = awaited(image.outcome);
+        image.problem = image.outcome.get();
     if (!image.problem)
         return;
-    const QString path = context.folder + image.name;
     outcome.chartErrors.append(image.name + u' ' + errorTail(*image.problem));
-    ShowStatus(QStringLiteral("Error generating chart '%1' ").arg(path) +
+    log.status(QStringLiteral("Error generating chart '%1' ").arg(context.folder + image.name) +
                errorTail(*image.problem));
-    copyTransparentImage(path);
+    putTransparentImage(context, image.name);
 }
 
-/// Tells the readers that charts are missing; empty when none is.
+/// The note that charts are missing; empty when none is.
 QString noteText(const ReportOutcome &outcome)
 {
     const qsizetype missing = outcome.chartErrors.size();
@@ -185,6 +179,7 @@ QString noteText(const ReportOutcome &outcome)
 
 void ReportFacts::add(DeviceResult result)
 {
+    figures.devices.push_back(std::move(result.figures));
     devices.push_back(std::move(result.counts));
     hasCounted = hasCounted || result.hasCounted;
     if (result.testsError)
@@ -194,25 +189,25 @@ void ReportFacts::add(DeviceResult result)
     addTests(tests, result.tests);
 }
 
-void GenerateReportSummary(const ReportContext &context, const ReportFacts &facts, WorkerPool &pool,
-                           ReportOutcome &outcome)
+void GenerateReportSummary(const ReportContext &context, const ReportFacts &facts,
+                           RunSession &session, ReportOutcome &outcome)
 {
+    saveExactFile(context.folder + outagesCsvName, outagesCsv(facts.figures));
+    saveExactFile(context.folder + reportJsonName,
+                  reportJson(context.plan.id, context.plan.title, facts.figures));
     const PlannedReport &report = context.plan;
     const std::vector<DeviceCounts> &devices = facts.devices;
-    ShowStatus(QLatin1String("Generating Summary: [") + report.title + u']');
+    session.log.status(QLatin1String("Generating Summary: [") + report.title + u']');
 
-    StateRow total;
     SummaryFigures figures;
-    for (const DeviceCounts &device : devices) {
-        total.successes += static_cast<double>(device.successes);
-        total.failures += static_cast<double>(device.failures);
-        figures.addDevice(static_cast<double>(device.successes),
-                          static_cast<double>(device.failures));
-    }
-    SummaryImage image = DrawDeviceSummaryImage(context, facts, total.tests() == 0, pool);
-    SummaryImage overall = drawOverallImage(context, facts, pool);
-    finishImage(image, context, outcome);
-    finishImage(overall, context, outcome);
+    for (const DeviceCounts &device : devices)
+        figures.addDevice(device.successes, device.failures);
+    const StateRow total = figures.total();
+    const StateStatistics overallTests = stateStatistics(facts.tests);
+    SummaryImage image = DrawDeviceSummaryImage(context, facts, total.tests() == 0, session.pool);
+    SummaryImage overall = drawOverallImage(context, facts, overallTests, session.pool);
+    finishImage(image, context, session.log, outcome);
+    finishImage(overall, context, session.log, outcome);
 
     Placeholders pageValues = context.placeholders();
     pageValues.insert(
@@ -224,7 +219,8 @@ void GenerateReportSummary(const ReportContext &context, const ReportFacts &fact
             {QLatin1String("overall.graph"), overall.cited()},
             {QLatin1String("overall.width"), QString::number(overall.size.width())},
             {QLatin1String("overall.height"), QString::number(overall.size.height())},
-            {QLatin1String("overall.alt"), overallAlternative(facts, overall.problem)},
+            {QLatin1String("overall.alt"),
+             overallAlternative(facts, overallTests, overall.problem)},
             {QLatin1String("report.note"), noteText(outcome)},
             {QLatin1String("report.worst"), worstRows(devices, context.builder.STATE_DetailItem)},
         });
@@ -232,7 +228,7 @@ void GenerateReportSummary(const ReportContext &context, const ReportFacts &fact
     pageValues.insert(pageValues.end(), totals.begin(), totals.end());
     PageText reportPage;
     reportPage.write(fillTemplate(context.builder.REPORT, onNewPage(pageValues)));
-    saveExactFile(context.folder + gConfig->TOU_REPORT, reportPage.bytes());
+    saveExactFile(context.folder + context.settings.TOU_REPORT, reportPage.bytes());
 
     CsvText csv;
     csv.text(QStringLiteral("Sample"))
@@ -252,7 +248,7 @@ void GenerateReportSummary(const ReportContext &context, const ReportFacts &fact
             {QLatin1String("sample.name"), report.title},
             {QLatin1String("sample.description"), report.chart.SampleLabel},
             {QLatin1String("sample.scale"), QString()},
-            {QLatin1String("sample.csv"), summaryCsvName},
+            {QLatin1String("sample.csv"), csvName},
             {QLatin1String("report.daterange"), context.range},
             {QLatin1String("chart.title"), QLatin1String("Basis: ") + report.chart.ChartTitle},
         });
@@ -273,6 +269,7 @@ void GenerateReportSummary(const ReportContext &context, const ReportFacts &fact
     page.write(total.filledAsTotal(context.builder.STATE_DetailItem));
     page.write(table.behind);
     page.write(summary.behind);
-    saveExactFile(context.folder + summaryCsvName, csv.bytes());
-    saveExactFile(context.folder + gConfig->TOU_REP_Summary, page.bytes());
+    saveExactFile(context.folder + csvName, csv.bytes());
+    saveExactFile(context.folder + context.settings.TOU_REP_Summary, page.bytes());
+    outcome.figures = figures;
 }

@@ -1,20 +1,22 @@
 #include "report/RequiredTemplates.h"
 
-#include "core/Error.h"
-#include "data/DataSeries.h"
+#include "base/Error.h"
+#include "base/Paths.h"
+#include "config/clsGrapherConfig.h"
 #include "definitions/TemplateFile.h"
+#include "series/DataSeries.h"
 
 #include <optional>
 
 namespace {
 
-/// The error of reading a chart's template; nothing when it can be read, or when there is none.
-std::optional<Error> chartTemplateError(const QString &name)
+/// The error of reading a chart's template; null when it can be read, or there is none.
+std::optional<Error> chartTemplateError(const QString &name, const clsGrapherConfig &settings)
 {
     if (name.isEmpty())
         return {};
     try {
-        readTemplate(chartTemplatePath(name));
+        readTemplate(chartTemplatePath(name, NormalizeFolder(settings.PTH_Config())));
         return {};
     } catch (const Error &error) {
         return Error(
@@ -39,12 +41,12 @@ bool charts(const PlannedReport &report, const Inventory &inventory, bool stateI
 } // namespace
 
 void requireTemplates(const PlannedReport &report, const Inventory &inventory,
-                      const clsChartOutputBuilder &builder)
+                      const clsChartOutputBuilder &builder, const clsGrapherConfig &settings)
 {
     builder.requireReportTemplates();
     for (const bool state : {true, false}) {
-        const auto error = chartTemplateError(state ? report.chart.StateTemplateFile
-                                                    : report.chart.CountTemplateFile);
+        const auto error = chartTemplateError(
+            state ? report.chart.StateTemplateFile : report.chart.CountTemplateFile, settings);
         if (error && charts(report, inventory, state))
             throw *error;
     }

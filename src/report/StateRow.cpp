@@ -1,13 +1,8 @@
 #include "report/StateRow.h"
 
-#include "core/Numbers.h"
+#include "base/Numbers.h"
 
 namespace {
-
-QString countText(double count)
-{
-    return plainNumber(count);
-}
 
 PageValue bold(const QString &text)
 {
@@ -27,7 +22,7 @@ Placeholders rowValues(const PageValue &label, const PageValue &successes,
 
 double StateRow::rate() const
 {
-    return tests() == 0 ? 0 : successes / tests() * 100;
+    return tests() == 0 ? 0 : static_cast<double>(successes) / static_cast<double>(tests()) * 100;
 }
 
 QString StateRow::rateText() const
@@ -39,15 +34,16 @@ QString StateRow::filled(const QString &rowTemplate) const
 {
     const PageValue href =
         PageValue::html(link.isEmpty() ? QString() : QStringLiteral(" href=\"%1\"").arg(link));
-    return fillTemplate(rowTemplate, rowValues(label, countText(successes), countText(failures),
-                                               countText(tests()), rateText(), href));
+    return fillTemplate(rowTemplate,
+                        rowValues(label, QString::number(successes), QString::number(failures),
+                                  QString::number(tests()), rateText(), href));
 }
 
 QString StateRow::filledAsTotal(const QString &rowTemplate) const
 {
     return fillTemplate(rowTemplate,
-                        rowValues(bold(QStringLiteral("Total")), bold(countText(successes)),
-                                  bold(countText(failures)), bold(countText(tests())),
+                        rowValues(bold(QStringLiteral("Total")), bold(QString::number(successes)),
+                                  bold(QString::number(failures)), bold(QString::number(tests())),
                                   bold(rateText()), QString()));
 }
 

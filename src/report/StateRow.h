@@ -7,11 +7,11 @@
 struct StateRow
 {
     QString label;
-    double successes = 0;
-    double failures = 0;
+    qint64 successes = 0;
+    qint64 failures = 0;
     QString link = {}; ///< what the label links to, percent-encoded; empty: nothing
 
-    double tests() const { return successes + failures; }
+    qint64 tests() const { return successes + failures; }
     /// Success rate in percent with two decimals; "n/a" without tests.
     QString rateText() const;
 

@@ -22,7 +22,8 @@ namespace {
     VANTREL_ITEM                                                                                   \
     "chart.samplelabel chart.scroll chart.maxscroll chart.starttime chart.endtime chart.series1 "  \
     "chart.series2 chart.series3 chart.labels chart.series1.total chart.series2.total "            \
-    "chart.series3.total chart.scalename chart.lowrange chart.upperrange chart.ranged"
+    "chart.series3.total chart.scalename chart.lowrange chart.upperrange chart.ranged "            \
+    "chart.average chart.percentile95 chart.moving chart.movingperiod"
 
 constexpr auto entry(const char *attribute, const char *marker, const char *names)
 {

@@ -5,11 +5,11 @@
 
 #include <span>
 
-/// What each kind of page template may hold. Pure data.
+/// The placeholders that each kind of page template may contain. Pure data.
 
 struct TemplateNames
 {
-    QLatin1String attribute; ///< of the grapher's or a chart's configuration that names the file
+    QLatin1String attribute; ///< of the grapher's configuration or of a chart that names the file
     QLatin1String marker;    ///< where the list goes; empty when the template has none
     QLatin1String names;     ///< placeholders, separated by blanks
 

@@ -1,9 +1,8 @@
 #include "report/Templates.h"
 
-#include "core/GrapherConfig.h"
-#include "core/Paths.h"
-#include "core/State.h"
-#include "core/Status.h"
+#include "base/Paths.h"
+#include "config/RunLog.h"
+#include "config/clsGrapherConfig.h"
 #include "definitions/TemplateFile.h"
 #include "report/OutputTree.h"
 
@@ -15,7 +14,7 @@
 
 namespace {
 
-/// Markup that texts may hold, while it goes from a text to a page.
+/// Copies a text with its permitted markup to a page.
 class KeptTags
 {
 public:
@@ -23,8 +22,8 @@ public:
         : m_page(page)
     {}
 
-    /// Writes the tag at a place of a text, and returns its length; 0 when none that may stay
-    /// stands there: it needs a plain name, and an end tag something to end.
+    /// Writes the tag at a position of a text, and returns its length; 0 when there is none or it
+    /// is not permitted: it needs a plain name, and an end tag an open element.
     qsizetype take(const QString &text, qsizetype at)
     {
         static const QRegularExpression form(
@@ -42,7 +41,7 @@ public:
                 return 0;
             closeDownTo(begin);
         } else {
-            if (m_open.size() == mostNested)
+            if (m_open.size() == maxNested)
                 return 0;
             if (!name.isEmpty())
                 m_open.append(name);
@@ -58,13 +57,13 @@ public:
     }
 
 private:
-    static constexpr qsizetype mostNested = 16; ///< more is no formatting
+    static constexpr qsizetype maxNested = 16; ///< more is not formatting
     QString &m_page;
     QStringList m_open;
 };
 
-/// Whether a browser could read a "<" as the begin of markup, by what stands behind it. At the end
-/// of a text that is the template's; and a damaged character may become anything.
+/// Whether a browser could read a "<" as the start of markup, by what comes after it: at the end of
+/// a text that is the template's, and a damaged character may become anything.
 bool couldBeginMarkup(QStringView behind)
 {
     if (behind.isEmpty() || behind.front() > u'~')
@@ -181,16 +180,15 @@ QString linkText(const QString &name)
     return QString::fromLatin1(QUrl::toPercentEncoding(name));
 }
 
-void clsChartOutputBuilder::LoadTOCTemplates()
+void clsChartOutputBuilder::LoadTOCTemplates(const clsGrapherConfig &settings, const RunLog &log)
 {
-    if (folder.isEmpty())
-        folder = NormalizeFolder(gConfig->PTH_Config());
-    const auto read = [this](const QString &name, std::optional<Error> &firstError) {
+    const QString folder = NormalizeFolder(settings.PTH_Config());
+    const auto read = [&](const QString &name, std::optional<Error> &firstError) {
         try {
             return readTemplate(folder + name);
         } catch (const Error &error) {
             const QString text = QStringLiteral("Error loading template '%1' ").arg(name);
-            ShowStatus(text + errorTail(error));
+            log.status(text + errorTail(error));
             if (!firstError)
                 firstError =
                     Error(error.number, text.trimmed() + QLatin1String(": ") + error.description);
@@ -199,20 +197,20 @@ void clsChartOutputBuilder::LoadTOCTemplates()
     };
     m_masterError.reset();
     m_reportError.reset();
-    TOC = read(gConfig->TIN_TOC, m_masterError);
-    TOC_ReportItem = read(gConfig->TIN_TOC_ReportItem, m_masterError);
+    TOC = read(settings.TIN_TOC, m_masterError);
+    TOC_ReportItem = read(settings.TIN_TOC_ReportItem, m_masterError);
     const auto load = [&](const QString &name) { return read(name, m_reportError); };
-    REPORT = load(gConfig->TIN_REPORT);
-    REP_TOC = load(gConfig->TIN_REP_TOC);
-    REP_DeviceItem = load(gConfig->TIN_REP_DeviceItem);
-    REP_Top = load(gConfig->TIN_REP_Top);
-    REP_Summary = load(gConfig->TIN_REP_Summary);
-    STATE_Detail = load(gConfig->TIN_STATE_Detail);
-    STATE_DetailItem = load(gConfig->TIN_STATE_DetailItem);
-    COUNT_Detail = load(gConfig->TIN_COUNT_Detail);
-    COUNT_DetailItem = load(gConfig->TIN_COUNT_DetailItem);
-    DEV_Rep = load(gConfig->TIN_DEV_Rep);
-    VARB_Item = load(gConfig->TIN_VARB_Item);
+    REPORT = load(settings.TIN_REPORT);
+    REP_TOC = load(settings.TIN_REP_TOC);
+    REP_DeviceItem = load(settings.TIN_REP_DeviceItem);
+    REP_Top = load(settings.TIN_REP_Top);
+    REP_Summary = load(settings.TIN_REP_Summary);
+    STATE_Detail = load(settings.TIN_STATE_Detail);
+    STATE_DetailItem = load(settings.TIN_STATE_DetailItem);
+    COUNT_Detail = load(settings.TIN_COUNT_Detail);
+    COUNT_DetailItem = load(settings.TIN_COUNT_DetailItem);
+    DEV_Rep = load(settings.TIN_DEV_Rep);
+    VARB_Item = load(settings.TIN_VARB_Item);
 }
 
 void clsChartOutputBuilder::requireMasterTemplates() const

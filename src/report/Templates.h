@@ -1,6 +1,6 @@
 #pragma once
 
-#include "core/Error.h"
+#include "base/Error.h"
 
 #include <QLatin1String>
 #include <QString>
@@ -9,27 +9,30 @@
 #include <utility>
 #include <vector>
 
+class RunLog;
+class clsGrapherConfig;
+
 /// Page templates: texts with placeholders "%%name%%". Pure functions but for loading.
 
-/// The part of a template before the first occurrence of a marker, or the part behind it.
+/// The part of a template before the first occurrence of a marker, or the part after it.
 ///
-/// Before: the whole text when the marker is absent. Behind: the rest and one added blank; empty
-/// when the marker is absent or fewer than two characters stand behind it. Pages rely on both
-/// oddities, users' own templates included.
+/// Before: the whole text if there is no marker. After: the rest and one added blank; empty if
+/// there is no marker or fewer than two characters after it. Users' own templates rely on both
+/// oddities.
 QString GetHTIPart(const QString &text, QLatin1String marker, bool before);
 
-/// What replaces a placeholder: a text of anybody's making, or markup of the program's own. A text
-/// is made safe for element text and quoted attributes, so names may hold anything.
+/// What replaces a placeholder: an untrusted text, or markup of the program's own. A text is made
+/// safe for element text and quoted attributes, so names may contain anything.
 class PageValue
 {
 public:
     /// A text: `<b> <i> <u> <em> <strong> <small> <sub> <sup> <code> <br>` without attributes stay,
-    /// and end where the text ends; every other "<" that could begin a tag, a comment or a
+    /// and are closed at its end; every other "<" that could start a tag, a comment or a
     /// declaration is escaped, and so are quotes. Entities stay.
     PageValue(const QString &text); // NOLINT(google-explicit-constructor): the safe kind
-    /// Markup that goes in as it is. Never for what comes from a database, a file or a server.
+    /// Markup, inserted unchanged. Never for texts from a database, a file or a server.
     static PageValue html(const QString &markup);
-    /// A text of which nothing is markup, entities included.
+    /// A text without any markup, entities included.
     static PageValue plain(const QString &text);
 
     const QString &markup() const { return m_markup; }
@@ -39,17 +42,16 @@ private:
     QString m_markup;
 };
 
-/// Names of placeholders (without the percent signs) and what replaces them. Of two equal names the
-/// first one counts.
+/// Names of placeholders (without the percent signs) and their values. Of equal names the first one
+/// counts.
 using Placeholders = std::vector<std::pair<QLatin1String, PageValue>>;
 
-/// The values of a page with what each page has: "page.lang", and "page.nonce", which allows a page
-/// its own scripts and cannot be foreseen. To be called for each page.
+/// The values of a page plus those of every page: "page.lang", and "page.nonce", a random value
+/// that allows a page its own scripts. Call it for each page.
 Placeholders onNewPage(const Placeholders &values);
 
 /// Replaces every occurrence of each placeholder, in one pass from left to right. Names are
-/// compared with regard to case; an unknown placeholder stays as it is, and a value that looks like
-/// a placeholder is not looked at again.
+/// case-sensitive; unknown placeholders stay, and placeholders in a value are not replaced.
 QString fillTemplate(const QString &text, const Placeholders &values);
 
 /// A page, a section or a table with a list in its middle.
@@ -69,8 +71,6 @@ QString linkText(const QString &name);
 class clsChartOutputBuilder
 {
 public:
-    QString folder; ///< ends in a separator; empty: the configuration's PTH_Config
-
     QString TOC;
     QString TOC_ReportItem;
     QString REPORT;
@@ -85,8 +85,9 @@ public:
     QString DEV_Rep;
     QString VARB_Item;
 
-    /// Reads all thirteen. One that cannot be read is empty, and named in a status line.
-    void LoadTOCTemplates();
+    /// Reads all thirteen from the configuration folder. One that cannot be read is empty, and
+    /// named in a status line.
+    void LoadTOCTemplates(const clsGrapherConfig &settings, const RunLog &log);
 
     /// Throw the Error of the first one that could not be read, of the master table of contents
     /// (TOC and TOC_ReportItem) or of reports: nothing is to be written from it.

@@ -1,10 +1,8 @@
 #include "scheduling/DueState.h"
 
-#include "core/Clock.h"
-#include "core/Files.h"
-#include "core/TimeZone.h"
-#include "definitions/DefinitionStores.h"
-#include "report/OutputTree.h"
+#include "base/Clock.h"
+#include "base/TimeZone.h"
+#include "definitions/Definitions.h"
 
 namespace {
 
@@ -13,41 +11,42 @@ QString slotText(const QDateTime &slot)
     return slot.toString(QStringLiteral("yyyy-MM-dd HH:mm"));
 }
 
-/// The slot that one schedule serves next, and in words why it is due or not.
-DueState stateUnder(const clsReportSchedule &entry)
+/// The next slot of one schedule, and in words why it is due or not.
+DueState stateUnder(const ScheduledReport::Entry &entry)
 {
-    const auto found = gScheduleDefs.find(entry.ScheduleID);
-    if (!found)
+    const clsReportSchedule &use = entry.use;
+    if (!entry.schedule)
         return {false, QDateTime(),
-                QStringLiteral("there is no schedule '%1'").arg(entry.ScheduleID)};
-    const QString name = QStringLiteral("schedule '%1'").arg(found->ScheduleName);
+                QStringLiteral("there is no schedule '%1'").arg(use.ScheduleID)};
+    clsScheduleDef schedule = *entry.schedule;
+    const QString name = QStringLiteral("schedule '%1'").arg(schedule.ScheduleName);
     DueState state;
-    state.due = IsReportDue(entry, *found);
-    if (found->SchedInterval == NotScheduled) {
+    state.due = IsReportDue(use, schedule);
+    if (schedule.SchedInterval == NotScheduled) {
         state.why = name + QLatin1String(" is switched off");
         return state;
     }
-    if (!everRuns(*found)) {
+    if (!everRuns(schedule)) {
         state.why = name + QLatin1String(" never runs");
         return state;
     }
-    state.next = found->NextRunTime;
+    state.next = schedule.NextRunTime;
     state.why = state.due
                     ? QStringLiteral("due since %1 by ").arg(slotText(state.next)) + name
                     : QStringLiteral("not due before %1 by ").arg(slotText(state.next)) + name;
-    if (ranInFuture(entry)) {
-        state.why += QLatin1String("; ") + futureRunText(entry);
+    if (ranInFuture(use)) {
+        state.why += QLatin1String("; ") + futureRunText(use);
         return state;
     }
-    clsScheduleDef patient = *found;
+    clsScheduleDef patient = schedule;
     patient.Reschedule = false;
-    IsReportDue(entry, patient);
-    // Only a report that has run before can have missed a slot that anybody waited for.
-    if (patient.NextRunTime < state.next && entry.LastRunDate != zeroDate())
+    IsReportDue(use, patient);
+    // Only a report that has run before can have missed a slot.
+    if (patient.NextRunTime < state.next && use.LastRunDate != zeroDate())
         state.why += QStringLiteral("; the run of %1 was missed by more than %2 minutes and is "
                                     "skipped")
                          .arg(slotText(patient.NextRunTime))
-                         .arg(found->RescheduleTime);
+                         .arg(schedule.RescheduleTime);
     return state;
 }
 
@@ -62,16 +61,14 @@ bool isMoreUrgent(const DueState &a, const DueState &b)
 }
 
 /// When the report last ran by its schedules' dates; invalid when it never did.
-QDateTime lastRunDate(const clsReportDef &report)
+QDateTime lastRunDate(const ScheduledReport &report)
 {
     QDateTime last = zeroDate();
-    for (const auto &entry : report.ReportSchedules) {
-        if (!ranInFuture(*entry))
-            last = std::max(last, entry->LastRunDate);
+    for (const auto &[use, schedule] : report.entries) {
+        if (!ranInFuture(use))
+            last = std::max(last, use.LastRunDate);
     }
-    // A schedule that was chosen anew has the time of its choosing: without a page there was no
-    // run.
-    return last == zeroDate() || !fileExists(reportPage(report.ReportID)) ? QDateTime() : last;
+    return last == zeroDate() ? QDateTime() : last;
 }
 
 } // namespace
@@ -82,12 +79,22 @@ QString futureRunText(const clsReportSchedule &entry)
         .arg(slotText(entry.LastRunDate));
 }
 
-DueState dueState(const clsReportDef &report)
+ScheduledReport scheduledReport(const clsReportDef &report)
+{
+    ScheduledReport scheduled{report.ReportID, {}};
+    for (const auto &use : report.ReportSchedules) {
+        const auto schedule = definitions().gScheduleDefs.find(use->ScheduleID);
+        scheduled.entries.push_back({*use, schedule ? std::optional(*schedule) : std::nullopt});
+    }
+    return scheduled;
+}
+
+DueState dueState(const ScheduledReport &report)
 {
     DueState most{false, QDateTime(), QStringLiteral("it has no schedule")};
     bool first = true;
-    for (const auto &entry : report.ReportSchedules) {
-        const DueState state = stateUnder(*entry);
+    for (const ScheduledReport::Entry &entry : report.entries) {
+        const DueState state = stateUnder(entry);
         if (first || isMoreUrgent(state, most))
             most = state;
         first = false;
@@ -95,9 +102,11 @@ DueState dueState(const clsReportDef &report)
     return most;
 }
 
-LatestRun latestRun(const clsReportDef &report, const std::vector<RunRecord> &runs)
+LatestRun latestRun(const ScheduledReport &report, const std::vector<RunRecord> &runs,
+                    bool hasPages)
 {
-    if (const ReportRecord *record = lastRecord(runs, report.ReportID))
+    if (const ReportRecord *record = lastRecord(runs, report.id))
         return {wallTime(record->start), record};
-    return {lastRunDate(report), nullptr};
+    // A newly chosen schedule has the time of that choice: without a page there was no run.
+    return {hasPages ? lastRunDate(report) : QDateTime(), nullptr};
 }

@@ -1,7 +1,7 @@
 #include "scheduling/Registration.h"
 
-#include "core/Clock.h"
-#include "core/Paths.h"
+#include "base/Clock.h"
+#include "base/Paths.h"
 
 #include <QCoreApplication>
 #include <QDir>

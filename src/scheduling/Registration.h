@@ -1,6 +1,6 @@
 #pragma once
 
-#include "core/platform/TaskScheduler.h"
+#include "platform/TaskScheduler.h"
 
 #include <QString>
 #include <QStringList>
@@ -10,14 +10,14 @@
 
 inline const QString scheduledTaskName = QStringLiteral("VantrelGraphTool");
 
-/// Whether the scheduler's list of tasks names it, without regard to case: for any program folder.
+/// Whether the task is in the scheduler's list, without regard to case: for any program folder.
 bool isTaskRegistered(platform::TaskScheduler &scheduler);
 
-/// The program folder of a registered task that works for another one than this process's; empty
-/// when it works for this one, or none is registered.
+/// The program folder of a registered task if it is not this process's; empty when it is, or no
+/// task is registered.
 QString otherTaskHome(platform::TaskScheduler &scheduler);
 
-/// The account under which the task runs; empty: the present user's.
+/// The account under which the task runs; empty: the current user's.
 struct TaskAccount
 {
     QString user;
@@ -29,7 +29,7 @@ struct TaskAccount
 bool registerTask(platform::TaskScheduler &scheduler, const TaskAccount &account = {},
                   const QStringList &moreParameters = {});
 
-/// The same, in the place of a task that is there.
+/// The same, replacing a registered task.
 void replaceTask(platform::TaskScheduler &scheduler, const TaskAccount &account,
                  const QStringList &moreParameters);
 

@@ -1,33 +1,10 @@
 #pragma once
 
-#include "definitions/GraphDef.h"
+#include "config/Status.h"
+#include "scheduling/RunPlan.h"
 
-#include <QString>
-#include <QStringList>
-
-/// The run of selected reports, unattended or from the window. Main thread only.
-
-/// What an interactive run asks of the window around it.
-class RunHost
-{
-public:
-    virtual ~RunHost() = default;
-
-    /// Whether to run without definition files of which nothing can be read, and which stay as they
-    /// are; false cancels the whole run.
-    virtual bool acceptErrors(const QStringList &errors) = 0;
-    /// Lets the user set a custom range's StartTime and EndTime, once for all selected reports that
-    /// use the chart; false cancels the whole run.
-    virtual bool askCustomRange(clsGraphDef &chart, const QStringList &reportTitles) = 0;
-    virtual void showMessage(const QString &title, const QString &text) = 0;
-    virtual void openInBrowser(const QString &url) = 0;
-};
-
-/// Which of the selected reports a run takes.
-enum class RunChoice {
-    Due, ///< those with at least one schedule that has fallen due
-    All  ///< all of them, whatever their schedules say
-};
+/// The run of selected reports in three steps: planRun, executeRun, finishRun. The first and the
+/// last one belong to the main thread, which has the definitions.
 
 struct RunResult
 {
@@ -37,22 +14,29 @@ struct RunResult
     int chartsWithoutImage = 0;
     bool cancelled = false;
 
+    /// When reports were produced, as wall times: their LastRunDate by now.
+    std::vector<std::pair<QString, QDateTime>> runDates;
+    /// What the run's reports show; null when the database could not be read.
+    std::shared_ptr<const Inventory> inventory;
+
     /// Whether there is less than there should be, be it pages, an image or a record.
     bool failed() const { return failedReports > 0 || chartsWithoutImage > 0 || !error.isEmpty(); }
 };
 
-/// Runs reports given by their ReportID: loads all definitions, writes the master table of
+/// Executes a plan, on any thread, over a connection of its own: writes the master table of
 /// contents, copies the companion files and produces each report. A report that was produced gets
-/// the present time as LastRunDate of all its schedules; one that failed keeps its dates, so that
-/// it stays due by its schedules' rules. A single definition that cannot be read is named in
-/// RunResult::error. `host` is null in an unattended run, which does not begin where nothing can be
-/// read of a definition file.
+/// the present time as LastRunDate of all its schedules, in the file; one that failed keeps its
+/// dates, so that it stays due by its schedules' rules.
 ///
 /// What goes wrong with one report, be it that memory runs out, does not keep the others from being
-/// produced. The history has it, core/Trouble and, in an unattended run by schedule, the event log,
-/// there once a day.
+/// produced. The history has it, the observer's `trouble` and, in a run by schedule, the event log,
+/// there once a day. Throws nothing.
 ///
-/// While a run is in progress a further call does nothing: set CancelRequested to cancel it.
-RunResult runReports(const QStringList &reportIds, RunChoice choice, RunHost *host = nullptr);
+/// Ends early when `CancelRequested` is set, by whichever thread.
+RunResult executeRun(RunPlan plan, const Observer &watcher);
 
-bool runInProgress();
+/// Gives the definitions in memory what the run found out. Main thread only.
+void finishRun(const RunResult &result);
+
+/// The three steps in turn on the main thread, watched by observer().
+RunResult runReports(const RunOrder &order, RunHost *host = nullptr);

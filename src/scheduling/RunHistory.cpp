@@ -1,11 +1,10 @@
 #include "scheduling/RunHistory.h"
 
-#include "core/Clock.h"
-#include "core/Files.h"
-#include "core/Paths.h"
-#include "core/State.h"
-#include "core/Status.h"
-#include "core/TimeZone.h"
+#include "base/Clock.h"
+#include "base/Files.h"
+#include "base/Paths.h"
+#include "base/TimeZone.h"
+#include "config/Program.h"
 
 #include <QDir>
 #include <QFile>
@@ -38,7 +37,7 @@ ReportResult resultOf(const QString &text)
         if (text == name)
             return result;
     }
-    throw Error(InvalidFileFormat, QStringLiteral("'%1' is no result").arg(text));
+    throw Error(InvalidFileFormat, QStringLiteral("'%1' is not a valid result").arg(text));
 }
 
 QString timeText(qint64 instant)
@@ -48,7 +47,7 @@ QString timeText(qint64 instant)
                               .toString(QStringLiteral("yyyy-MM-ddTHH:mm:ss.zzzZ"));
 }
 
-/// 0 for an empty text. Throws Error(InvalidFileFormat) on what is no time.
+/// 0 for an empty text. Throws Error(InvalidFileFormat) for an invalid time.
 qint64 timeOf(const QJsonValue &value)
 {
     const QString text = value.toString();
@@ -56,8 +55,24 @@ qint64 timeOf(const QJsonValue &value)
         return 0;
     const QDateTime time = QDateTime::fromString(text, Qt::ISODateWithMs);
     if (!time.isValid())
-        throw Error(InvalidFileFormat, QStringLiteral("'%1' is no time").arg(text));
+        throw Error(InvalidFileFormat, QStringLiteral("'%1' is not a valid time").arg(text));
     return time.toMSecsSinceEpoch();
+}
+
+QJsonObject jsonOf(const SummaryFigures &figures)
+{
+    return {{QStringLiteral("devices"), figures.devices},
+            {QStringLiteral("troubled"), figures.troubled},
+            {QStringLiteral("silent"), figures.silent},
+            {QStringLiteral("successes"), figures.successes},
+            {QStringLiteral("failures"), figures.failures}};
+}
+
+SummaryFigures figuresOf(const QJsonObject &object)
+{
+    return {object[QLatin1String("devices")].toInt(), object[QLatin1String("troubled")].toInt(),
+            object[QLatin1String("silent")].toInt(), object[QLatin1String("successes")].toInteger(),
+            object[QLatin1String("failures")].toInteger()};
 }
 
 QJsonObject jsonOf(const ReportRecord &report)
@@ -80,6 +95,8 @@ QJsonObject jsonOf(const ReportRecord &report)
     };
     if (report.mixedPages)
         object.insert(QStringLiteral("mixedPages"), true);
+    if (report.figures)
+        object.insert(QStringLiteral("figures"), jsonOf(*report.figures));
     return object;
 }
 
@@ -101,10 +118,12 @@ ReportRecord reportOf(const QJsonObject &object)
     for (const QJsonValue error : errors)
         report.chartErrors.append(error.toString());
     report.mixedPages = object[QLatin1String("mixedPages")].toBool();
+    if (const QJsonValue figures = object[QLatin1String("figures")]; figures.isObject())
+        report.figures = figuresOf(figures.toObject());
     return report;
 }
 
-/// Room for what the record of a run's end says more than the one of its begin.
+/// Space for what the record of a run's end has in addition to that of its start.
 QByteArray spareRoom(const RunRecord &run)
 {
     constexpr qsizetype ofTheRun = 4096;
@@ -112,7 +131,7 @@ QByteArray spareRoom(const RunRecord &run)
     return QByteArray(ofTheRun + ofAReport * static_cast<qsizetype>(run.reports.size()), '\n');
 }
 
-/// Records are named after the run's start, so that names in order are runs in order.
+/// Records are named after the run's start, so that sorted names are sorted runs.
 QString fileName(const RunRecord &run)
 {
     return QDateTime::fromMSecsSinceEpoch(run.start, Qt::UTC)
@@ -120,36 +139,8 @@ QString fileName(const RunRecord &run)
            QLatin1String(".json");
 }
 
-QStringList namesNewestFirst()
-{
-    return QDir(nativePath(runHistoryFolder()))
-        .entryList({QStringLiteral("*.json")}, QDir::Files, QDir::Name | QDir::Reversed);
-}
-
-/// Nothing when the file is damaged.
-std::optional<RunRecord> readRun(const QString &name)
-{
-    try {
-        const QJsonObject object =
-            QJsonDocument::fromJson(readFile(runHistoryFolder() + name, mostRecordBytes)).object();
-        RunRecord run;
-        run.start = timeOf(object[QLatin1String("start")]);
-        run.end = timeOf(object[QLatin1String("end")]);
-        run.mode = object[QLatin1String("mode")].toString();
-        run.error = object[QLatin1String("error")].toString();
-        const QJsonArray reports = object[QLatin1String("reports")].toArray();
-        for (const QJsonValue report : reports)
-            run.reports.push_back(reportOf(report.toObject()));
-        if (run.start == 0)
-            return std::nullopt;
-        return run;
-    } catch (const Error &) {
-        return std::nullopt;
-    }
-}
-
-/// On a full disk the record of the run's begin makes room for that of its end: it would say for
-/// ever that the run has not finished.
+/// On a full disk the record of the run's start makes room for that of its end, or it would say
+/// forever that the run has not finished.
 void saveLastRecord(const QString &path, const QByteArray &text)
 {
     try {
@@ -172,12 +163,16 @@ QString resultText(ReportResult result)
     return QString();
 }
 
-QString runHistoryFolder()
+RunHistory::RunHistory(QString folder)
+    : m_folder(std::move(folder))
+{}
+
+RunHistory runHistory()
 {
-    return gGraphDataPath + QLatin1String("RunHistory") + pathSeparator;
+    return RunHistory(program().gGraphDataPath + QLatin1String("RunHistory") + pathSeparator);
 }
 
-std::optional<Error> saveRun(const RunRecord &run)
+void RunHistory::save(const RunRecord &run) const
 {
     QJsonArray reports;
     for (const ReportRecord &report : run.reports)
@@ -190,19 +185,13 @@ std::optional<Error> saveRun(const RunRecord &run)
         {QStringLiteral("reports"), reports},
     };
     const QByteArray text = QJsonDocument(object).toJson();
-    const QString path = runHistoryFolder() + fileName(run);
-    try {
-        QString message; // a folder that cannot be made shows in the save
-        EnsureFolder(runHistoryFolder(), message);
-        if (run.end == 0)
-            saveFile(path, text + spareRoom(run));
-        else
-            saveLastRecord(path, text);
-        return std::nullopt;
-    } catch (const Error &error) {
-        ShowStatus(QLatin1String("Error saving run history ") + errorTail(error));
-        return error;
-    }
+    const QString path = m_folder + fileName(run);
+    QString message; // if the folder cannot be created, the save fails
+    EnsureFolder(m_folder, message);
+    if (run.end == 0)
+        saveFile(path, text + spareRoom(run));
+    else
+        saveLastRecord(path, text);
 }
 
 QString troubleOf(const ReportRecord &report)
@@ -236,26 +225,52 @@ QStringList troublesOfToday(const std::vector<RunRecord> &runs)
     return troubles;
 }
 
-std::vector<RunRecord> readRuns()
+QStringList RunHistory::namesNewestFirst() const
 {
-    std::vector<RunRecord> runs;
-    const QStringList names = namesNewestFirst();
-    for (const QString &name : names) {
-        if (std::optional<RunRecord> run = readRun(name))
-            runs.push_back(std::move(*run));
-    }
-    return runs;
+    return QDir(nativePath(m_folder))
+        .entryList({QStringLiteral("*.json")}, QDir::Files, QDir::Name | QDir::Reversed);
 }
 
-qint64 lastRunEnd()
+std::optional<RunRecord> RunHistory::read(const QString &name) const
+{
+    try {
+        const QJsonObject object =
+            QJsonDocument::fromJson(readFile(m_folder + name, mostRecordBytes)).object();
+        RunRecord run;
+        run.start = timeOf(object[QLatin1String("start")]);
+        run.end = timeOf(object[QLatin1String("end")]);
+        run.mode = object[QLatin1String("mode")].toString();
+        run.error = object[QLatin1String("error")].toString();
+        const QJsonArray reports = object[QLatin1String("reports")].toArray();
+        for (const QJsonValue report : reports)
+            run.reports.push_back(reportOf(report.toObject()));
+        if (run.start == 0)
+            return std::nullopt;
+        return run;
+    } catch (const Error &) {
+        return std::nullopt;
+    }
+}
+
+std::vector<RunRecord> RunHistory::runs() const
+{
+    std::vector<RunRecord> records;
+    const QStringList names = namesNewestFirst();
+    for (const QString &name : names) {
+        if (std::optional<RunRecord> run = read(name))
+            records.push_back(std::move(*run));
+    }
+    return records;
+}
+
+qint64 RunHistory::lastEnd() const
 {
     const QStringList names = namesNewestFirst();
-    const std::optional<RunRecord> run =
-        names.isEmpty() ? std::nullopt : readRun(names.constFirst());
+    const std::optional<RunRecord> run = names.isEmpty() ? std::nullopt : read(names.constFirst());
     return run ? run->end : 0;
 }
 
-void pruneRuns(qsizetype most)
+void RunHistory::prune(qsizetype most) const
 {
     const QStringList names = namesNewestFirst();
     if (names.size() <= most)
@@ -264,7 +279,7 @@ void pruneRuns(qsizetype most)
     QStringList spare; // newest first, as all lists here
     QStringList lastWords;
     for (const QString &name : names) {
-        const std::optional<RunRecord> run = readRun(name);
+        const std::optional<RunRecord> run = read(name);
         const qsizetype before = seen.size();
         if (run) {
             for (const ReportRecord &report : run->reports) {
@@ -276,7 +291,7 @@ void pruneRuns(qsizetype most)
     }
     for (qsizetype left = names.size(); left > most; --left) {
         QStringList &from = spare.isEmpty() ? lastWords : spare;
-        QFile::remove(nativePath(runHistoryFolder() + from.takeLast()));
+        QFile::remove(nativePath(m_folder + from.takeLast()));
     }
 }
 

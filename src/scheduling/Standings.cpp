@@ -1,17 +1,14 @@
 #include "scheduling/Standings.h"
 
-#include "core/Clock.h"
-#include "core/Files.h"
-#include "core/GrapherConfig.h"
-#include "core/State.h"
-#include "definitions/DefinitionStores.h"
-#include "report/OutputTree.h"
-#include "scheduling/DueState.h"
-#include "scheduling/RunHistory.h"
+#include "base/Clock.h"
+#include "base/Files.h"
+#include "config/Program.h"
+#include "config/clsGrapherConfig.h"
+#include "definitions/Definitions.h"
 
 namespace {
 
-/// What a reader of the pages has to know about a run that did not make them all anew.
+/// The note on a run that did not make all pages.
 QString noteOf(const ReportRecord &record, bool hasPages)
 {
     QString end;
@@ -32,15 +29,19 @@ QString noteOf(const ReportRecord &record, bool hasPages)
     return end + QLatin1String(": the pages are those of an earlier run.");
 }
 
-ReportStanding standingOf(const clsReportDef &report, const std::vector<RunRecord> &runs)
+ReportStanding standingOf(const ScheduledReport &report, const OutputTree &tree,
+                          const std::vector<RunRecord> &runs)
 {
     ReportStanding standing;
-    const LatestRun last = latestRun(report, runs);
+    standing.hasPages = fileExists(tree.reportPage(report.id));
+    const LatestRun last = latestRun(report, runs, standing.hasPages);
     if (last.time.isValid())
         standing.lastRun = standingTimeText(last.time);
     if (last.record) {
         standing.lastResult = resultText(last.record->result);
-        standing.lastNote = noteOf(*last.record, fileExists(reportPage(report.ReportID)));
+        standing.lastNote = noteOf(*last.record, standing.hasPages);
+        if (standing.hasPages)
+            standing.figures = last.record->figures;
     }
     if (const QDateTime next = dueState(report).next; next.isValid())
         standing.nextDue = next <= now() ? QStringLiteral("now") : standingTimeText(next);
@@ -49,18 +50,40 @@ ReportStanding standingOf(const clsReportDef &report, const std::vector<RunRecor
 
 } // namespace
 
-ReportStandings reportStandings()
+std::vector<ListedReport> listedReports()
 {
-    const std::vector<RunRecord> runs = readRuns();
-    ReportStandings standings;
-    for (const auto &report : gReportDefs)
-        standings.insert(report->ReportID.toLower(), standingOf(*report, runs));
-    return standings;
+    std::vector<ListedReport> listed;
+    for (const auto &report : definitions().gReportDefs) {
+        ContentsEntry entry{report->ReportID, report->ReportTitle, {}, {}, {}};
+        if (const auto chart = definitions().gChartDefs.find(report->ChartID))
+            entry.chartTitle = chart->ChartTitle;
+        for (const auto &device : report->ReportDevices)
+            entry.muids.append(device->MUID);
+        listed.push_back({entry, scheduledReport(*report)});
+    }
+    return listed;
 }
 
-bool refreshReportList()
+std::vector<ContentsEntry> contentsEntries(const std::vector<ListedReport> &reports,
+                                           const OutputTree &tree, const RunHistory &history)
 {
-    QString errorText; // the status line has it
-    return !fileExists(outputFolder() + gConfig->TOU_TOC) ||
-           RefreshMasterTOC(errorText, reportStandings());
+    const std::vector<RunRecord> runs = history.runs();
+    std::vector<ContentsEntry> entries;
+    for (const ListedReport &report : reports) {
+        entries.push_back(report.entry);
+        entries.back().standing = standingOf(report.schedules, tree, runs);
+    }
+    return entries;
+}
+
+void refreshReportList()
+{
+    const OutputTree tree(gConfig());
+    if (!fileExists(tree.contentsPage()))
+        return;
+    try {
+        RefreshMasterTOC(contentsEntries(listedReports(), tree, runHistory()), gConfig(),
+                         RunLog(observer()));
+    } catch (const ShownError &) { // that is all: the next run writes the page anew
+    }
 }

@@ -1,14 +1,24 @@
 #pragma once
 
 #include "report/TablesOfContents.h"
+#include "scheduling/DueState.h"
 
-#include <QString>
+/// The master table of contents beside the definitions and the run history.
 
-/// The master table of contents beside the definitions and the run history. Main thread only.
+/// A report definition with all that its entry there is made of. A value.
+struct ListedReport
+{
+    ContentsEntry entry; ///< but for its standing
+    ScheduledReport schedules;
+};
 
-/// What it tells about each report in gReportDefs.
-ReportStandings reportStandings();
+/// Those of gReportDefs, in their order. Main thread only.
+std::vector<ListedReport> listedReports();
 
-/// Brings it in step with gReportDefs, when there is one already; for changes outside of a run.
-/// False when it cannot be written, which a status line tells.
-bool refreshReportList();
+/// Their entries as things stand now. Any thread.
+std::vector<ContentsEntry> contentsEntries(const std::vector<ListedReport> &reports,
+                                           const OutputTree &tree, const RunHistory &history);
+
+/// Brings the page in step with gReportDefs, when there is one already; for changes outside of a
+/// run. A failure is shown as a status line. Main thread only.
+void refreshReportList();

@@ -1,6 +1,6 @@
 #pragma once
 
-#include "data/access/AccessFile.h"
+#include "access/AccessFile.h"
 #include "support/Errors.h"
 
 #include <QFile>

@@ -1,5 +1,5 @@
 #include "AccessFiles.h"
-#include "core/Files.h"
+#include "base/Files.h"
 #include "demo/AccessWriter.h"
 #include "support/Rows.h"
 
@@ -113,8 +113,8 @@ private Q_SLOTS:
         TableWriter &table = writer.addTable(
             samples,
             {{"DataIDent", Long}, {"iDate", DateTime}, {"iState", Integer}, {"iValue", Double}},
-            {.mostRowsOnPage = 40});
-        std::vector<RowPlace> places;
+            {.maxRowsOnPage = 40});
+        std::vector<RowAddress> places;
         for (int i = 0; i < 160; ++i) {
             table.setInteger(0, i);
             table.setNumber(1, 45'000 + i / 288.0);
@@ -164,7 +164,7 @@ private Q_SLOTS:
             [](Damaged &d) { d.full().setWord(12, d.full().word(12) - 1); });
         row("a row marked deleted", "warning: states 157 rows, but 156",
             [](Damaged &d) { d.full().markRow(0, rowDeleted); });
-        row("rows that overlap", "row 6 does not lie",
+        row("rows that overlap", "row 6 is outside",
             [](Damaged &d) { d.full().setRowStart(6, d.full().rowStart(5) + 1); });
         row("row too long", "longer", [](Damaged &d) {
             d.full().setRowStart(39, d.full().rowStart(39) - 1);
@@ -173,7 +173,7 @@ private Q_SLOTS:
         });
         row("row of too many columns", "5 columns",
             [](Damaged &d) { d.full().setWord(d.full().rowStart(4), 5); });
-        row("pointers in a ring", "ring", [](Damaged &d) {
+        row("pointers in a cycle", "cycle", [](Damaged &d) {
             d.point(0, 0, 1);
             d.point(1, rowDeleted, 1);
         });
@@ -192,7 +192,7 @@ private Q_SLOTS:
         row("map of an unknown type", "unknown type", [](Damaged &d) { d.map().bytes[0] = 7; });
         row("definition of another type", "type 1",
             [](Damaged &d) { d.definition().bytes[0] = 1; });
-        row("definition in a ring", "ring",
+        row("definition in a cycle", "cycle",
             [](Damaged &d) { d.definition().setNumber(4, quint32(d.definitionPage)); });
         row("definition goes on nowhere", "does not exist",
             [](Damaged &d) { d.definition().setNumber(4, 0x00FFFFFF); });
@@ -200,7 +200,7 @@ private Q_SLOTS:
             [](Damaged &d) { d.definition().setNumber(8, 5000); });
         row("indexes without end", "counts",
             [](Damaged &d) { d.definition().setNumber(51, 0x80000000); });
-        row("two columns of one number", "impossible place",
+        row("two columns of one number", "impossible position",
             [](Damaged &d) { d.definition().setWord(63 + 25 + 5, 0); });
         row("column of a wrong size", "cannot have",
             [](Damaged &d) { d.definition().setWord(63 + 23, 8); });
@@ -211,7 +211,7 @@ private Q_SLOTS:
 
         rows("chain that ends early", mixed, "value of 9680 bytes ends after 4072",
              [](Damaged &d) { d.chainPart(0).setNumber(0, 0); });
-        rows("chain in a ring", mixed, "value of 9680 bytes goes on after its last one",
+        rows("chain in a cycle", mixed, "value of 9680 bytes continues after its last one",
              [](Damaged &d) { d.chainPart(2).setNumber(0, d.chainHead().number(4)); });
         rows("value longer than the file", mixed, "longer than the file", [](Damaged &d) {
             d.chainPart(2).setNumber(0, d.chainHead().number(4));
@@ -222,11 +222,11 @@ private Q_SLOTS:
         for (const auto &[number, name] : columns) {
             const int at = number;
             rows(qPrintable(QString("no %1").arg(name)), catalog, QString("has no '%1'").arg(name),
-                 [at](Damaged &d) { // the null mask stands in front of the row before
+                 [at](Damaged &d) { // the null mask is before the previous row
                      d.catalogRow(1).bytes[at / 8 - 3] &= std::uint8_t(~(1 << at % 8));
                  });
             rows(qPrintable(QString("other %1").arg(name)), catalog,
-                 QString("its column '%1'").arg(name),
+                 QString("column '%1' is missing or of another type").arg(name),
                  [at](Damaged &d) { d.page(2).bytes[63 + 25 * at] = at == 2 ? 9 : 1; });
         }
         rows("table that became another object", catalog, "object of type 3",

@@ -1,5 +1,5 @@
-#include "../demo/MdbTools.h"
 #include "AccessFiles.h"
+#include "support/MdbTools.h"
 
 #include <QRegularExpression>
 #include <QTemporaryDir>

@@ -1,4 +1,6 @@
-#include "data/access/Values.h"
+#include "access/Values.h"
+#include "base/CodePages.h"
+#include "base/DayNumbers.h"
 #include "support/Rows.h"
 
 #include <limits>
@@ -76,7 +78,7 @@ private Q_SLOTS:
     {
         QFETCH(double, days);
         QByteArray text;
-        if (const std::optional<qint64> instant = instantOfDays(days))
+        if (const std::optional<qint64> instant = instantOfAccessDate(days))
             appendInstant(text, *instant);
         QTEST(text, "text");
     }

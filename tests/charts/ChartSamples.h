@@ -19,9 +19,9 @@ inline DataSeries emptySeries(int count, int minutes = 60,
         places.push_back({start, start + qint64(minutes) * 60'000, wall, {}, {}, {}, {}});
     }
     series.axis = std::make_shared<const BucketAxis>(std::move(places),
-                                                     minutes == 1440 ? 2
-                                                     : minutes == 60 ? 1
-                                                                     : 0,
+                                                     minutes == 1440 ? ByDay
+                                                     : minutes == 60 ? ByHour
+                                                                     : ByMinute,
                                                      minutes);
     series.buckets.resize(series.axis->size());
     return series;
@@ -52,8 +52,8 @@ inline DataSeries counterSeries(const QList<double> &means, double spread = 0, i
         BucketValue &bucket = series.buckets[static_cast<size_t>(i)];
         bucket.count = 4;
         bucket.mean = means[i];
-        bucket.least = means[i] - spread;
-        bucket.greatest = means[i] + spread;
+        bucket.min = means[i] - spread;
+        bucket.max = means[i] + spread;
     }
     return series;
 }

@@ -50,6 +50,8 @@ public:
         breakAfter(bytes, fault);
         m_isOnce = true;
     }
+    /// Closes all connections soon; new ones work.
+    void hangUp() { ++m_hungUp; }
     /// Connections that stalled are closed.
     void mend()
     {
@@ -78,7 +80,8 @@ private:
         const sockaddr_in address = loopbackAddress(m_serverPort);
         bool goesOn = ::connect(server.get(), reinterpret_cast<const sockaddr *>(&address),
                                 sizeof address) == 0;
-        while (goesOn && !m_ends) {
+        const int hungUp = m_hungUp;
+        while (goesOn && !m_ends && hungUp == m_hungUp) {
             pollfd ends[] = {{client.get(), POLLIN, 0}, {server.get(), POLLIN, 0}};
             ::poll(ends, 2, 20);
             if (ends[0].revents)
@@ -119,5 +122,6 @@ private:
     std::atomic<qint64> m_passed = 0;
     std::atomic<qint64> m_limit = unlimited;
     std::atomic<int> m_mended = 0;
+    std::atomic<int> m_hungUp = 0;
     std::thread m_thread;
 };

@@ -1,7 +1,7 @@
 #pragma once
 
 #include "Sockets.h"
-#include "core/Files.h"
+#include "base/Files.h"
 
 #include <QDir>
 #include <QElapsedTimer>

@@ -1,7 +1,7 @@
 #pragma once
 
-#include "core/Files.h"
-#include "demo/MdbTools.h"
+#include "base/Files.h"
+#include "support/MdbTools.h"
 
 /// The statements that put the tables of a monitoring database on a server, as an administrator of
 /// SQL Server would see them. The rows are read by mdbtools and pass through files in `folder`.

@@ -1,4 +1,4 @@
-#include "data/odbc/ConnectionText.h"
+#include "odbc/ConnectionText.h"
 #include "support/Errors.h"
 #include "support/Rows.h"
 

@@ -1,6 +1,8 @@
 #include "MariaDb.h"
-#include "data/DayNumbers.h"
-#include "data/odbc/OdbcConnection.h"
+#include "base/DayNumbers.h"
+#include "base/ProgramState.h"
+#include "odbc/OdbcConnection.h"
+#include "odbc/OdbcRecordset.h"
 #include "support/Errors.h"
 #include "support/Lines.h"
 #include "support/Rows.h"
@@ -139,6 +141,8 @@ class tst_OdbcConnection : public QObject
 {
     Q_OBJECT
 
+    const ProgramState m_state;
+
 private Q_SLOTS:
     void initTestCase() { m_server = std::make_unique<MariaDb>(typeTables()); }
     void cleanupTestCase() { m_server.reset(); }
@@ -173,11 +177,16 @@ private Q_SLOTS:
         for (const QString columns : {"%1", "%1, name", "note, %1"}) {
             const auto rows = connection->open("SELECT " + columns.arg(column) +
                                                " FROM types WHERE n<3 ORDER BY n");
-            const int at = rows->column(column);
+            const int at = columns.startsWith("note") ? 1 : 0;
             for (const QVariant &expected : {first, second}) {
                 QVERIFY(rows->next());
                 QVERIFY(!rows->isNull(at));
-                QCOMPARE(rows->value(at), expected);
+                if (expected.typeId() == QMetaType::QString)
+                    QCOMPARE(rows->text(at), expected.toString());
+                else if (expected.typeId() == QMetaType::Double)
+                    QCOMPARE(rows->number(at), expected.toDouble());
+                else
+                    QCOMPARE(rows->integer(at), expected.toLongLong());
             }
             QVERIFY(!rows->next());
         }
@@ -202,9 +211,8 @@ private Q_SLOTS:
         for (const QString columns : {"*", "t1, b, flag, price, whole, single, number, at, day"}) {
             const auto rows = connection->open("SELECT " + columns + " FROM types WHERE n=3");
             QVERIFY(rows->next());
-            for (int i = columns == "*" ? 1 : 0; i < rows->columns().size(); ++i) {
-                QVERIFY2(rows->isNull(i), qPrintable(rows->columns()[i]));
-                QVERIFY(rows->value(i).isNull());
+            for (int i = columns == "*" ? 1 : 0; i < rows->columnCount(); ++i) {
+                QVERIFY2(rows->isNull(i), qPrintable(QString::number(i)));
                 QCOMPARE(rows->integer(i), 0);
                 QCOMPARE(rows->number(i), 0.0);
                 QCOMPARE(rows->instant(i), 0);
@@ -248,35 +256,21 @@ private Q_SLOTS:
         const auto connection = connect();
         const auto rows = connection->open("SELECT * FROM types WHERE n<3 ORDER BY n",
                                            {"AT", "fine", "day", "i"});
-        QCOMPARE(rows->columns(), QStringList({"i", "at", "fine", "day"}));
-        QVERIFY_EXCEPTION_THROWN(rows->column("name"), Error);
+        QCOMPARE(rows->columnCount(), 4);
         QVERIFY(rows->next());
-        QCOMPARE(rows->integer(rows->column("I")), -2147483648ll);
-        QCOMPARE(rows->instant(1), utc("2024-02-29T23:59:59.997"));
-        QCOMPARE(rows->instant(2), utc("1899-12-30T00:00:00.003"));
-        QCOMPARE(rows->instant(3), utc("2024-03-31T00:00:00"));
+        QCOMPARE(rows->instant(0), utc("2024-02-29T23:59:59.997"));
+        QCOMPARE(rows->instant(1), utc("1899-12-30T00:00:00.003"));
+        QCOMPARE(rows->instant(2), utc("2024-03-31T00:00:00"));
+        QCOMPARE(rows->integer(3), -2147483648ll);
         QVERIFY(rows->next());
-        QCOMPARE(rows->instant(1), utc("9999-12-31T23:59:59.999"));
-        QCOMPARE(rows->instant(2), 0); // rounded up into the next day
-        QCOMPARE(rows->instant(3), utc("0100-01-01T00:00:00"));
-    }
-
-    void twoRecordsetsAtATime()
-    {
-        auto connection = connect();
-        const auto first = connection->open("SELECT n FROM samples ORDER BY n");
-        QVERIFY(first->next());
-        const auto second = connection->open("SELECT n FROM samples ORDER BY n DESC");
-        connection.reset();
-        for (int n = 2; n <= 10001; ++n) {
-            QVERIFY(first->next());
-            QCOMPARE(first->integer(0), n);
-            QVERIFY(second->next());
-            QCOMPARE(second->integer(0), 10003 - n);
-        }
-        QVERIFY(!first->next());
-        QVERIFY(second->next());
-        QVERIFY(!second->next());
+        QCOMPARE(rows->instant(0), utc("9999-12-31T23:59:59.999"));
+        QCOMPARE(rows->instant(1), 0); // rounded up into the next day
+        QCOMPARE(rows->instant(2), utc("0100-01-01T00:00:00"));
+        const Error error = errorOf([&] {
+            connection->open("SELECT * FROM types", {"i", "nowhere"});
+        });
+        QCOMPARE(error.number, int(ItemNotFound));
+        QCOMPARE(lines(*connection->open("SELECT 7 AS n")), QStringList("7"));
     }
 
     void failures()
@@ -352,9 +346,9 @@ private Q_SLOTS:
     }
 
 private:
-    std::unique_ptr<OdbcConnection> connect(bool fetchesWhole = false, int commandTimeout = 10)
+    std::shared_ptr<OdbcConnection> connect(bool fetchesWhole = false, int commandTimeout = 10)
     {
-        return std::make_unique<OdbcConnection>(m_server->connectionText(), 10, commandTimeout,
+        return std::make_shared<OdbcConnection>(m_server->connectionText(), 10, commandTimeout,
                                                 fetchesWhole);
     }
 

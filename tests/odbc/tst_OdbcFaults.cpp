@@ -1,10 +1,10 @@
 #include "FaultyProxy.h"
 #include "MariaDb.h"
-#include "TdsServer.h"
-#include "core/platform/EventLog.h"
-#include "data/Connection.h"
-#include "data/odbc/DriverThread.h"
-#include "definitions/GraphDef.h"
+#include "database/Connection.h"
+#include "definitions/clsGraphDef.h"
+#include "odbc/DriverThread.h"
+#include "platform/EventLog.h"
+#include "series/CalculatedSummary.h"
 #include "support/Errors.h"
 #include "support/Rows.h"
 #include "support/Sandbox.h"
@@ -18,7 +18,7 @@ namespace {
 
 constexpr int sampleCount = 20'000;
 
-QStringList events;
+std::unique_ptr<DatabaseConnection> connection;
 
 /// Reads all samples; what is wrong with them, or the error.
 QString readSamples()
@@ -30,7 +30,7 @@ QString readSamples()
                                   start);
         std::array<ItemQuestion, 1> questions{ItemQuestion{
             1, wallTime(start), wallTime(start + sampleCount * qint64(1000)), &seconds}};
-        gConnection->answer(questions, {});
+        connection->get()->answer(questions, {});
         const DataSeries minutes = seconds.series(5);
         for (size_t i = 1; i + 1 < minutes.buckets.size(); ++i) { // values rise by a half a second
             if (minutes.buckets[i].mean != double(i) * 30 + 14.75)
@@ -43,11 +43,26 @@ QString readSamples()
     }
 }
 
+/// Opens the database, that of the present settings where there is no connection; the error message
+/// if there is one.
+QString open()
+{
+    RunLog log(observer());
+    if (!connection)
+        connection = std::make_unique<DatabaseConnection>(databaseSource());
+    try {
+        connection->open(log);
+        return QString();
+    } catch (const ShownError &error) {
+        return error.description;
+    }
+}
+
 /// Opens the database and reads all samples; the error message if there is one.
 QString openAndRead()
 {
-    QString message;
-    return OpenDatabase(message) ? readSamples() : message;
+    const QString message = open();
+    return message.isEmpty() ? readSamples() : message;
 }
 
 } // namespace
@@ -56,6 +71,8 @@ QString openAndRead()
 class tst_OdbcFaults : public QObject
 {
     Q_OBJECT
+
+    const ProgramState m_state;
 
 private Q_SLOTS:
     void initTestCase()
@@ -75,23 +92,20 @@ private Q_SLOTS:
     {
         m_box = std::make_unique<Sandbox>();
         m_proxy = std::make_unique<FaultyProxy>(m_server->port());
-        events.clear();
-        setEventObserver([](int, EventType, const QString &message) { events.append(message); });
-        gGraphDataSQL = true;
-        gConnectionTimeout = gCommandTimeout = 1;
-        gSQLConnect = m_server->connectionText(m_proxy->port());
+        program().gGraphDataSQL = true;
+        program().gConnectionTimeout = program().gCommandTimeout = 1;
+        program().gSQLConnect = m_server->connectionText(m_proxy->port());
     }
     void cleanup()
     {
-        CloseDatabase();
-        setEventObserver(nullptr);
+        connection.reset();
         m_proxy.reset();
         m_box.reset();
     }
 
     void cutAnywhere()
     {
-        gConnectionTimeout = gCommandTimeout = 10;
+        program().gConnectionTimeout = program().gCommandTimeout = 10;
         sweep(FaultyProxy::Cut, 60);
     }
 
@@ -100,11 +114,11 @@ private Q_SLOTS:
     void serverStopsWhileIdle()
     {
         QCOMPARE(openAndRead(), "");
-        const MonitoringDatabase *opened = gConnection.get();
+        const MonitoringDatabase *opened = connection->get();
         QCOMPARE(openAndRead(), "");
-        QCOMPARE(gConnection.get(), opened);
-        m_proxy = std::make_unique<FaultyProxy>(m_server->port()); // the old one's connections end
-        gSQLConnect = m_server->connectionText(m_proxy->port());
+        QCOMPARE(connection->get(), opened);
+        m_proxy->hangUp();
+        QTRY_VERIFY(!connection->get()->isOpen());
         QCOMPARE(openAndRead(), "");
     }
 
@@ -113,7 +127,7 @@ private Q_SLOTS:
         QCOMPARE(openAndRead(), "");
         QElapsedTimer timer;
         timer.start();
-        const Error error = errorOf([] { gConnection->sampleCount(); });
+        const Error error = errorOf([] { connection->get()->sampleCount(); });
         QVERIFY(error.number != 0);
         QVERIFY2(timer.elapsed() < 15'000, error.what());
         QCOMPARE(openAndRead(), "");
@@ -139,12 +153,12 @@ private Q_SLOTS:
     void noServer()
     {
         QFETCH(QString, text);
-        gConnectionTimeout = 3;
-        gSQLConnect = text;
+        program().gConnectionTimeout = 3;
+        program().gSQLConnect = text;
         QElapsedTimer timer;
         timer.start();
-        QString message;
-        QVERIFY(!OpenDatabase(message));
+        const QString message = open();
+        QVERIFY(!message.isEmpty());
         QVERIFY2(timer.elapsed() < 20'000, qPrintable(QString::number(timer.elapsed())));
         static const QRegularExpression form("^Error opening database '(.*)' \\[(-?\\d+)\\] (.+)$");
         const QRegularExpressionMatch match = form.match(message);
@@ -153,61 +167,31 @@ private Q_SLOTS:
                      match.captured(3).contains("(SQL state "),
                  qPrintable(message));
         QCOMPARE(m_box->status, QStringList({"Opening database connection.", message}));
-        QCOMPARE(events, QStringList(message));
+        QCOMPARE(m_box->events, QStringList("6 1 " + message));
         QVERIFY(!message.contains("top-secret"));
     }
 
-    void encryptsOrFails_data()
-    {
-        const QString server = "Data Source=127.0.0.1,%1;User ID=sa;Password=%2;";
-        const QString driver = "SERVER=127.0.0.1;PORT=%1;UID=sa;PWD=%2;TDS_Version=7.4;";
-        const Rows<QString, bool> row("text", "goesOut");
-        row("not asked", "Provider=SQLOLEDB;" + server, true);
-        row("OLE DB", "Provider=SQLOLEDB;Encrypt=yes;" + server, false);
-        row("driver", "DRIVER={FreeTDS};Encrypt=Yes;" + driver, false);
-        row("wrapped",
-            "Provider=MSDASQL;Extended Properties=\"DRIVER={FreeTDS};" + driver + "\";Encrypt=Yes",
-            false);
-        row("data source", "DSN=Tds;Encrypt=Yes;UID=sa;PWD=%2;X=%1", false);
-    }
     /// A server that cannot encrypt gets no password from whoever asked for encryption.
-    void encryptsOrFails()
-    {
-        QFETCH(QString, text);
-        TdsServer server;
-        m_box->write("odbc.ini", "[Tds]\nDriver=FreeTDS\nServer=127.0.0.1\nTDS_Version=7.4\nPort=" +
-                                     QByteArray::number(server.port()) + '\n');
-        qputenv("ODBCINI", m_box->path("odbc.ini").toLocal8Bit());
-        gConnectionTimeout = 5;
-        gSQLConnect = text.arg(server.port()).arg("top-secret");
-        QString message;
-        QVERIFY(!OpenDatabase(message));
-        qunsetenv("ODBCINI");
-        const QByteArray received = server.stop();
-        QVERIFY2(received.startsWith('\x12'), qPrintable(message)); // it was there, and asked
-        QTEST(received.contains(TdsServer::disguised("top-secret")), "goesOut");
-    }
-
-    /// Nor does one that speaks MariaDB's language.
     void asksMariaDbForEncryption()
     {
         QCOMPARE(openAndRead(), "");
-        CloseDatabase();
-        gSQLConnect += ";Encrypt=Yes";
+        connection.reset();
+        program().gSQLConnect += ";Encrypt=Yes";
         QVERIFY2(openAndRead().contains("SSL"), qPrintable(openAndRead()));
     }
 
     void secretsStayHidden()
     {
-        gSQLConnect = QString(m_server->connectionText()).replace("r=et", "r=e");
+        program().gSQLConnect = QString(m_server->connectionText()).replace("r=et", "r=e");
         const QString message = openAndRead();
         QVERIFY2(message.contains("[1045]") && message.contains("(SQL state 28000)"),
                  qPrintable(message));
         // What is quoted as the driver's name happens to be the password.
-        gSQLConnect = "DRIVER={top-secret};Password=top-secret";
+        connection.reset();
+        program().gSQLConnect = "DRIVER={top-secret};Password=top-secret";
         const QString why = openAndRead().section("' [", 1);
         QVERIFY2(why.contains("***") && !why.contains("top-secret"), qPrintable(why));
-        for (const QString &line : m_box->status + events)
+        for (const QString &line : m_box->status + m_box->events)
             QVERIFY2(!line.contains(MariaDb::password().chopped(1)) &&
                          !line.contains("=top-secret"),
                      qPrintable(line));
@@ -246,15 +230,16 @@ private:
             // lie.
             const double share = double(i) / places;
             const auto place = qint64(share * share * share * double(all));
-            CloseDatabase();
+            connection.reset();
             m_proxy->breakAfter(place, fault);
             QElapsedTimer timer;
             timer.start();
             const QString error = openAndRead();
-            QVERIFY2(error.startsWith(gConnection ? "Error [" : "Error opening database 'DRIVER="),
-                     qPrintable(QString("%1: %2").arg(place).arg(error)));
-            ends.insert(gConnection ? "query" : "connect");
-            if (gConnection) // the report's other queries fail at once
+            QVERIFY2(
+                error.startsWith(connection->get() ? "Error [" : "Error opening database 'DRIVER="),
+                qPrintable(QString("%1: %2").arg(place).arg(error)));
+            ends.insert(connection->get() ? "query" : "connect");
+            if (connection->get()) // the report's other queries fail at once
                 QVERIFY(readSamples().contains("connection is broken"));
             // Both time-outs, and room for a busy machine.
             QVERIFY2(timer.elapsed() < 15'000, qPrintable(QString::number(timer.elapsed())));

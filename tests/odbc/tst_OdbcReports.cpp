@@ -1,13 +1,15 @@
 #include "FaultyProxy.h"
 #include "MariaDb.h"
 #include "MonitoringTables.h"
-#include "core/Clock.h"
-#include "core/StartUp.h"
-#include "data/Connection.h"
-#include "definitions/DefinitionStores.h"
+#include "base/Clock.h"
+#include "base/ProgramState.h"
+#include "config/StartUp.h"
+#include "database/Connection.h"
+#include "definitions/Definitions.h"
 #include "demo/DemoReports.h"
 #include "demo/MonitoringData.h"
 #include "scheduling/ReportRunner.h"
+#include "series/CalculatedSummary.h"
 #include "support/Sandbox.h"
 #include "support/Zones.h"
 
@@ -27,16 +29,16 @@ int runHome(int argc, char **argv)
     const QGuiApplication application(argc, argv);
     const FrozenClock clock((until + 30) * 1000);
     locateProgramFolder(QString::fromLocal8Bit(argv[2]));
-    gCommandLine = "/AUTO";
+    program().gCommandLine = "/AUTO";
     InitGrapher();
     loadGrapherConfig();
-    LoadReportDefs();
-    setStatusSink([](const QString &line) { std::puts(qPrintable(line)); });
-    gStartupDone = true;
+    definitions().LoadReportDefs();
+    observer().status = [](const QString &line) { std::puts(qPrintable(line)); };
+    program().gStartupDone = true;
     QStringList ids;
-    for (const auto &report : gReportDefs)
+    for (const auto &report : definitions().gReportDefs)
         ids.append(report->ReportID);
-    return runReports(ids, RunChoice::All).failed() ? 1 : 0;
+    return runReports({ids, RunChoice::All, RunMode::Scheduled}).failed() ? 1 : 0;
 }
 
 } // namespace
@@ -62,7 +64,7 @@ private Q_SLOTS:
         options.until = until;
         m_plan = demo::planMonitoring(options);
         // Ids that must not end a text, or part a list.
-        m_plan.devices[2].muid = " or 1=1 -- ";
+        m_plan.devices[2].muid = "' or 1=1 -- ";
         m_plan.devices[3].muid = "x' or 'a'='a, b";
         m_plan.devices[4].muid = "with, comma";
         const QString file = path("VTRGData.MDB");
@@ -85,12 +87,11 @@ private Q_SLOTS:
         QVERIFY2(expected.size() > 14 * 4, qPrintable(expected.join(u'\n')));
         for (const Way way : {SqlServer, DataSource}) {
             for (const bool fetchesWhole : {false, true}) {
-                gUseClientCursor = fetchesWhole;
+                program().gUseClientCursor = fetchesWhole;
                 use(way);
                 QCOMPARE(answers(), expected);
             }
         }
-        CloseDatabase();
     }
 
     void sameTree()
@@ -143,23 +144,21 @@ private:
 
     void use(Way way)
     {
-        CloseDatabase();
-        gDataPath = m_folder.path() + u'/';
-        gGraphDataSQL = way == SqlServer;
-        gGraphDataDSN = way == DataSource;
-        gSQLConnect = way == SqlServer ? m_server->connectionText()
-                                       : "DSN=Monitoring;UID=grapher;PWD={" +
-                                             MariaDb::password().replace("}", "}}") + "}";
-        QString message;
-        QVERIFY2(OpenDatabase(message), qPrintable(message));
+        program().gDataPath = m_folder.path() + u'/';
+        program().gGraphDataSQL = way == SqlServer;
+        program().gGraphDataDSN = way == DataSource;
+        program().gSQLConnect = way == SqlServer ? m_server->connectionText()
+                                                 : "DSN=Monitoring;UID=grapher;PWD={" +
+                                                       MariaDb::password().replace("}", "}}") + "}";
     }
     static QStringList answers()
     {
-        const auto inventory = gConnection->inventory();
-        QStringList lines{QString::number(gConnection->sampleCount())};
+        const auto database = databaseSource().connect();
+        const auto inventory = database->inventory();
+        QStringList lines{QString::number(database->sampleCount())};
         for (const ScaleRow &scale : inventory->scales())
             lines.append(QString("%1|%2|%3").arg(scale.scale).arg(scale.name, scale.abbreviation));
-        gConnection->readSelection([&](const SelectionRow &row) {
+        database->readSelection([&](const SelectionRow &row) {
             const QString &unit = row.scale.abbreviation;
             lines.append(QString("%1|%2|%3|%4|%5|%6|%7|%8|%9")
                              .arg(row.device.ident)
@@ -181,7 +180,7 @@ private:
         std::vector<SummaryQuestion> summaries;
         for (const DeviceRow &device : inventory->devices())
             summaries.push_back({device.muid, from, to, {}});
-        gConnection->answer(items, summaries);
+        database->answer(items, summaries);
         for (size_t i = 0; i < items.size(); ++i) {
             const DataSeries series = folds[i].series(5);
             for (const BucketValue &day : series.buckets)
@@ -190,8 +189,8 @@ private:
                                  .arg(day.count)
                                  .arg(day.successes)
                                  .arg(day.mean)
-                                 .arg(day.least)
-                                 .arg(day.greatest));
+                                 .arg(day.min)
+                                 .arg(day.max));
         }
         for (const SummaryQuestion &summary : summaries) {
             for (const StateCount &count : summary.answer)
@@ -245,6 +244,7 @@ private:
 
 int main(int argc, char **argv)
 {
+    const ProgramState state;
     if (argc == 3 && qstrcmp(argv[1], "--run-home") == 0)
         return runHome(argc, argv);
     QCoreApplication application(argc, argv);

@@ -23,6 +23,12 @@ export async function checkChart(tab, address, expect) {
     .map((id) => [id, document.getElementById(id).textContent.split(',').map((entry) => entry.trim())])));
   const count = data.labels.length;
   const state = await tab.$eval('.plot', (plot) => plot.dataset.chart === 'state');
+  if (!state) {
+    const means = data.series1.filter(Boolean).map(Number);
+    const average = means.reduce((sum, mean) => sum + mean, 0) / means.length;
+    const written = await tab.$eval('#average', (element) => Number(element.textContent));
+    expect(Math.abs(written - average) < 1e-5, `says that ${average} is ${written}`);
+  }
   const whole = async (after) => expect(String(await shown()) === `0,${count}`, `${after} does not show the whole period`);
 
   // All of it at first, with axes whose labels stand apart.
@@ -140,7 +146,8 @@ export async function checkChart(tab, address, expect) {
   const pointed = await read();
   expect(data.labels.slice(Math.floor(count / 2) - 1, Math.floor(count / 2) + 2).some((label) => pointed.startsWith(label)), `reads "${pointed}" in the middle`);
   await tab.mouse.move(2, 2);
-  expect((await read()).startsWith(`${data.labels[0]} to ${data.labels.at(-1)}`), `reads "${await read()}" when nothing is pointed at`);
+  const lowest = state ? ' Lowest success rate ' : ' Least single sample ';
+  expect((await read()).startsWith(`${data.labels[0]} to ${data.labels.at(-1)}${lowest}`), `reads "${await read()}" when nothing is pointed at`);
 
   // Series go and come back.
   const series = state ? { 'With failures': 'failure', 'No data': 'nodata', Overall: 'overall' }

@@ -10,8 +10,8 @@ using Row = std::vector<QVariant>;
 
 /// Appends a row whose values stand in the order of the fields; an invalid one is NULL, an instant
 /// (qint64) becomes a date-time, Currency counts in ten-thousandths.
-inline demo::RowPlace append(demo::TableWriter &table, const std::vector<demo::Field> &fields,
-                             const Row &row)
+inline demo::RowAddress append(demo::TableWriter &table, const std::vector<demo::Field> &fields,
+                               const Row &row)
 {
     using enum demo::FieldType;
     for (int i = 0; i < static_cast<int>(row.size()); ++i) {

@@ -4,14 +4,15 @@
 #include <QMessageBox>
 #include <QPushButton>
 #include <QStringList>
+#include <QTest>
 #include <QTimer>
 
 #include <functional>
 #include <list>
 
 /// Acts for the user on the modal windows that come up, one step each, and keeps what message boxes
-/// say ("title: text"). A window that no step was given for is closed and kept as "unexpected"; one
-/// that is open before is left alone.
+/// say ("title: text"). A window that no step was given for is closed and fails the test, as a step
+/// does that no window came up for; a window that is open before is left alone.
 class Answers : public QObject
 {
 public:
@@ -20,6 +21,11 @@ public:
         if (QWidget *window = QApplication::activeModalWidget())
             handle(window);
         lookSoon();
+    }
+    ~Answers() override
+    {
+        if (!m_steps.empty())
+            QTest::qFail("a window did not come up", __FILE__, __LINE__);
     }
 
     using Step = std::function<void(QWidget &window)>;
@@ -39,7 +45,6 @@ public:
     }
 
     QStringList said;
-    bool allDone() const { return m_steps.empty(); }
 
 private:
     void lookSoon()
@@ -73,7 +78,7 @@ private:
 
     void refuse(QWidget &window)
     {
-        said.append(QLatin1String("unexpected ") + window.windowTitle());
+        QTest::qFail(qPrintable("unexpected: " + window.windowTitle()), __FILE__, __LINE__);
         window.close();
     }
 

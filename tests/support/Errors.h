@@ -1,6 +1,6 @@
 #pragma once
 
-#include "core/Error.h"
+#include "base/Error.h"
 
 /// The error that an action throws; number 0 when it throws none.
 template <typename Action>

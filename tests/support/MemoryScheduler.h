@@ -1,7 +1,7 @@
 #pragma once
 
-#include "core/Error.h"
-#include "core/platform/TaskScheduler.h"
+#include "base/Error.h"
+#include "platform/TaskScheduler.h"
 
 /// A task scheduler that only remembers.
 class MemoryScheduler : public platform::TaskScheduler

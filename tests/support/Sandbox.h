@@ -1,42 +1,42 @@
 #pragma once
 
-#include "core/Files.h"
-#include "core/GrapherConfig.h"
-#include "core/Paths.h"
-#include "core/State.h"
-#include "core/Status.h"
-#include "core/TimeZone.h"
-#include "core/platform/EventLog.h"
+#include "base/Files.h"
+#include "base/Paths.h"
+#include "base/ProgramState.h"
+#include "config/Program.h"
+#include "config/Status.h"
+#include "config/clsGrapherConfig.h"
+#include "platform/EventLog.h"
+#include "support/Zones.h"
 
 #include <QDir>
 #include <QStringList>
 #include <QTemporaryDir>
 
-/// A program folder of its own for a test, which is its configuration folder too; process-wide
-/// state is fresh before and after; status lines are kept, and events ("id type message").
+#include <optional>
+
+/// A program folder of its own for a test, which is its configuration folder too, and a state of
+/// the program of its own; status lines are kept, and events ("id type message").
 class Sandbox
 {
 public:
-    Sandbox()
+    Sandbox() { restart(); }
+    Sandbox(const Sandbox &) = delete;
+    Sandbox &operator=(const Sandbox &) = delete;
+
+    /// As if the program ended and began again over the same folder.
+    void restart()
     {
-        resetState();
-        events.clear();
+        m_state.reset();
+        m_state.emplace();
         setProgramFolder(m_folder.path());
-        gConfig = std::make_unique<clsGrapherConfig>();
-        gConfig->storedConfig = QStringLiteral("%%app.path%%");
-        gStartupDone = true;
-        setStatusSink([this](const QString &line) { status.append(line); });
-        setEventObserver([](int eventId, EventType type, const QString &message) {
+        gConfig().storedConfig = QStringLiteral("%%app.path%%");
+        program().gStartupDone = true;
+        observer().status = [this](const QString &line) { status.append(line); };
+        setEventObserver([this](int eventId, EventType type, const QString &message) {
             events.append(QString("%1 %2 %3").arg(eventId).arg(type).arg(message));
         });
     }
-    ~Sandbox()
-    {
-        setEventObserver(nullptr);
-        resetState();
-    }
-    Sandbox(const Sandbox &) = delete;
-    Sandbox &operator=(const Sandbox &) = delete;
 
     QString path(const QString &name = QString()) const
     {
@@ -57,35 +57,22 @@ public:
     }
 
     QStringList status;
-    static inline QStringList events;
+    QStringList events;
 
 private:
     QTemporaryDir m_folder;
+    std::optional<ProgramState> m_state;
 };
 
 /// Runs with another local time zone for as long as it lives.
 class LocalZone
 {
 public:
-    explicit LocalZone(const QByteArray &name)
-        : m_before(qgetenv("TZ"))
-        , m_wasSet(qEnvironmentVariableIsSet("TZ"))
-    {
-        qputenv("TZ", name);
-        reloadTimeZone();
-    }
-    ~LocalZone()
-    {
-        if (m_wasSet)
-            qputenv("TZ", m_before);
-        else
-            qunsetenv("TZ");
-        reloadTimeZone();
-    }
+    explicit LocalZone(const QByteArray &name) { setZone(name); }
+    ~LocalZone() { setZone(m_before); }
     LocalZone(const LocalZone &) = delete;
     LocalZone &operator=(const LocalZone &) = delete;
 
 private:
-    QByteArray m_before;
-    bool m_wasSet;
+    QByteArray m_before = qgetenv("TZ");
 };

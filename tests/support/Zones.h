@@ -1,6 +1,6 @@
 #pragma once
 
-#include "core/TimeZone.h"
+#include "base/TimeZone.h"
 
 #include <QByteArray>
 

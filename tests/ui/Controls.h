@@ -70,17 +70,6 @@ struct Controls : Dialog
         return this->inputError(field);
     }
 
-    /// The names of the controls that Tab goes through.
-    QString tabOrder()
-    {
-        open();
-        QStringList visited;
-        while (!visited.contains(this->focusWidget()->objectName())) {
-            visited.append(this->focusWidget()->objectName());
-            QTest::keyClick(this->focusWidget(), Qt::Key_Tab);
-        }
-        return visited.join(u' ');
-    }
     /// Every letter behind an "&" is one control's own.
     void checkLetters() const
     {

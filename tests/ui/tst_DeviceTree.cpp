@@ -1,9 +1,7 @@
 #include "support/Rows.h"
-#include "ui/DeviceTree.h"
-#include "ui/DeviceView.h"
+#include "ui/editors/DeviceTree.h"
 
 #include <QAbstractItemModelTester>
-#include <QPaintEvent>
 #include <QSignalSpy>
 #include <QTest>
 
@@ -87,18 +85,6 @@ void click(DeviceTree &tree, const QModelIndex &index)
     const bool isChecked = index.data(Qt::CheckStateRole).toInt() == Qt::Checked;
     QVERIFY(tree.setData(index, isChecked ? Qt::Unchecked : Qt::Checked, Qt::CheckStateRole));
 }
-
-/// A view that keeps what it has painted.
-struct PaintedView : DeviceView
-{
-    using DeviceView::DeviceView;
-    void paintEvent(QPaintEvent *event) override
-    {
-        painted += event->region();
-        DeviceView::paintEvent(event);
-    }
-    QRegion painted;
-};
 
 } // namespace
 
@@ -208,19 +194,6 @@ private Q_SLOTS:
         QCOMPARE(selected(tree).last(), "{KÖLN-ROUTER}:2"); // of the database
     }
 
-    /// Undoing a change is no change, in whatever order it is done.
-    void textOfTheSelection()
-    {
-        m_tree->setSelection(chosen({"{SRV-2}:6", "{SRV-1}:5,3"}));
-        const QString before = m_tree->selectionText();
-        m_tree->setShown(false);
-        click(*m_tree, item(1, 0));
-        click(*m_tree, item(1, 2));
-        QVERIFY(m_tree->selectionText() != before);
-        click(*m_tree, device(2));
-        QCOMPARE(m_tree->selectionText(), before);
-    }
-
     void missingOnes()
     {
         m_tree->setSelection(chosen({"{GONE}:7,8", "{BARE}:", "{SRV-1}:3,99"}));
@@ -237,19 +210,6 @@ private Q_SLOTS:
         click(*m_tree, group);
         QCOMPARE(selected(*m_tree), QStringList("{SRV-1}:3"));
         QCOMPARE(m_tree->rowCount(group), 3); // still there to be marked again
-    }
-
-    void paintsTheMarksOfTheLastDevicesItems()
-    {
-        PaintedView view(m_tree.get());
-        view.resize(400, 300);
-        view.expandAll();
-        view.show();
-        QTest::qWait(50);
-        view.painted = {};
-        m_tree->setShown(true);
-        QTest::qWait(50);
-        QVERIFY(view.painted.contains(view.visualRect(item(2, 0))));
     }
 };
 

@@ -1,7 +1,7 @@
-#include "core/Error.h"
+#include "base/Error.h"
 #include "support/Sandbox.h"
 #include "ui/Controls.h"
-#include "ui/HelpWindow.h"
+#include "ui/help/frmHelp.h"
 
 #include <QListWidget>
 #include <QRegularExpression>
@@ -58,31 +58,6 @@ private Q_SLOTS:
         search->clear();
         QCOMPARE(shown(), list->count());
         QVERIFY(page->extraSelections().isEmpty());
-    }
-
-    void scrollsFromTheSearchBox()
-    {
-        const Sandbox sandbox;
-        frmHelp help(m_folder, nullptr);
-        help.resize(600, 300);
-        help.openPage("schedule-editor.html");
-        auto *search = control<QLineEdit>(help, "txtSearch");
-        const auto *bar = control<QTextBrowser>(help, "txtPage")->verticalScrollBar();
-        for (const auto key : {Qt::Key_PageDown, Qt::Key_Down}) {
-            const int before = bar->value();
-            QTest::keyClick(search, key);
-            QVERIFY(bar->value() > before);
-        }
-        QTest::keyClick(search, Qt::Key_Escape);
-        QVERIFY(!help.isVisible());
-        help.openPage("index.html");
-        QVERIFY(help.isVisible() && help.close());
-    }
-
-    void aFolderWithoutPages()
-    {
-        const Sandbox sandbox;
-        QVERIFY_EXCEPTION_THROWN(frmHelp(sandbox.path(), nullptr), Error);
     }
 };
 

@@ -1,0 +1,45 @@
+#include "database/Connection.h"
+
+#include "base/Files.h"
+#include "config/Program.h"
+#include "database/AccessDatabase.h"
+#include "database/OdbcDatabase.h"
+#include "odbc/ConnectionText.h"
+
+DatabaseSource databaseSource()
+{
+    if (program().gGraphDataSQL || program().gGraphDataDSN)
+        return {maskPasswords(program().gSQLConnect),
+                [dialect = program().gGraphDataSQL ? SqlDialect::SqlServer : SqlDialect::Access,
+                 text = program().gSQLConnect, connectionTimeout = program().gConnectionTimeout,
+                 commandTimeout = program().gCommandTimeout,
+                 fetchesWhole = program().gUseClientCursor] {
+                    return std::make_unique<OdbcDatabase>(dialect, text, connectionTimeout,
+                                                          commandTimeout, fetchesWhole);
+                }};
+    const QString file = program().gDataPath + QLatin1String("VTRGData.MDB");
+    return {QStringLiteral("Provider='Microsoft.Jet.OLEDB.4.0';Data Source='%1'").arg(file),
+            [path = nativePath(file)] { return std::make_unique<AccessDatabase>(path); }};
+}
+
+DatabaseConnection::DatabaseConnection(DatabaseSource source)
+    : m_source(std::move(source))
+{}
+
+MonitoringDatabase &DatabaseConnection::open(RunLog &log)
+{
+    log.status(QStringLiteral("Opening database connection."));
+    try {
+        if (m_database && !m_database->isOpen())
+            m_database.reset();
+        if (!m_database)
+            m_database = m_source.connect();
+    } catch (const Error &error) {
+        const QString text =
+            QStringLiteral("Error opening database '%1' ").arg(m_source.name) + errorTail(error);
+        log.event(EventError, text);
+        throw ShownError(log, error.number, text);
+    }
+    log.status(QStringLiteral("Database Opened."));
+    return *m_database;
+}

@@ -1,0 +1,15 @@
+#include "platform/Drawing.h"
+
+namespace platform {
+
+QByteArray drawingPlatform()
+{
+    return "offscreen";
+}
+
+QStringList spareFonts()
+{
+    return {};
+}
+
+} // namespace platform

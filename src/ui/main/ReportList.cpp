@@ -1,0 +1,232 @@
+#include "ui/main/ReportList.h"
+
+#include "base/Clock.h"
+#include "base/Files.h"
+#include "base/TimeZone.h"
+#include "config/Program.h"
+#include "config/clsGrapherConfig.h"
+#include "definitions/Definitions.h"
+#include "scheduling/DueState.h"
+#include "ui/common/Widgets.h"
+
+#include <QApplication>
+#include <QStyle>
+
+namespace {
+
+QString timeText(const QDateTime &time)
+{
+    return time.toString(QStringLiteral("yyyy-MM-dd HH:mm"));
+}
+
+QString resultCaption(ReportResult result)
+{
+    QString text = resultText(result);
+    text[0] = text[0].toUpper();
+    return result == ReportResult::Ok ? QStringLiteral("OK") : text;
+}
+
+/// Results that need attention.
+bool isWorrying(ReportResult result)
+{
+    return result == ReportResult::Failed || result == ReportResult::Partial ||
+           result == ReportResult::Unfinished;
+}
+
+QString scheduleNames(const clsReportDef &report)
+{
+    QStringList names;
+    for (const auto &entry : report.ReportSchedules) {
+        const auto schedule = definitions().gScheduleDefs.find(entry->ScheduleID);
+        names.append(schedule ? schedule->ScheduleName : QStringLiteral("(missing schedule)"));
+    }
+    return names.isEmpty() ? QStringLiteral("None") : names.join(QLatin1String(", "));
+}
+
+QString whyOf(const ReportRecord &record)
+{
+    QStringList lines;
+    if (!record.error.isEmpty())
+        lines.append(record.error);
+    if (record.chartsWithoutImage > 0)
+        lines.append(QStringLiteral("%1 of %2 charts have no image")
+                         .arg(record.chartsWithoutImage)
+                         .arg(record.charts));
+    if (record.result == ReportResult::NoData)
+        lines.append(QStringLiteral("The chart's period holds no samples of the report's devices"));
+    return lines.join(u'\n');
+}
+
+} // namespace
+
+ReportList::ReportList(QObject *parent)
+    : QAbstractTableModel(parent)
+    , m_reportIcon(QApplication::style()->standardIcon(QStyle::SP_FileIcon))
+    , m_warningIcon(QApplication::style()->standardIcon(QStyle::SP_MessageBoxWarning))
+{}
+
+ReportList::Row ReportList::rowFor(const clsReportDef &report, const std::vector<RunRecord> &runs,
+                                   const OutputTree &tree)
+{
+    const auto chart = definitions().gChartDefs.find(report.ChartID);
+    const ScheduledReport scheduled = scheduledReport(report);
+    const DueState state = dueState(scheduled);
+    Row row;
+    row.id = report.ReportID;
+    row.title = report.ReportTitle;
+    row.chart = chart ? chart->ChartTitle : QStringLiteral("(missing chart)");
+    row.devices = report.ReportDevices.size();
+    row.schedules = scheduleNames(report);
+    const LatestRun last = latestRun(scheduled, runs, fileExists(tree.reportPage(report.ReportID)));
+    row.lastRun = last.time;
+    row.nextRun = state.next;
+    row.due = state.due;
+    row.whyNext = state.why;
+    if (last.record) {
+        row.result = last.record->result;
+        row.whyResult = whyOf(*last.record);
+    }
+    return row;
+}
+
+void ReportList::refresh()
+{
+    const std::vector<RunRecord> runs = runHistory().runs();
+    const OutputTree tree(gConfig());
+    for (int row = static_cast<int>(m_rows.size()) - 1; row >= 0; --row) {
+        if (definitions().gReportDefs.contains(reportId(row)))
+            continue;
+        beginRemoveRows({}, row, row);
+        m_rows.erase(m_rows.begin() + row);
+        endRemoveRows();
+    }
+    for (const auto &report : definitions().gReportDefs) {
+        const int row = rowOf(report->ReportID);
+        if (row >= 0) {
+            m_rows[static_cast<size_t>(row)] = rowFor(*report, runs, tree);
+            continue;
+        }
+        const int end = static_cast<int>(m_rows.size());
+        beginInsertRows({}, end, end);
+        m_rows.push_back(rowFor(*report, runs, tree));
+        endInsertRows();
+    }
+    if (!m_rows.empty())
+        Q_EMIT dataChanged(index(0, 0), index(rowCount() - 1, ColumnCount - 1));
+}
+
+int ReportList::rowOf(const QString &reportId) const
+{
+    for (size_t row = 0; row < m_rows.size(); ++row) {
+        if (m_rows[row].id.compare(reportId, Qt::CaseInsensitive) == 0)
+            return static_cast<int>(row);
+    }
+    return -1;
+}
+
+int ReportList::rowCount(const QModelIndex &parent) const
+{
+    return parent.isValid() ? 0 : static_cast<int>(m_rows.size());
+}
+
+int ReportList::columnCount(const QModelIndex &parent) const
+{
+    return parent.isValid() ? 0 : ColumnCount;
+}
+
+QString ReportList::text(const Row &row, int column)
+{
+    switch (column) {
+    case Title:
+        return row.title;
+    case Chart:
+        return row.chart;
+    case Devices:
+        return QLocale().toString(row.devices);
+    case Schedules:
+        return row.schedules;
+    case LastRun:
+        return row.lastRun.isValid() ? timeText(row.lastRun) : QStringLiteral("Never");
+    case Result:
+        return row.result ? resultCaption(*row.result) : QString();
+    default:
+        if (!row.nextRun.isValid())
+            return QStringLiteral("Not scheduled");
+        return row.due || row.nextRun <= now() ? QStringLiteral("Due now") : timeText(row.nextRun);
+    }
+}
+
+QVariant ReportList::sortKey(const Row &row, int column)
+{
+    // Those that never ran come first, those that never will come last.
+    static const QDateTime first(QDate(1, 1, 1), QTime(0, 0), Qt::UTC);
+    static const QDateTime last(QDate(9999, 12, 31), QTime(0, 0), Qt::UTC);
+    switch (column) {
+    case Devices:
+        return row.devices;
+    case LastRun:
+        return row.lastRun.isValid() ? row.lastRun : first;
+    case NextRun:
+        return row.nextRun.isValid() ? row.nextRun : last;
+    default:
+        return text(row, column);
+    }
+}
+
+QString ReportList::toolTip(const Row &row, int column)
+{
+    if (column == Result)
+        return row.whyResult;
+    return column == NextRun ? row.whyNext : QString();
+}
+
+QVariant ReportList::data(const QModelIndex &index, int role) const
+{
+    if (!index.isValid() || index.row() >= rowCount())
+        return {};
+    const Row &row = m_rows[static_cast<size_t>(index.row())];
+    switch (role) {
+    case Qt::DisplayRole:
+        return text(row, index.column());
+    case SortRole:
+        return sortKey(row, index.column());
+    case Qt::ToolTipRole: {
+        const QString tip = wrappingToolTip(toolTip(row, index.column()));
+        return tip.isEmpty() ? QVariant() : tip;
+    }
+    case Qt::TextAlignmentRole:
+        return index.column() == Devices ? QVariant(Qt::AlignRight | Qt::AlignVCenter) : QVariant();
+    case Qt::DecorationRole:
+        if (index.column() == Title)
+            return m_reportIcon;
+        return index.column() == Result && row.result && isWorrying(*row.result)
+                   ? QVariant(m_warningIcon)
+                   : QVariant();
+    default:
+        return {};
+    }
+}
+
+QVariant ReportList::headerData(int section, Qt::Orientation orientation, int role) const
+{
+    if (role == Qt::TextAlignmentRole && section == Devices)
+        return QVariant(Qt::AlignRight | Qt::AlignVCenter);
+    if (orientation != Qt::Horizontal || role != Qt::DisplayRole)
+        return QAbstractTableModel::headerData(section, orientation, role);
+    switch (section) {
+    case Title:
+        return QStringLiteral("Report");
+    case Chart:
+        return QStringLiteral("Chart");
+    case Devices:
+        return QStringLiteral("Devices");
+    case Schedules:
+        return QStringLiteral("Schedules");
+    case LastRun:
+        return QStringLiteral("Last Run");
+    case Result:
+        return QStringLiteral("Result");
+    default:
+        return QStringLiteral("Next Run");
+    }
+}

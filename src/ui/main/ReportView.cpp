@@ -1,0 +1,113 @@
+#include "ui/main/ReportView.h"
+
+#include "ui/main/ReportList.h"
+
+#include <QHeaderView>
+#include <QLabel>
+#include <QPushButton>
+#include <QVBoxLayout>
+
+#include <array>
+
+ReportView::ReportView(ReportList &list, QWidget *parent)
+    : QTreeView(parent)
+    , m_list(list)
+    , m_hint(new QWidget(viewport()))
+    , m_addButton(new QPushButton(QStringLiteral("Add a Report…")))
+{
+    setObjectName(QStringLiteral("lvReports"));
+    setAccessibleName(QStringLiteral("Configured Reports"));
+    setToolTip(QStringLiteral("Currently configured reports."));
+    m_sorted.setSourceModel(&list);
+    m_sorted.setSortRole(ReportList::SortRole);
+    m_sorted.setSortCaseSensitivity(Qt::CaseInsensitive);
+    m_sorted.setSortLocaleAware(true);
+    m_sorted.setDynamicSortFilter(true);
+    setModel(&m_sorted);
+    setRootIsDecorated(false);
+    setUniformRowHeights(true);
+    setAllColumnsShowFocus(true);
+    setAlternatingRowColors(true);
+    setEditTriggers(QAbstractItemView::NoEditTriggers);
+    setSelectionMode(QAbstractItemView::ExtendedSelection);
+    setSelectionBehavior(QAbstractItemView::SelectRows);
+    setTabKeyNavigation(false);
+    setContextMenuPolicy(Qt::CustomContextMenu);
+    setSortingEnabled(true);
+    sortByColumn(ReportList::Title, Qt::AscendingOrder);
+    header()->setStretchLastSection(true);
+    const int character = fontMetrics().averageCharWidth();
+    constexpr std::array characters = {38, 24, 11, 34, 20, 14, 20};
+    for (int column = 0; column < ReportList::ColumnCount; ++column)
+        setColumnWidth(column, characters[static_cast<size_t>(column)] * character);
+
+    auto *text = new QLabel(QStringLiteral("No reports are configured yet.\n\n"
+                                           "A report charts the devices and data items that you "
+                                           "choose, whenever its schedule says or you run it."));
+    text->setWordWrap(true);
+    text->setAlignment(Qt::AlignCenter);
+    m_addButton->setObjectName(QStringLiteral("cmdFirstReport"));
+    auto *layout = new QVBoxLayout(m_hint);
+    layout->addStretch();
+    layout->addWidget(text);
+    layout->addWidget(m_addButton, 0, Qt::AlignHCenter);
+    layout->addStretch();
+    const auto follow = [this] { showHint(); };
+    connect(&m_sorted, &QAbstractItemModel::rowsInserted, this, follow);
+    connect(&m_sorted, &QAbstractItemModel::rowsRemoved, this, follow);
+    connect(&m_sorted, &QAbstractItemModel::modelReset, this, follow);
+    showHint();
+}
+
+QStringList ReportView::selectedIds() const
+{
+    QList<int> rows;
+    for (const QModelIndex &index : selectionModel()->selectedRows())
+        rows.append(index.row());
+    std::sort(rows.begin(), rows.end());
+    QStringList ids;
+    for (const int row : rows)
+        ids.append(m_list.reportId(m_sorted.mapToSource(m_sorted.index(row, 0)).row()));
+    return ids;
+}
+
+void ReportView::select(const QString &reportId)
+{
+    const QModelIndex index =
+        m_sorted.mapFromSource(m_list.index(m_list.rowOf(reportId), ReportList::Title));
+    if (!index.isValid())
+        return;
+    setCurrentIndex(index);
+    selectionModel()->select(index,
+                             QItemSelectionModel::ClearAndSelect | QItemSelectionModel::Rows);
+    scrollTo(index);
+}
+
+void ReportView::selectFirst()
+{
+    setCurrentIndex(m_sorted.index(0, 0));
+}
+
+void ReportView::showHint()
+{
+    const bool isEmpty = m_sorted.rowCount() == 0;
+    QWidget *vanishing = isEmpty ? static_cast<QWidget *>(this) : m_addButton;
+    QWidget *appearing = isEmpty ? static_cast<QWidget *>(m_addButton) : this;
+    const bool hadFocus = window()->focusWidget() == vanishing;
+    m_hint->setVisible(isEmpty);
+    if (hadFocus)
+        appearing->setFocus();
+    m_hint->setGeometry(viewport()->rect());
+}
+
+void ReportView::resizeEvent(QResizeEvent *event)
+{
+    QTreeView::resizeEvent(event);
+    m_hint->setGeometry(viewport()->rect());
+}
+
+void ReportView::selectionChanged(const QItemSelection &selected, const QItemSelection &deselected)
+{
+    QTreeView::selectionChanged(selected, deselected);
+    Q_EMIT selectionMoved();
+}

@@ -1,0 +1,126 @@
+#pragma once
+
+#include "platform/TaskScheduler.h"
+#include "scheduling/ReportRunner.h"
+
+#include <QMainWindow>
+#include <QPointer>
+
+class QAction;
+class QLabel;
+class QProgressBar;
+class QPushButton;
+class QTimer;
+class ReportList;
+class ReportView;
+class RunThread;
+class StatusBox;
+
+/// The main window: the configured reports, the commands on them, the status lines and the progress
+/// of a run, and the timer of scheduled runs. Takes the place of observer() for as long as it
+/// lives; there is one at a time.
+///
+/// A run is planned in a handler, which may ask the user, and takes place on a thread of its own.
+/// The Run command cancels it meanwhile; definitions can be added and modified, which is for the
+/// next run.
+class frmGrapherMain : public QMainWindow, private RunHost
+{
+    Q_OBJECT
+
+public:
+    /// `taskOptions`: what the hourly job needs behind "/AUTO" to find this program's folders.
+    frmGrapherMain(platform::TaskScheduler &scheduler, QStringList taskOptions);
+    ~frmGrapherMain() override;
+
+    /// Puts the window where it was when it last closed.
+    void restoreLayout();
+
+    /// Loads the definitions and fills the list; says which files could not be read whole.
+    void loadReports();
+
+    /// Checks "Automated Reporting" when the hourly job is registered for this program's folder.
+    /// Says in the status lines when it works for another folder, and when the scheduler cannot
+    /// tell: the check mark then stays as it is.
+    void updateAutomate();
+
+    /// Recomputes the command states, and starts Timer1.
+    void start();
+
+public Q_SLOTS:
+    /// What Timer1 does every second.
+    void tick();
+
+protected:
+    void closeEvent(QCloseEvent *event) override;
+
+private:
+    // Construction
+    void makeActions();
+    void makeMenus();
+    QWidget *makeListPane();
+    QWidget *makeRunPane();
+    QAction *newAction(const char *name, const QString &text, void (frmGrapherMain::*handler)());
+
+    // Commands
+    void addReport();
+    void modifyReport();
+    void removeReport();
+    void runOrCancel();
+    void openPage();
+    void setOutputLocation();
+    void switchAutomation();
+    void showCompactNotice();
+
+    void updateCommands();
+    void showMenu(const QPoint &place);
+    bool editReport(const QString &reportId);
+    bool askToTakeOverJob();
+    void run(const RunOrder &order, RunHost *host);
+    void endRun(const RunResult &result);
+    void tellEnd(const RunResult &result);
+    void setRunning(bool running);
+    void runWhatIsDue();
+    void endScheduledRun();
+    void requestCancel();
+    void showProgress(const Progress &progress);
+    void openInBrowser(const QString &url);
+
+    // RunHost
+    bool acceptErrors(const QStringList &errors) override;
+    bool askCustomRange(clsGraphDef &chart, const QStringList &reportTitles) override;
+
+    platform::TaskScheduler &m_scheduler;
+    QStringList m_taskOptions;
+    ReportList *m_list;
+
+    ReportView *lvReports;
+    StatusBox *txtStatusInfo;
+    QPushButton *cmdReportView;
+    QPushButton *cmdReportOpen;
+    QPushButton *cmdReportModify;
+    QPushButton *cmdReportAdd;
+    QPushButton *cmdReportRemove;
+    QProgressBar *pbarCurrent;
+    QLabel *m_firstPanel; ///< of StatusBar1
+    QTimer *Timer1;
+
+    QMenu *mnuEdit;
+    QAction *mnuFileExit;
+    QAction *mnuReportAdd;
+    QAction *mnuReportModify;
+    QAction *mnuReportRemove;
+    QAction *mnuReportView;
+    QAction *mnuReportOpen;
+    QAction *mnuSetOutput;
+    QAction *mnuToolsAutomate;
+    QAction *mnuToolsCompact;
+    QAction *mnuHelp;
+
+    bool m_isRunning = false; ///< from its planning on
+    RunMode m_runMode = RunMode::Window;
+    RunThread *m_run = nullptr; ///< while the run takes place
+    bool m_closesAfterRun = false;
+    QPointer<QWidget> m_focusBefore; ///< a scheduled run
+    QString m_automateTrouble;       ///< said already
+    qint64 m_lastCheck = 0;          ///< instant at which the countdown started; 0: not yet
+};

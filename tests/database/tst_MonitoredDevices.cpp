@@ -1,0 +1,107 @@
+#include "database/MonitoredDevices.h"
+#include "database/MonitoringDatabase.h"
+
+#include <QTest>
+
+namespace {
+using Selection = std::vector<SelectionRow>;
+
+/// A database that answers the question for the selection alone.
+class ListDatabase : public MonitoringDatabase
+{
+public:
+    explicit ListDatabase(Selection rows)
+        : m_rows(std::move(rows))
+    {}
+    std::shared_ptr<const Inventory> inventory() override { return {}; }
+    qint64 sampleCount() override { return 0; }
+    void answer(std::span<ItemQuestion>, std::span<SummaryQuestion>) override {}
+    bool answersManyAtOnce() const override { return false; }
+    void readSelection(const std::function<void(const SelectionRow &)> &take) override
+    {
+        for (const SelectionRow &row : m_rows)
+            take(row);
+    }
+
+private:
+    Selection m_rows;
+};
+
+SelectionRow row(const char *muid, int ident, const char *name, int dataIdent, const char *item,
+                 int scale = 21)
+{
+    return {{ident, muid, name, QString("about %1").arg(name), false},
+            {dataIdent, ident, item, "", scale, true},
+            {scale, "Name", scale == 2 ? "%" : " "}};
+}
+
+/// "device: item ident, ..." of each device.
+QStringList outline(const MonitoredDevices &devices)
+{
+    QStringList lines;
+    for (const MonitoredDevice &device : devices.devices) {
+        QStringList items;
+        for (int i = device.firstItem; i < device.firstItem + device.itemCount; ++i) {
+            const MonitoredItem &item = devices.items.at(static_cast<size_t>(i));
+            items.append(devices.itemNames.at(item.name) + u' ' + item.dataIdent);
+        }
+        lines.append(device.name + ": " + items.join(", "));
+    }
+    return lines;
+}
+
+MonitoredDevices read(Selection rows)
+{
+    ListDatabase database(std::move(rows));
+    return readMonitoredDevices(database);
+}
+
+} // namespace
+
+class tst_MonitoredDevices : public QObject
+{
+    Q_OBJECT
+
+private Q_SLOTS:
+    void outlines()
+    {
+        const auto outlined = [](Selection rows) {
+            return outline(read(std::move(rows))).join("; ");
+        };
+        QCOMPARE(outlined({}), "");
+        QCOMPARE(outlined({row("B", 2, "srv-10", 7, "Ping"), row("A", 1, "srv-9", 4, "CPU"),
+                           row("B", 2, "srv-10", 6, "CPU"), row("A", 1, "srv-9", 5, "Ping")}),
+                 "srv-9: CPU 4, Ping 5; srv-10: CPU 6, Ping 7");
+        QCOMPARE(outlined({row("A", 1, "a", 1, "Port 10"), row("A", 1, "a", 2, "Port 9"),
+                           row("A", 1, "a", 3, "älter"), row("A", 1, "a", 10, "Zone"),
+                           row("A", 1, "a", 9, "Zone")}),
+                 "a: älter 3, Port 9 2, Port 10 1, Zone 9, Zone 10");
+        // Two scales of one number; of two devices of one MUID the first.
+        QCOMPARE(outlined({row("{ab}", 1, "first", 1, "Ping"), row("{ab}", 1, "first", 1, "Ping"),
+                           row("{AB}", 2, "second", 2, "Ping"), row("{ab}", 1, "first", 3, "CPU")}),
+                 "first: CPU 3, Ping 1");
+        QCOMPARE(outlined({row("B", 2, "same", 2, "Ping"), row("A", 1, "same", 1, "Ping")}),
+                 "same: Ping 2; same: Ping 1");
+    }
+
+    void columns()
+    {
+        SelectionRow counter = row("{A-1}", 1, "a", 5, "CPU", 2);
+        counter.item.description = "Load";
+        counter.device.isExcluded = true;
+        counter.item.isGlobal = false;
+        const MonitoredDevices devices = read({counter, row("B", 2, "b", 6, "Ping")});
+        const MonitoredDevice &device = devices.devices.front();
+        QCOMPARE(device.muid, "{A-1}");
+        QCOMPARE(device.description, "about a");
+        QVERIFY(device.isExcluded && !devices.devices.back().isExcluded);
+        const MonitoredItem &item = devices.items.front();
+        QCOMPARE(devices.itemDescriptions.at(item.description), "Load");
+        QVERIFY(!item.isGlobal && devices.items.back().isGlobal);
+        QCOMPARE(devices.units.value(item.scale), "%");
+        QCOMPARE(devices.units.value(21), "Name"); // for want of an abbreviation
+    }
+};
+
+QTEST_APPLESS_MAIN(tst_MonitoredDevices)
+#include "tst_MonitoredDevices.moc"

@@ -1,0 +1,454 @@
+#include "base/Clock.h"
+#include "config/StartUp.h"
+#include "definitions/Definitions.h"
+#include "demo/DemoReports.h"
+#include "demo/MonitoringData.h"
+#include "report/OutputTree.h"
+#include "support/Answers.h"
+#include "support/MemoryScheduler.h"
+#include "support/Rows.h"
+#include "support/Sandbox.h"
+#include "ui/Controls.h"
+#include "ui/main/ReportView.h"
+#include "ui/main/StatusBox.h"
+#include "ui/main/frmGrapherMain.h"
+
+#include <QDesktopServices>
+#include <QHeaderView>
+#include <QMenu>
+#include <QScrollBar>
+
+namespace {
+
+constexpr int minute = 60'000;
+constexpr auto definitionFile = "Config/ChartSelection.XML";
+const QStringList allTitles = {"Alpha", "Beta", "Gamma"};
+
+/// A home with a small monitoring database and three reports, and the main window on it.
+class Site : public QObject
+{
+    Q_OBJECT
+
+public:
+    explicit Site(bool hasReports = true)
+    {
+        locateProgramFolder(box.path());
+        InitGrapher();
+        const demo::MonitoringPlan plan =
+            demo::planMonitoring({3, 3, 1, 900, currentInstant() / 1000, 1});
+        demo::writeMonitoringData(program().gDataPath + QLatin1String("VTRGData.MDB"), plan);
+        if (hasReports)
+            box.write(definitionFile, reportFile(plan.devices.front()));
+        loadGrapherConfig();
+        QDesktopServices::setUrlHandler("file", this, "browse");
+        window = std::make_unique<frmGrapherMain>(scheduler, QStringList{"--home", box.path()});
+        window->show();
+        program().gStartupDone = false;
+        window->loadReports();
+        program().gStartupDone = true;
+        window->start();
+    }
+    ~Site() override
+    {
+        window.reset();
+        QDesktopServices::unsetUrlHandler("file");
+    }
+
+    /// "Alpha" falls due by a schedule, "Beta" has just run and is due next month, "Gamma" has no
+    /// schedule.
+    static QByteArray reportFile(const demo::MonitoredDevice &device)
+    {
+        const QString report =
+            R"(<CUSTOMREPORT ReportID="{%1}" ReportTitle="%1" ChartID="{A1000001-0000-4000-8000-000000000001}">
+<%2 ScheduleID="{B1000001-0000-4000-8000-00000000000%6}" LastRunDate="%3"/>
+<DEVICE MUID="%4"><DATUM DataIDent="%5"/></DEVICE></CUSTOMREPORT>)";
+        const QString item = QString::number(device.items.front().dataIdent);
+        QString text = "<REPORTDEFINITIONS>";
+        const QString past = "2024-01-01T00:00:00-00:00";
+        text += report.arg("Beta", "SCHEDULE", DateToXML(now()), device.muid, item, "4");
+        text += report.arg("Gamma", "NONE", past, device.muid, item, "5");
+        text += report.arg("Alpha", "SCHEDULE", past, device.muid, item, "5");
+        return (text + "</REPORTDEFINITIONS>").toUtf8();
+    }
+
+    QAction *action(const char *name) const { return window->findChild<QAction *>(name); }
+    QPushButton *button(const char *name) const { return control<QPushButton>(*window, name); }
+    ReportView *list() const { return control<ReportView>(*window, "lvReports"); }
+    QString status() const { return control<StatusBox>(*window, "txtStatusInfo")->toPlainText(); }
+    QString panel() const { return control<QLabel>(*window, "lblCountdown")->text(); }
+    QString cell(int row, int column) const
+    {
+        return list()->model()->index(row, column).data().toString();
+    }
+    QStringList titles() const
+    {
+        QStringList result;
+        for (int row = 0; row < list()->model()->rowCount(); ++row)
+            result.append(cell(row, 0));
+        return result;
+    }
+    void select(const QStringList &wanted) const
+    {
+        list()->clearSelection();
+        for (const QString &title : wanted)
+            list()->selectionModel()->select(
+                list()->model()->index(int(titles().indexOf(title)), 0),
+                QItemSelectionModel::Select | QItemSelectionModel::Rows);
+    }
+    void press(Qt::Key key, Qt::KeyboardModifier modifier = Qt::NoModifier) const
+    {
+        window->activateWindow(); // a dialog may have been the active one
+        QVERIFY(QTest::qWaitForWindowActive(window.get()));
+        QTest::keyClick(list(), key, modifier);
+    }
+    bool isRunning() const { return button("cmdReportView")->text() == "&Cancel"; }
+    /// Waits for the end of a run.
+    void waitForEnd() const { QTRY_VERIFY_WITH_TIMEOUT(!isRunning(), 60'000); }
+    /// Runs what is selected, to its end.
+    void runSelected() const
+    {
+        button("cmdReportView")->click();
+        waitForEnd();
+    }
+    /// Titles of the reports that have pages, in order.
+    QStringList run() const
+    {
+        definitions().LoadReportDefs();
+        const OutputTree tree(gConfig());
+        QStringList result;
+        for (const auto &report : definitions().gReportDefs) {
+            if (QFile::exists(nativePath(tree.reportPage(report->ReportID))))
+                result.append(report->ReportTitle);
+        }
+        result.sort();
+        return result;
+    }
+    /// Has the countdown run by itself: as if the hourly job were registered.
+    void automate()
+    {
+        scheduler.list = "VantrelGraphTool\n";
+        scheduler.saved.workingDirectory = box.path();
+        window->updateAutomate();
+        window->tick();
+    }
+
+    Q_INVOKABLE void browse(const QUrl &url)
+    {
+        browsed.append(QDir::toNativeSeparators(url.toLocalFile()));
+    }
+
+    Sandbox box;
+    MemoryScheduler scheduler;
+    Answers answers;
+    std::unique_ptr<frmGrapherMain> window;
+    QStringList browsed;
+};
+
+} // namespace
+
+class tst_frmGrapherMain : public QObject
+{
+    Q_OBJECT
+
+    const ProgramState m_state;
+
+private Q_SLOTS:
+    void changesOneReportAtATime()
+    {
+        const Site site;
+        for (const QStringList &selected : {QStringList(), {"Alpha", "Beta"}}) {
+            site.select(selected);
+            site.press(Qt::Key_Return);
+            site.press(Qt::Key_Delete);
+            QVERIFY(site.answers.said.isEmpty()); // no window came up
+            QVERIFY(!site.button("cmdReportModify")->isEnabled());
+            QCOMPARE(site.action("mnuReportView")->isEnabled(), !selected.isEmpty());
+        }
+    }
+
+    void showsAndSortsReports()
+    {
+        const LocalZone zone("UTC");
+        QVERIFY(Site(false).button("cmdFirstReport")->isVisible());
+        const Site site;
+        QVERIFY(!site.button("cmdFirstReport")->isVisible());
+        QCOMPARE(site.titles(), allTitles);
+        const QDate month = now().date().addDays(1 - now().date().day()).addMonths(1);
+        QCOMPARE(site.cell(0, 6), "Due now");
+        QCOMPARE(site.cell(1, 6), month.toString(u"yyyy-MM-dd 06:00"));
+        QCOMPARE(site.cell(2, 6), "Not scheduled");
+        site.select({"Beta"});
+        QHeaderView *header = site.list()->header();
+        const QPoint title(header->sectionViewportPosition(0) + 10, header->height() / 2);
+        QTest::mouseClick(header->viewport(), Qt::LeftButton, {}, title);
+        QCOMPARE(site.titles(), QStringList({"Gamma", "Beta", "Alpha"}));
+        site.list()->sortByColumn(6, Qt::AscendingOrder); // the next run
+        QCOMPARE(site.titles(), allTitles);
+        QCOMPARE(site.list()->selectedIds(), QStringList("{Beta}"));
+    }
+
+    void asksBeforeAReportGoes()
+    {
+        Site site;
+        const QByteArray before = site.box.read(definitionFile);
+        site.select({"Beta"});
+        site.answers.click(QMessageBox::No);
+        site.press(Qt::Key_Delete);
+        QVERIFY(site.answers.said.value(0).endsWith("remove the report definition “Beta”?"));
+        QCOMPARE(site.box.read(definitionFile), before);
+        site.answers.click(QMessageBox::Yes);
+        site.button("cmdReportRemove")->click();
+        QCOMPARE(site.titles(), QStringList({"Alpha", "Gamma"}));
+        QVERIFY(!site.box.read(definitionFile).contains("Beta"));
+    }
+
+    void opensTheEditor_data()
+    {
+        const Rows<Qt::Key, Qt::KeyboardModifier, QStringList> row("key", "modifier", "titles");
+        row("modify", Qt::Key_Enter, Qt::KeypadModifier, {"Alpha", "Delta", "Gamma"});
+        row("add", Qt::Key_N, Qt::ControlModifier, {"Alpha", "Beta", "Delta", "Gamma"});
+    }
+    void opensTheEditor()
+    {
+        QFETCH(Qt::Key, key);
+        QFETCH(Qt::KeyboardModifier, modifier);
+        QFETCH(QStringList, titles);
+        Site site;
+        const QByteArray before = site.box.read(definitionFile);
+        site.select({"Beta"});
+        site.answers.add([](QWidget &editor) { QTest::keyClick(&editor, Qt::Key_Escape); });
+        site.press(key, modifier);
+        QVERIFY2(site.answers.said.isEmpty(), qPrintable(site.answers.said.join('|')));
+        QCOMPARE(site.box.read(definitionFile), before);
+        QCOMPARE(site.titles(), allTitles);
+
+        site.answers.add([](QWidget &editor) {
+            control<QLineEdit>(editor, "txtTitle")->setText("Delta");
+            control<QComboBox>(editor, "cboChart")->setCurrentText("Last 24 hours");
+            control<QPushButton>(editor, "cmdOK")->click();
+            if (editor.isVisible())
+                static_cast<QDialog &>(editor).done(QDialog::Rejected); // the titles tell
+        });
+        if (titles.size() > 3)
+            site.answers.click(QMessageBox::Yes); // though it has no device yet
+        site.press(key, modifier);
+        QCOMPARE(site.titles(), titles);
+        QVERIFY(site.box.read(definitionFile).contains("Delta"));
+        QCOMPARE(site.list()->selectedIds().size(), 1);
+        QCOMPARE(definitions().gReportDefs.find(site.list()->selectedIds().first())->ReportTitle,
+                 "Delta");
+    }
+
+    void runsWhatIsSelectedAndOpensItsPages()
+    {
+        Site site;
+        site.select({"Gamma"});
+        site.answers.click(QMessageBox::Ok);
+        site.press(Qt::Key_O, Qt::ControlModifier);
+        QVERIFY(site.answers.said.value(0).contains("Run the report first"));
+
+        site.select({"Beta", "Gamma"});
+        site.press(Qt::Key_F5);
+        site.waitForEnd();
+        QCOMPARE(site.answers.said.size(), 1);
+        QCOMPARE(site.run(), QStringList({"Beta", "Gamma"}));
+        QVERIFY2(site.status().contains("\nReport run finished: 2 reports.\n"),
+                 qPrintable(site.status().right(300)));
+        QCOMPARE(site.list()->selectedIds(), QStringList({"{Beta}", "{Gamma}"}));
+        QCOMPARE(site.cell(2, 5), QString("OK"));
+
+        site.select({"Gamma"});
+        site.button("cmdReportOpen")->click();
+        const OutputTree tree(gConfig());
+        QCOMPARE(site.browsed, QStringList({nativePath(tree.folder() + "REPORTS.HTM"),
+                                            nativePath(tree.reportPage("{Gamma}"))}));
+        QDesktopServices::setUrlHandler("file", &site, "isMissing");
+        site.answers.click(QMessageBox::Ok);
+        site.button("cmdReportOpen")->click();
+        QCOMPARE(site.answers.said.last(),
+                 "Warning: Error loading browser to file://" + tree.reportPage("{Gamma}"));
+    }
+
+    /// What is saved during a run is for the next one, and neither loses what the other writes.
+    void editsDuringARun()
+    {
+        Site site;
+        site.select({"Alpha"});
+        site.button("cmdReportView")->click();
+        QVERIFY(site.isRunning());
+        for (const char *name : {"mnuReportRemove", "mnuSetOutput", "mnuToolsAutomate"})
+            QVERIFY(!site.action(name)->isEnabled());
+        site.answers.add([&](QWidget &editor) {
+            control<QLineEdit>(editor, "txtTitle")->setText("Delta");
+            QTRY_VERIFY_WITH_TIMEOUT(!site.isRunning(), 60'000); // it ends under the editor
+            control<QPushButton>(editor, "cmdOK")->click();
+        });
+        site.button("cmdReportModify")->click();
+        QCOMPARE(site.titles(), QStringList({"Beta", "Delta", "Gamma"}));
+        QCOMPARE(site.run(), QStringList("Delta"));
+        const auto report = definitions().gReportDefs.find("{Alpha}");
+        QVERIFY(report->ReportSchedules.at(0)->LastRunDate.secsTo(now()) < 600);
+    }
+
+    void cancelsByASecondClick()
+    {
+        Site site;
+        const QByteArray before = site.box.read(definitionFile);
+        site.select({"Alpha", "Beta"});
+        site.answers.click(QMessageBox::Ok);
+        site.button("cmdReportView")->click();
+        site.button("cmdReportView")->click();
+        site.waitForEnd();
+        QVERIFY(!site.status().contains("Saving report definition."));
+        QCOMPARE(site.answers.said, QStringList("Report Execution: Report execution cancelled."));
+        QVERIFY(site.status().endsWith("\nReport run cancelled by user."));
+        QVERIFY(site.browsed.isEmpty());
+        QCOMPARE(site.box.read(definitionFile), before);
+    }
+
+    void countsDown()
+    {
+        Site site;
+        FrozenClock clock("2024-05-01T10:00:00");
+        site.automate();
+        const auto panelAfter = [&](int elapsed) {
+            clock.advance(elapsed);
+            site.window->tick();
+            return site.panel();
+        };
+        QCOMPARE(panelAfter(minute - 1000), "Scheduled report run in 60 minutes.");
+        QCOMPARE(panelAfter(59 * minute + 999), "Scheduled report run in 1 minutes.");
+        QCOMPARE(panelAfter(1 - 65 * minute), "Scheduled report run in 55 minutes."); // set back
+        QVERIFY(!site.status().contains("Starting"));
+    }
+
+    void runsWhatIsDueEveryHour()
+    {
+        Site site;
+        FrozenClock clock(currentInstant());
+        site.automate();
+        site.select({"Gamma"});
+        clock.advance(61 * minute);
+        site.answers.add([&](QWidget &box) {
+            site.window->tick(); // waits for an open dialog
+            box.close();
+        });
+        site.action("mnuToolsCompact")->trigger();
+        QVERIFY(site.answers.said.value(0).startsWith("Feature Removed: Please use"));
+        QCOMPARE(site.run(), QStringList());
+        QVERIFY(site.panel().contains("waits"));
+
+        site.window->tick();
+        QVERIFY(site.isRunning() && !site.window->isEnabled());
+        QCOMPARE(site.panel(), "Scheduled report run in progress. Closing the window cancels it.");
+        site.waitForEnd();
+        QVERIFY(site.window->isEnabled() && site.panel().isEmpty());
+        QCOMPARE(site.run(), QStringList("Alpha"));
+        QVERIFY(site.browsed.isEmpty());
+        QVERIFY(site.window->findChild<QTimer *>("Timer1")->isActive());
+        site.window->tick();
+        QCOMPARE(site.panel(), QString("Scheduled report run in 60 minutes."));
+    }
+
+    void asksBeforeItClosesDuringARun()
+    {
+        for (const auto answer : {QMessageBox::No, QMessageBox::Yes}) {
+            const bool closes = answer == QMessageBox::Yes;
+            Site site;
+            site.select({"Alpha", "Beta"});
+            site.answers.click(answer);
+            site.button("cmdReportView")->click();
+            site.window->close();
+            site.waitForEnd();
+            QVERIFY(site.answers.said.value(0).contains("A report run is in progress."));
+            QTRY_COMPARE(site.window->isVisible(), !closes);
+            QCOMPARE(site.run().contains("Beta"), !closes);
+        }
+    }
+
+    void switchesAutomationOnAndOff()
+    {
+        Site site;
+        QAction *automate = site.action("mnuToolsAutomate");
+        auto *tools = site.window->findChild<QMenu *>("mnuTools");
+        site.answers.add([&site](QWidget &dialog) {
+            site.window->tick(); // nothing counts down yet
+            site.window->tick();
+            QTest::keyClick(&dialog, Qt::Key_Escape);
+        });
+        automate->trigger();
+        QVERIFY(!automate->isChecked() && site.panel().isEmpty());
+        QVERIFY(site.scheduler.list.isEmpty());
+
+        site.answers.add([](QWidget &dialog) { QTest::keyClick(&dialog, Qt::Key_Return); });
+        site.answers.click(QMessageBox::Ok);
+        automate->trigger();
+        QCOMPARE(site.scheduler.saved.parameters,
+                 QStringList({"/AUTO", "--home", site.box.path()}));
+        site.window->tick();
+        QCOMPARE(site.panel(), QString("Scheduled report run in 60 minutes."));
+
+        site.scheduler.fails = true;
+        site.answers.click(QMessageBox::Ok);
+        automate->trigger();
+        QVERIFY(site.answers.said.last().endsWith("[70] no rights"));
+        Q_EMIT tools->aboutToShow();
+        QVERIFY(automate->isChecked() && !site.panel().isEmpty()); // as far as is known
+        QCOMPARE(site.status().count("Error reading the scheduled tasks [70] no rights"), 1);
+        site.scheduler.fails = false;
+        site.scheduler.list.clear(); // by another hand
+        Q_EMIT tools->aboutToShow();
+        QVERIFY(!automate->isChecked() && site.panel().isEmpty());
+    }
+
+    void automationOfAnotherHome()
+    {
+        Site site;
+        QAction *automate = site.action("mnuToolsAutomate");
+        site.automate();
+        site.scheduler.saved.workingDirectory = "/srv/other";
+        Q_EMIT site.window->findChild<QMenu *>("mnuTools")->aboutToShow();
+        QVERIFY(!automate->isChecked() && site.panel().isEmpty());
+        QVERIFY(site.status().contains("another folder, '/srv/other', not those of"));
+        site.answers.click(QMessageBox::No);
+        automate->trigger();
+        QCOMPARE(site.scheduler.saved.workingDirectory, "/srv/other");
+        site.answers.click(QMessageBox::Yes);
+        site.answers.add([](QWidget &dialog) { QTest::keyClick(&dialog, Qt::Key_Return); });
+        site.answers.click(QMessageBox::Ok);
+        automate->trigger();
+        QVERIFY(automate->isChecked());
+        QCOMPARE(site.scheduler.saved.workingDirectory, site.box.path());
+
+        automate->trigger();
+        QVERIFY(!automate->isChecked() && site.panel().isEmpty());
+        QCOMPARE(site.scheduler.deleted, QStringList("VantrelGraphTool"));
+    }
+
+    void followsTheStatusToItsEnd()
+    {
+        StatusBox box;
+        const auto showsEnd = [&box] {
+            QTextCursor end(box.document());
+            end.movePosition(QTextCursor::End);
+            return box.viewport()->rect().contains(box.cursorRect(end));
+        };
+        box.resize(300, 100);
+        box.show();
+        for (int i = 1; i <= 400; ++i) {
+            box.addLine(QStringLiteral("a line that wraps ").repeated(i % 9));
+            QVERIFY2(showsEnd(), qPrintable(QString::number(i)));
+        }
+        const qsizetype size = box.toPlainText().size(); // of more than was added
+        QVERIFY(size >= StatusBox::keptCharacters && size <= StatusBox::maxCharacters);
+        box.resize(180, 60);
+        QVERIFY(showsEnd());
+        box.verticalScrollBar()->setValue(3); // the reader looks back
+        box.addLine("the last");
+        QVERIFY(box.verticalScrollBar()->value() < 10);
+        QVERIFY(box.toPlainText().endsWith("\nthe last"));
+    }
+};
+
+QTEST_MAIN(tst_frmGrapherMain)
+#include "tst_frmGrapherMain.moc"
