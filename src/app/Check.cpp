@@ -451,6 +451,7 @@ private:
             }
         };
         check(report, "Target", [&] { readTarget(report); });
+        check(report, "Keep", [&] { readKeep(report); });
         check(report, "ServiceHours",
               [&] { ServiceHours(GetAttr(report, "ServiceHours", QString())); });
         Ids begins;

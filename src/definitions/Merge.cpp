@@ -24,7 +24,8 @@ constexpr Part parts[] = {
 };
 
 /// Attributes that a definition only has where they are set: one that a fresh element lacks goes.
-constexpr const char *optionalAttributes[] = {"Target", "ServiceHours", "Compare", "Limit"};
+constexpr const char *optionalAttributes[] = {"Target", "ServiceHours", "Compare",
+                                              "Limit",  "Pdf",          "Keep"};
 
 bool is(const pugi::xml_node &node, const char *name)
 {

@@ -5,6 +5,7 @@
 #include <QLocale>
 
 #include <algorithm>
+#include <cmath>
 #include <limits>
 
 namespace {
@@ -74,6 +75,17 @@ std::optional<double> readLimit(const pugi::xml_node &datum)
     return numberAttr(datum, "Limit", -max, max, QStringLiteral("a number"));
 }
 
+int readKeep(const pugi::xml_node &report)
+{
+    const QString kind = QStringLiteral("a whole number from 0 to 1000");
+    const double number = numberAttr(report, "Keep", 0, 1000, kind).value_or(0);
+    if (number != std::floor(number))
+        throw Error(
+            TypeMismatch,
+            QStringLiteral("Keep '%1' is not %2").arg(GetAttr(report, "Keep", QString()), kind));
+    return static_cast<int>(number);
+}
+
 ReportMaintenance readMaintenance(const pugi::xml_node &element)
 {
     const auto time = [&element](const char *name) {
@@ -103,6 +115,10 @@ pugi::xml_node clsReportDef::XMLConfigEL(pugi::xml_node parent) const
         setAttr(element, "ServiceHours", Hours.text());
     if (!Compare)
         setAttr(element, "Compare", xmlBoolean(Compare));
+    if (Pdf)
+        setAttr(element, "Pdf", xmlBoolean(Pdf));
+    if (Keep > 0)
+        setAttr(element, "Keep", QString::number(Keep));
     for (const auto &schedule : ReportSchedules) {
         pugi::xml_node child = element.append_child("SCHEDULE");
         setAttr(child, "ScheduleID", schedule->ScheduleID);
@@ -156,6 +172,8 @@ void clsReportDef::readElement(const pugi::xml_node &element)
     Target = readTarget(element);
     Hours = ServiceHours(GetAttr(element, "ServiceHours", QString()));
     Compare = xmlBoolean(GetAttr(element, "Compare", QStringLiteral("1")));
+    Pdf = xmlBoolean(GetAttr(element, "Pdf", QStringLiteral("0")));
+    Keep = readKeep(element);
     Maintenance.clear();
     for (const pugi::xml_node &child : element.children("MAINTENANCE")) {
         Maintenance.push_back(readMaintenance(child));

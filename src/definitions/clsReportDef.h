@@ -15,6 +15,7 @@ bool isDataIdent(const QString &text);
 /// Error(TypeMismatch) that names the attribute and says why its value is not valid.
 std::optional<double> readTarget(const pugi::xml_node &element); ///< of a CUSTOMREPORT or DEVICE
 std::optional<double> readLimit(const pugi::xml_node &datum);
+int readKeep(const pugi::xml_node &report); ///< 0 where it has none
 
 /// A data item of a device of a report.
 class clsReportDataIdentDef
@@ -72,6 +73,10 @@ public:
     bool Compare = true;          ///< with the preceding period
     std::vector<ReportMaintenance> Maintenance;
 
+    // What is made of it beside its pages. A file has them only where they are set.
+    bool Pdf = false; ///< REPORT.PDF
+    int Keep = 0;     ///< finished runs that are kept in its archive; 0: none
+
     /// Appends the "CUSTOMREPORT" element to `parent`.
     pugi::xml_node XMLConfigEL(pugi::xml_node parent) const;
 
@@ -79,7 +84,8 @@ public:
     /// Reads a "CUSTOMREPORT" element into a new object (schedules are added to those it has).
     /// Throws Error(DuplicateKey) naming a duplicate device, data item or schedule,
     /// Error(TypeMismatch) naming a data item whose key is not a number, or a target, a limit,
-    /// service hours or a maintenance that is not valid, and Error on malformed XML.
+    /// service hours, a maintenance or a number of runs to keep that is not valid, and Error on
+    /// malformed XML.
     void SetXMLConfig(const QString &text);
     void readElement(const pugi::xml_node &element);
 };

@@ -79,7 +79,8 @@ private Q_SLOTS:
             "<CUSTOMREPORT ReportID=\"r\" ReportTitle=\"t\" ChartID=\"c\" OutputFile=\"\" "
             "OutputTemplate=\"\" Target=\"99.95\" ServiceHours=\"Sat-Sun 22:00-6:00, Mon "
             "0:00-24:00\" "
-            "Compare=\"0\"><DEVICE MUID=\"1\" Target=\"0\"><DATUM DataIDent=\"2\" Limit=\"-1.5\"/>"
+            "Compare=\"0\" Pdf=\"1\" Keep=\"12\"><DEVICE MUID=\"1\" Target=\"0\"><DATUM "
+            "DataIDent=\"2\" Limit=\"-1.5\"/>"
             "</DEVICE><MAINTENANCE From=\"2024-10-06T13:00:00-00:00\" "
             "To=\"2024-10-06T13:00:01-00:00\" Reason=\"&lt;b &amp; c\"/></CUSTOMREPORT>";
         clsReportDef report;
@@ -124,6 +125,10 @@ private Q_SLOTS:
               "<DEVICE MUID='d' Target='101'/>", "<DEVICE MUID='d' Target='nan'/>",
               "<DEVICE MUID='d'><DATUM DataIDent='1' Limit=''/></DEVICE>"})
             QCOMPARE(failure(content).left(5), "[13] ");
+        for (const char *keep : {"1.5", "-1", "1001", "x"})
+            QVERIFY(failureOf([&] {
+                        clsReportDef().SetXMLConfig(QString("<R Keep='%1'/>").arg(keep));
+                    }).startsWith("[13] Keep"));
         for (const char *hours : {"Mon", "Mon-Foo 8:00-9:00", "Mon 8:00-24:01", "Mon 8:60-9:00",
                                   "Mon 8:00-9:00,", "8:00-9:00"})
             QCOMPARE(failureOf([&] { ServiceHours{QString(hours)}; }).left(19),
