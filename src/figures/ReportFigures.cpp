@@ -53,6 +53,19 @@ Availability availabilityOf(const std::vector<ItemFigures> &items, const Service
     return device;
 }
 
+void addOutages(std::vector<DeviceOutage> &outages, size_t device, const PeriodFigures &figures)
+{
+    for (const Outage &outage : figures.outages)
+        outages.push_back({device, outage, figures.rate.interval.value_or(0)});
+}
+
+/// Drops the brief ones, and says how many there were.
+int dropBrief(std::vector<Incident> &incidents)
+{
+    return static_cast<int>(
+        std::erase_if(incidents, [](const Incident &incident) { return incident.isBrief; }));
+}
+
 } // namespace
 
 PeriodFigures periodFigures(std::span<const Test> tests, const std::optional<Test> &before,
@@ -127,12 +140,14 @@ void summarize(DeviceFigures &device, const ServiceTime &service,
         device.target = {*target, present.countedTests, present.countedFailures};
 }
 
-void summarize(ReportFigures &report, const ServiceTime &service)
+void summarize(ReportFigures &report, const ServiceTime &service,
+               const std::optional<ServiceTime> &preceding)
 {
     report.excludedSeconds = service.excludedSeconds();
     std::vector<DeviceOutage> outages;
+    std::vector<DeviceOutage> before;
     for (size_t i = 0; i < report.devices.size(); ++i) {
-        const DeviceFigures &device = report.devices[i];
+        DeviceFigures &device = report.devices[i];
         report.present.add(device.present);
         if (device.preceding) {
             if (!report.preceding)
@@ -143,16 +158,22 @@ void summarize(ReportFigures &report, const ServiceTime &service)
             ++report.withTarget;
             report.missedTarget += device.target->isMet() ? 0 : 1;
         }
-        for (const ItemFigures &item : device.items) {
-            if (!item.counts)
-                continue;
-            for (const Outage &outage : item.present.outages)
-                outages.push_back({i, outage, item.present.rate.interval.value_or(0)});
+        for (ItemFigures &item : device.items) {
+            if (item.counts)
+                addOutages(outages, i, item.present);
+            if (item.counts && item.preceding)
+                addOutages(before, i, *item.preceding);
+            if (item.preceding)
+                item.preceding->outages = {};
         }
     }
     report.incidents = incidentsOf(std::move(outages), service.stretches());
-    report.briefIncidents = static_cast<int>(
-        std::erase_if(report.incidents, [](const Incident &incident) { return incident.isBrief; }));
+    report.briefIncidents = dropBrief(report.incidents);
+    if (preceding) {
+        std::vector<Incident> incidents = incidentsOf(std::move(before), preceding->stretches());
+        dropBrief(incidents);
+        report.precedingIncidents = static_cast<int>(incidents.size());
+    }
 }
 
 Comparability comparability(const std::optional<double> &presentCoverage,

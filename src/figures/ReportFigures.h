@@ -99,10 +99,14 @@ struct ReportFigures
     int missedTarget = 0;
     std::vector<Incident> incidents; ///< those worth a line, the worst first
     int briefIncidents = 0;
+    /// Those worth a line in the preceding period, where there is one.
+    std::optional<int> precedingIncidents;
 };
 
-/// Adds up the devices, and finds the incidents.
-void summarize(ReportFigures &report, const ServiceTime &service);
+/// Adds up the devices, and finds the incidents. `preceding`: the service time of the preceding
+/// period where there is one; its outages, which nobody shows, are dropped once they are counted.
+void summarize(ReportFigures &report, const ServiceTime &service,
+               const std::optional<ServiceTime> &preceding = {});
 
 /// Whether a period can be compared with the preceding one: both hold at least half of the tests
 /// that were to be expected. Otherwise says why not.

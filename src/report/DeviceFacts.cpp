@@ -199,11 +199,9 @@ DeviceFacts DeviceQuestions::takeFacts()
     m_facts.figures.folder = counts.folder;
     m_facts.figures.items = std::move(m_figures);
     summarize(m_facts.figures, m_plan.service, m_plan.precedingService, m_target);
-    for (ItemFigures &item : m_facts.figures.items) { // what nobody shows
-        if (item.preceding) {
-            item.preceding->outages = {};
-            item.preceding->gaps = {};
-        }
+    for (ItemFigures &item : m_facts.figures.items) {
+        if (item.preceding)
+            item.preceding->gaps = {}; // which nobody shows
     }
     m_folds = {};
     return std::move(m_facts);

@@ -3,6 +3,7 @@
 #include "base/TimeZone.h"
 #include "figures/Rankings.h"
 #include "report/Csv.h"
+#include "report/ReportStory.h"
 
 #include <QDate>
 #include <QJsonArray>
@@ -227,6 +228,9 @@ QByteArray reportJson(const QString &reportId, const QString &title, const Repor
     report.insert(QStringLiteral("version"), formatVersion);
     report.insert(QStringLiteral("report"),
                   QJsonObject{{QStringLiteral("id"), reportId}, {QStringLiteral("title"), title}});
+    const ReportStory story = storyOf(figures);
+    report.insert(QStringLiteral("sentences"), QJsonArray::fromStringList(story.sentences));
+    report.insert(QStringLiteral("verdict"), story.verdict);
     report.insert(QStringLiteral("period"), objectOf(figures.period));
     report.insert(QStringLiteral("precedingPeriod"),
                   figures.precedingPeriod ? objectOf(*figures.precedingPeriod) : QJsonValue());

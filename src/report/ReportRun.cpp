@@ -71,7 +71,7 @@ public:
         facts.figures.period = m_plan.service.period();
         if (m_plan.precedingService)
             facts.figures.precedingPeriod = m_plan.precedingService->period();
-        summarize(facts.figures, m_plan.service);
+        summarize(facts.figures, m_plan.service, m_plan.precedingService);
         GenerateReportSummary(context, facts, m_session, m_outcome);
     }
 
