@@ -196,13 +196,27 @@ std::vector<Error> load(DefinitionFile &file, Collection<T> &definitions)
     return faults;
 }
 
+/// Saves a file, and keeps a version of what it replaces. A version that cannot be kept, in a
+/// folder without permission for one, does not keep the user from saving.
+void replaceFile(const DefinitionFile &file, const QByteArray &content)
+{
+    try {
+        if (fileExists(file.path()))
+            keepVersion(file.path(), readFile(file.path()));
+    } catch (const Error &error) {
+        showError("keeping the former version", error);
+    }
+    saveFile(file.path(), content);
+}
+
 /// Writes definitions into the current file and removes those with the ids `removed` (in lower
 /// case). Everything else in the file stays: what could not be read, what was added in the
 /// meantime, comments. Throws Error, also when the file cannot be read, and then does not change
-/// it.
+/// it. Returns what changed.
 template <typename T>
-void changeFile(DefinitionFile &file, const std::vector<std::shared_ptr<T>> &changed,
-                const QSet<QString> &removed)
+std::vector<ElementChange> changeFile(DefinitionFile &file,
+                                      const std::vector<std::shared_ptr<T>> &changed,
+                                      const QSet<QString> &removed)
 {
     pugi::xml_document document;
     const bool isThere = fileExists(file.path());
@@ -221,6 +235,7 @@ void changeFile(DefinitionFile &file, const std::vector<std::shared_ptr<T>> &cha
         ids.insert(idOf(*definition).toLower());
     }
     std::vector<KeyedElement> existing = elementsOf<T>(file, document);
+    std::vector<ElementChange> changes = elementsBefore(existing, ids | removed);
     std::erase_if(existing, [&](const KeyedElement &each) {
         if (removed.contains(each.key.toLower()))
             each.node.parent().remove_child(each.node);
@@ -229,9 +244,14 @@ void changeFile(DefinitionFile &file, const std::vector<std::shared_ptr<T>> &cha
     mergeElements(document.document_element(), existing, fresh);
 
     const QByteArray after = documentBytes(document);
-    if (after != before)
-        saveFile(file.path(), after);
+    if (after == before)
+        changes.clear();
+    else
+        replaceFile(file, after);
     file.known.unite(ids).subtract(removed);
+    // They have an id in the file by now.
+    file.givenIds.removeIf([&ids](const QString &id) { return ids.contains(id.toLower()); });
+    return changes;
 }
 
 /// Runs a save; a failure also becomes a status line.
@@ -257,10 +277,35 @@ void saveAll(DefinitionFile &file, const Collection<T> &definitions)
 }
 
 template <typename T>
-void store(DefinitionFile &file, Collection<T> &definitions, const std::shared_ptr<T> &definition)
+std::vector<ElementChange> store(DefinitionFile &file, Collection<T> &definitions,
+                                 const std::vector<std::shared_ptr<T>> &changed)
 {
-    changeFile<T>(file, {definition}, {});
-    definitions.replace(idOf(*definition), definition);
+    std::vector<ElementChange> changes = changeFile<T>(file, changed, {});
+    for (const auto &definition : changed)
+        definitions.replace(idOf(*definition), definition);
+    return changes;
+}
+
+template <typename T>
+std::vector<ElementChange> remove(DefinitionFile &file, Collection<T> &definitions,
+                                  const QStringList &ids)
+{
+    QSet<QString> removed;
+    for (const QString &id : ids)
+        removed.insert(id.toLower());
+    std::vector<ElementChange> changes = changeFile<T>(file, {}, removed);
+    for (const QString &id : ids)
+        definitions.remove(id);
+    return changes;
+}
+
+template <typename T>
+void takeBackIn(DefinitionFile &file, std::span<const ElementChange> changes)
+{
+    pugi::xml_document document;
+    readDocument(file, document);
+    ::takeBack(document, elementsOf<T>(file, document), file.id, changes);
+    replaceFile(file, documentBytes(document));
 }
 
 /// Sets attributes in the current file, and nothing else: `choose(patch, element)` is
@@ -279,6 +324,36 @@ void patchFile(const DefinitionFile &file, const QString &id, Choose choose)
     const QByteArray changed = patch->bytes();
     if (changed != bytes)
         saveFile(file.path(), changed);
+}
+
+/// A version as it is, but for the run dates that are later in the present file.
+void restore(const DefinitionFile &file, const QString &version)
+{
+    pugi::xml_document document;
+    const QByteArray bytes = readFile(version);
+    try {
+        parseXml(document, bytes);
+    } catch (const Error &error) {
+        throw Error(error.number, version + u':' + error.description);
+    }
+    requireRoot(file, document);
+    QByteArray restored = bytes;
+    try {
+        pugi::xml_document present;
+        readDocument(file, present);
+        QHash<QString, pugi::xml_node> elements;
+        forEachElement(present, file.child, [&](const pugi::xml_node &element) {
+            elements.insert(GetAttr(element, file.id, QString()).toLower(), element);
+        });
+        const QByteArray before = documentBytes(document);
+        forEachElement(document, file.child, [&](const pugi::xml_node &element) {
+            keepLaterRuns(element, elements.value(GetAttr(element, file.id, QString()).toLower()));
+        });
+        if (const QByteArray merged = documentBytes(document); merged != before)
+            restored = merged;
+    } catch (const Error &) { // a file that cannot be read has no dates to keep
+    }
+    replaceFile(file, restored);
 }
 
 template <typename T>
@@ -400,25 +475,92 @@ void Definitions::saveChartPeriods(const std::vector<std::shared_ptr<clsGraphDef
     });
 }
 
+void Definitions::note(DefinitionFile &file, std::vector<ElementChange> changes)
+{
+    for (ElementChange &change : changes)
+        m_changes.push_back({&file, std::move(change)});
+}
+
 void Definitions::store(const std::shared_ptr<clsGraphDef> &chart)
 {
-    savingCharts(m_mutex, [&] { ::store(m_charts, gChartDefs, chart); });
+    savingCharts(m_mutex, [&] { note(m_charts, ::store(m_charts, gChartDefs, {chart})); });
 }
 
 void Definitions::store(const std::shared_ptr<clsScheduleDef> &schedule)
 {
-    savingSchedules(m_mutex, [&] { ::store(m_schedules, gScheduleDefs, schedule); });
+    savingSchedules(m_mutex,
+                    [&] { note(m_schedules, ::store(m_schedules, gScheduleDefs, {schedule})); });
 }
 
 void Definitions::store(const std::shared_ptr<clsReportDef> &report)
 {
-    savingReports(m_mutex, [&] { ::store(m_reports, gReportDefs, report); });
+    store(std::vector{report});
 }
 
-void Definitions::removeReportDef(const QString &reportId)
+void Definitions::store(const std::vector<std::shared_ptr<clsReportDef>> &reports)
 {
-    savingReports(m_mutex, [&] {
-        changeFile<clsReportDef>(m_reports, {}, {reportId.toLower()});
-        gReportDefs.remove(reportId);
-    });
+    savingReports(m_mutex, [&] { note(m_reports, ::store(m_reports, gReportDefs, reports)); });
+}
+
+void Definitions::removeChartDef(const QString &chartId)
+{
+    savingCharts(m_mutex, [&] { note(m_charts, remove(m_charts, gChartDefs, {chartId})); });
+}
+
+void Definitions::removeScheduleDef(const QString &scheduleId)
+{
+    savingSchedules(m_mutex,
+                    [&] { note(m_schedules, remove(m_schedules, gScheduleDefs, {scheduleId})); });
+}
+
+void Definitions::removeReportDefs(const QStringList &reportIds)
+{
+    savingReports(m_mutex, [&] { note(m_reports, remove(m_reports, gReportDefs, reportIds)); });
+}
+
+void Definitions::takeBack(qsizetype count)
+{
+    while (changeCount() > count) {
+        DefinitionFile &file = *m_changes.back().file;
+        std::vector<ElementChange> latest; // those of one file, which is written once
+        for (qsizetype i = changeCount(); i-- > count && m_changes[size_t(i)].file == &file;)
+            latest.insert(latest.begin(), m_changes[size_t(i)].element);
+        saving("taking back a change", m_mutex, [&] {
+            if (&file == &m_charts)
+                takeBackIn<clsGraphDef>(file, latest);
+            else if (&file == &m_schedules)
+                takeBackIn<clsScheduleDef>(file, latest);
+            else
+                takeBackIn<clsReportDef>(file, latest);
+        });
+        m_changes.resize(m_changes.size() - latest.size());
+        loadAgain(file);
+    }
+}
+
+void Definitions::loadAgain(const DefinitionFile &file)
+{
+    if (&file == &m_charts)
+        LoadChartDefs();
+    else if (&file == &m_schedules)
+        LoadScheduleDefs();
+    else
+        LoadReportDefs();
+}
+
+QStringList Definitions::files() const
+{
+    return {m_reports.path(), m_charts.path(), m_schedules.path()};
+}
+
+void Definitions::restoreVersion(const QString &path, const QString &version)
+{
+    DefinitionFile *const all[] = {&m_charts, &m_schedules, &m_reports};
+    for (DefinitionFile *file : all) {
+        if (file->path() != path)
+            continue;
+        saving("restoring an earlier version", m_mutex, [&] { restore(*file, version); });
+        m_changes.clear();
+        loadAgain(*file);
+    }
 }

@@ -1,6 +1,8 @@
 #pragma once
 
 #include "definitions/Collection.h"
+#include "definitions/ElementChange.h"
+#include "definitions/FileVersions.h"
 #include "definitions/clsGraphDef.h"
 #include "definitions/clsReportDef.h"
 #include "definitions/clsScheduleDef.h"
@@ -78,11 +80,43 @@ public:
     void store(const std::shared_ptr<clsScheduleDef> &schedule);
     void store(const std::shared_ptr<clsReportDef> &report);
 
-    /// Removes a report from file and collection; failures as in store().
-    void removeReportDef(const QString &reportId);
+    /// The same for several reports, in one step.
+    void store(const std::vector<std::shared_ptr<clsReportDef>> &reports);
+
+    /// Remove from file and collection, what else uses the definitions notwithstanding; failures as
+    /// in store().
+    void removeChartDef(const QString &chartId);
+    void removeScheduleDef(const QString &scheduleId);
+    void removeReportDefs(const QStringList &reportIds);
+
+    /// How many changes store() and the removals have made so far, less those taken back.
+    qsizetype changeCount() const { return static_cast<qsizetype>(m_changes.size()); }
+    /// Takes back all changes after the first `count` ones, the last one first, in file and
+    /// collections: definitions become what they were, unknown content included, but for the dates
+    /// of runs. On failure, which is thrown as in store(), those not taken back yet stay.
+    void takeBack(qsizetype count);
+
+    /// The definition files, which each change keeps a version of (FileVersions.h). The dates of
+    /// runs and the periods that they ask for are no change.
+    QStringList files() const;
+    /// Replaces one of files() by an earlier version, but for the later dates of runs, and loads
+    /// it. What it replaces becomes a version. Cannot be taken back otherwise: forgets the changes
+    /// so far. Throws Error, and then changes nothing.
+    void restoreVersion(const QString &file, const QString &version);
 
 private:
+    /// A change of one of the files.
+    struct Change
+    {
+        DefinitionFile *file;
+        ElementChange element;
+    };
+
+    void note(DefinitionFile &file, std::vector<ElementChange> changes);
+    void loadAgain(const DefinitionFile &file);
+
     QMutex m_mutex; ///< held from reading a file until it is replaced
+    std::vector<Change> m_changes;
     DefinitionFile m_charts{"CHARTDEFS", "CHART",         "ChartID",
                             "Title",     "ChartDefs.XML", "ChartDefs.FAC"};
     DefinitionFile m_schedules{"SCHEDULES",    "SCHEDULE",           "ScheduleID",

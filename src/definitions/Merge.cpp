@@ -150,3 +150,19 @@ void mergeElement(pugi::xml_node element, const pugi::xml_node &fresh)
     });
     mergeElements(element, existing, wanted);
 }
+
+void keepLaterRuns(pugi::xml_node report, const pugi::xml_node &from)
+{
+    QHash<QString, pugi::xml_attribute> dates;
+    forEachElement(from, "SCHEDULE", [&dates](const pugi::xml_node &entry) {
+        dates.insert(GetAttr(entry, "ScheduleID", QString()).toLower(),
+                     entry.attribute("LastRunDate"));
+    });
+    forEachElement(report, "SCHEDULE", [&dates](pugi::xml_node entry) {
+        const pugi::xml_attribute later =
+            dates.value(GetAttr(entry, "ScheduleID", QString()).toLower());
+        pugi::xml_attribute own = entry.attribute("LastRunDate");
+        if (later && own && isOfLaterRun(later, own))
+            own.set_value(later.value());
+    });
+}

@@ -13,6 +13,10 @@
 /// meanwhile.
 void mergeElement(pugi::xml_node element, const pugi::xml_node &fresh);
 
+/// Gives the schedules of a report's element the later run dates of `from`, another element of the
+/// same report; a null one has none.
+void keepLaterRuns(pugi::xml_node report, const pugi::xml_node &from);
+
 /// An element of a file, and its key.
 struct KeyedElement
 {

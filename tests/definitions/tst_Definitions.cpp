@@ -1,4 +1,7 @@
+#include "base/Clock.h"
+#include "base/Error.h"
 #include "definitions/Definitions.h"
+#include "definitions/Usage.h"
 #include "support/Rows.h"
 #include "support/Sandbox.h"
 
@@ -108,7 +111,7 @@ private Q_SLOTS:
         QCOMPARE(store->ids(), "");
         store->save();
         QCOMPARE(sandbox->read(store->file), '<' + store->root + " />\n");
-        QCOMPARE(sandbox->names(), QStringList(store->file));
+        QCOMPARE(sandbox->names(), QStringList({"Backup", store->file}));
     }
 
     void fileThatCannotBeReadIsNeverReplaced_data() { eachStore(); }
@@ -139,7 +142,7 @@ private Q_SLOTS:
         sandbox->write(charts.file, "<OTHER/>");
         sandbox->write(reports.file, "<OTHER/>");
         QVERIFY_EXCEPTION_THROWN(definitions().store(std::make_shared<clsGraphDef>()), Error);
-        QVERIFY_EXCEPTION_THROWN(definitions().removeReportDef("a"), Error);
+        QVERIFY_EXCEPTION_THROWN(definitions().removeReportDefs({"a"}), Error);
         QVERIFY_EXCEPTION_THROWN(definitions().saveLastRunDates("a", {"s"}, QDateTime()), Error);
         QVERIFY_EXCEPTION_THROWN(definitions().saveChartPeriods({std::make_shared<clsGraphDef>()}),
                                  Error);
@@ -245,7 +248,7 @@ private Q_SLOTS:
                      *definitions().gReportDefs.find("R")->ReportDevices.find("M")));
         changed->ReportDevices.find("M")->DataItems.remove("k2");
         definitions().store(changed);
-        definitions().removeReportDef("q");
+        definitions().removeReportDefs({"q"});
         const QByteArray date = " LastRunDate=\"1899-12-30T00:00:00-00:00\"";
         const LocalZone zone("UTC");
         QCOMPARE(
@@ -298,6 +301,85 @@ private Q_SLOTS:
         definitions().saveLastRunDates("R", {"s", "T"},
                                        wallDateTime(QDate(2024, 3, 1), QTime(6, 0)));
         QTEST(sandbox->read(reports.file), "after");
+    }
+
+    void takesChangesBack()
+    {
+        const LocalZone zone("UTC");
+        const QByteArray before =
+            "<REPORTDEFINITIONS>\n"
+            "  <!-- of the night --><CUSTOMREPORT ReportID=\"a\" Own=\"x\" ChartID=\"c\">"
+            "<SCHEDULE ScheduleID=\"s\" LastRunDate=\"2024-01-01T00:00:00-00:00\"/><OTHER/>"
+            "</CUSTOMREPORT>\n"
+            "  <CUSTOMREPORT ReportID=\"b\"/>\n</REPORTDEFINITIONS>";
+        sandbox->write("ChartSelection.XML", before);
+        sandbox->write("ChartDefs.XML", "<CHARTDEFS><CHART ChartID=\"c\" Own=\"1\"/></CHARTDEFS>");
+        definitions().LoadReportDefs();
+        definitions().LoadChartDefs();
+        const auto text = [this] {
+            QString all = QString::fromUtf8(sandbox->read("ChartSelection.XML") +
+                                            sandbox->read("ChartDefs.XML"));
+            return all.remove(QRegularExpression("[\\s]+"));
+        };
+        QString wanted = text();
+        const Reports users = reportsWithChart(definitions().gReportDefs, "C");
+        QCOMPARE(usageText(users), "used by 1 report: No Title");
+        definitions().store(withChart(users, "d"));
+        definitions().removeChartDef("c");
+        const qsizetype mark = definitions().changeCount();
+        definitions().store(std::make_shared<clsReportDef>(
+            duplicate(*definitions().gReportDefs.find("a"), definitions().gReportDefs)));
+        definitions().removeReportDefs({"a", "b"});
+        QCOMPARE(definitions().gReportDefs.size(), 1);
+        definitions().takeBack(mark);
+        QCOMPARE(reports.ids(), "ab");
+        QVERIFY(definitions().gChartDefs.isEmpty());
+        definitions().saveLastRunDates("a", {"s"}, QDateTime({2024, 5, 1}, {}, Qt::UTC));
+        definitions().takeBack(0);
+        QVERIFY(text().contains("2024-05-01"));
+        QCOMPARE(text(), wanted.replace("2024-01-01", "2024-05-01")); // a run is nobody's change
+        QCOMPARE(definitions().gReportDefs.find("a")->ChartID, "c");
+    }
+
+    void keepsAndRestoresVersions()
+    {
+        const LocalZone zone("UTC");
+        FrozenClock clock(QStringLiteral("2024-05-01T12:00:00"));
+        const QString file = definitions().files().value(0);
+        sandbox->write("ChartSelection.XML",
+                       "<REPORTDEFINITIONS><CUSTOMREPORT ReportID=\"a\"><SCHEDULE ScheduleID=\"s\" "
+                       "LastRunDate=\"2024-01-01T00:00:00-00:00\"/></CUSTOMREPORT>"
+                       "</REPORTDEFINITIONS>");
+        definitions().LoadReportDefs();
+        const auto rename = [](const QString &title) {
+            const auto changed =
+                std::make_shared<clsReportDef>(*definitions().gReportDefs.find("a"));
+            changed->ReportTitle = title;
+            definitions().store(changed);
+        };
+        for (int i = 1; i <= 7; ++i) {
+            clock.advance(i < 3 ? 0 : 60'000); // also within a millisecond
+            rename(QString("title %1").arg(i));
+        }
+        const auto day = QDateTime({2024, 4, 1}, {}, Qt::UTC);
+        definitions().saveLastRunDates("a", {"s"}, day);
+        const std::vector<FileVersion> versions = versionsOf(file);
+        QCOMPARE(versions.size(), size_t(versionsKept));
+        QCOMPARE(versions.front().replaced, now());
+        QVERIFY(readFile(versions.front().path).contains("title 6"));
+        definitions().restoreVersion(file, versions.back().path);
+        QCOMPARE(definitions().gReportDefs.find("a")->ReportTitle, "title 2");
+        QCOMPARE(definitions().gReportDefs.find("a")->ReportSchedules.at(0)->LastRunDate, day);
+        QVERIFY(readFile(versionsOf(file).front().path).contains("title 7"));
+
+        sandbox->write("ChartSelection.XML", "<REPORTDEFINITIONS"); // a hand has damaged it
+        definitions().restoreVersion(file, versionsOf(file).front().path);
+        QCOMPARE(reports.ids(), "a");
+        sandbox->write("Backup/bad.XML", "<OTHER/>");
+        const QByteArray before = sandbox->read("ChartSelection.XML");
+        QVERIFY_EXCEPTION_THROWN(
+            definitions().restoreVersion(file, sandbox->path("Backup/bad.XML")), Error);
+        QCOMPARE(sandbox->read("ChartSelection.XML"), before);
     }
 };
 

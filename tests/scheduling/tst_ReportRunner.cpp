@@ -484,7 +484,7 @@ private Q_SLOTS:
         QVERIFY(site.run(RunChoice::Due).failed());
         QVERIFY(site.output("REPORTS.HTM").endsWith("failed: new and old pages are mixed.|>"));
         // A report that is removed goes from the list at once.
-        definitions().removeReportDef("{R-1}");
+        definitions().removeReportDefs({"{R-1}"});
         refreshReportList();
         QCOMPARE(site.output("REPORTS.HTM"), "<|Never scheduled: |>");
     }

@@ -239,7 +239,7 @@ void frmGrapherMain::removeReport()
                                  .arg(report->ReportTitle)))
         return;
     try {
-        definitions().removeReportDef(id);
+        definitions().removeReportDefs({id});
         refreshReportList();
     } catch (const Error &error) {
         showCritical(this, QStringLiteral("Not Removed"),
