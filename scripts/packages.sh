@@ -1,7 +1,7 @@
 # Sourced by the other scripts: installs Debian packages that are missing.
 
 build_packages=(g++ cmake ninja-build qt6-base-dev libgl1-mesa-dev libpugixml-dev
-    libdeflate-dev unixodbc-dev)
+    libdeflate-dev unixodbc-dev libcurl4-openssl-dev)
 run_packages=(tzdata fonts-inter fonts-dejavu-core)
 test_packages=(clang-format mdbtools chromium mariadb-server-core mariadb-client-core odbc-mariadb tdsodbc
     systemd cron dpkg-dev lintian bsdutils python3-jsonschema)
