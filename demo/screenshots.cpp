@@ -13,11 +13,13 @@
 #include "ui/editors/frmScheduleDefEditor.h"
 #include "ui/help/frmHelp.h"
 #include "ui/main/frmAutomate.h"
+#include "ui/main/frmDatabase.h"
 #include "ui/main/frmGrapherMain.h"
 #include "ui/main/frmOutputPath.h"
 
 #include <QAbstractItemView>
 #include <QApplication>
+#include <QComboBox>
 #include <QDir>
 #include <QEventLoop>
 #include <QStyleFactory>
@@ -123,6 +125,11 @@ void takeDialogs(Album &album, platform::TaskScheduler &scheduler)
 {
     frmAutomate automate(scheduler, {});
     album.take(automate, QStringLiteral("automate"));
+
+    frmDatabase database;
+    album.take(database, QStringLiteral("database"));
+    database.findChild<QComboBox *>(QStringLiteral("cboKind"))->setCurrentIndex(1);
+    album.take(database, QStringLiteral("database-server"));
 
     frmOutputPath output;
     album.take(output, QStringLiteral("output-location"));

@@ -22,9 +22,19 @@ qsizetype endOfName(const QByteArray &utf8, qsizetype at)
     return at;
 }
 
+/// In ASCII, whatever the encoding of the file is.
 QByteArray escaped(const QString &value)
 {
-    return value.toHtmlEscaped().replace(u'\'', QLatin1String("&#39;")).toUtf8();
+    QByteArray text;
+    const auto characters = value.toUcs4();
+    for (const uint character : characters) {
+        const bool isPlain = character >= ' ' && character < 127 && character != '&' &&
+                             character != '<' && character != '>' && character != '"' &&
+                             character != '\'';
+        text += isPlain ? QByteArray(1, static_cast<char>(character))
+                        : "&#" + QByteArray::number(character) + ';';
+    }
+    return text;
 }
 
 /// The encoding of UTF-16 and UTF-32 text; null for other text.

@@ -27,7 +27,7 @@ public:
 
     const pugi::xml_document &document() const { return m_document; }
 
-    /// `element` is one of document(), which does not change. The value is ASCII.
+    /// `element` is one of document(), which does not change.
     void set(const pugi::xml_node &element, const char *attribute, const QString &value);
 
     /// The file with all changes.

@@ -6,6 +6,7 @@
 #include "base/Paths.h"
 #include "base/ProgramState.h"
 #include "base/Xml.h"
+#include "base/XmlPatch.h"
 #include "config/Program.h"
 #include "platform/EventLog.h"
 #include "platform/ProductSettings.h"
@@ -43,13 +44,18 @@ void readConfiguration(pugi::xml_document &document, const QString &path)
     }
 }
 
+QString configurationPath()
+{
+    return WithBackslash(GetAppPath()) + QLatin1String("VantrelV6.Config");
+}
+
 /// The product's configuration. If there is none, an older version's file or the factory file is
 /// copied first; a failure to write the copy goes to the event log. Empty if there is none of the
 /// three. Throws Error when the file cannot be read: another one might mean another database.
 pugi::xml_node productRoot(pugi::xml_document &document)
 {
     const QString folder = WithBackslash(GetAppPath());
-    const QString present = folder + QLatin1String("VantrelV6.Config");
+    const QString present = configurationPath();
     if (QFileInfo::exists(nativePath(present))) {
         readConfiguration(document, present);
         return document.document_element();
@@ -176,4 +182,49 @@ void SetGraphDataPath(const QString &path)
     const QString folder = path.isEmpty() ? GetGraphDataPath() : path;
     ensureFolder(folder);
     settings->GraphDataPath = folder;
+}
+
+DatabaseSettings databaseSettings()
+{
+    DatabaseSettings settings{program().gDataPath, program().gGraphDataSQL, program().gGraphDataDSN,
+                              program().gSQLConnect};
+    if (!settings.isServer()) { // a text that is not in use may be in the file
+        pugi::xml_document document;
+        settings.connectionText = GetAttr(productRoot(document), "GraphDataSQLConnect", QString());
+    }
+    return settings;
+}
+
+void saveDatabaseSettings(const DatabaseSettings &wanted)
+{
+    pugi::xml_document present; // makes sure that there is a file if another one can be copied
+    const QByteArray bytes = productRoot(present) && fileExists(configurationPath())
+                                 ? readFile(configurationPath())
+                                 : QByteArray("<VANTREL />\n");
+    XmlPatch patch(bytes);
+    const pugi::xml_node root = patch.document().document_element();
+    const auto set = [&patch, &root](const char *name, const QString &value) {
+        if (GetAttr(root, name, QString()) != value)
+            patch.set(root, name, value);
+    };
+    const auto setFlag = [&set, &root](const char *name, bool flag) {
+        if (flagAttribute(root, name) != flag)
+            set(name, QString::number(flag ? 1 : 0));
+    };
+    if (!wanted.isServer() &&
+        NormalizeFolder(folderAttribute(root, "DataPath")) != NormalizeFolder(wanted.dataPath))
+        set("DataPath", wanted.dataPath);
+    setFlag("GraphDataSQL", wanted.isSqlServer);
+    setFlag("GraphDataDSN", wanted.isDataSource);
+    if (wanted.isServer())
+        set("GraphDataSQLConnect", wanted.connectionText);
+    savePrivateFile(configurationPath(), patch.bytes()); // it may hold a password
+
+    program().gGraphDataSQL = wanted.isSqlServer;
+    program().gGraphDataDSN = wanted.isDataSource;
+    program().gSQLConnect = wanted.isServer() ? wanted.connectionText : QString();
+    if (!wanted.isServer()) {
+        settings->DataPath = wanted.dataPath;
+        program().gDataPath = NormalizeFolder(wanted.dataPath);
+    }
 }

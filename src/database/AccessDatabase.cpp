@@ -294,6 +294,18 @@ qint64 AccessDatabase::sampleCount()
     return m_sampleCount.value_or(0);
 }
 
+std::optional<qint64> AccessDatabase::newestSample()
+{
+    TableWalk walk(*m_file, QStringLiteral("DataValues"));
+    const int date = walk.dateColumn(QStringLiteral("iDate"));
+    std::optional<qint64> newest;
+    while (walk.next()) {
+        if (!walk.row().isNull(date))
+            newest = std::max(walk.row().instant(date), newest.value_or(walk.row().instant(date)));
+    }
+    return newest;
+}
+
 void AccessDatabase::answer(std::span<ItemQuestion> items, std::span<SummaryQuestion> summaries)
 {
     SamplePass pass(*m_file, items);

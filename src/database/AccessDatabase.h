@@ -17,6 +17,7 @@ public:
 
     std::shared_ptr<const Inventory> inventory() override;
     qint64 sampleCount() override;
+    std::optional<qint64> newestSample() override;
     void answer(std::span<ItemQuestion> items, std::span<SummaryQuestion> summaries) override;
     bool answersManyAtOnce() const override { return true; }
     void readSelection(const std::function<void(const SelectionRow &)> &take) override;

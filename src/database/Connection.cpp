@@ -1,6 +1,7 @@
 #include "database/Connection.h"
 
 #include "base/Files.h"
+#include "base/Paths.h"
 #include "config/Program.h"
 #include "database/AccessDatabase.h"
 #include "database/OdbcDatabase.h"
@@ -8,18 +9,24 @@
 
 DatabaseSource databaseSource()
 {
-    if (program().gGraphDataSQL || program().gGraphDataDSN)
-        return {maskPasswords(program().gSQLConnect),
-                [dialect = program().gGraphDataSQL ? SqlDialect::SqlServer : SqlDialect::Access,
-                 text = program().gSQLConnect, connectionTimeout = program().gConnectionTimeout,
+    return databaseSource(DatabaseSettings{program().gDataPath, program().gGraphDataSQL,
+                                           program().gGraphDataDSN, program().gSQLConnect});
+}
+
+DatabaseSource databaseSource(const DatabaseSettings &settings)
+{
+    if (settings.isServer())
+        return {maskPasswords(settings.connectionText),
+                [dialect = settings.isSqlServer ? SqlDialect::SqlServer : SqlDialect::Access,
+                 text = settings.connectionText, connectionTimeout = program().gConnectionTimeout,
                  commandTimeout = program().gCommandTimeout,
                  fetchesWhole = program().gUseClientCursor] {
                     return std::make_unique<OdbcDatabase>(dialect, text, connectionTimeout,
                                                           commandTimeout, fetchesWhole);
                 }};
-    const QString file = program().gDataPath + QLatin1String("VTRGData.MDB");
+    const QString file = NormalizeFolder(settings.dataPath) + QLatin1String("VTRGData.MDB");
     return {QStringLiteral("Provider='Microsoft.Jet.OLEDB.4.0';Data Source='%1'").arg(file),
-            [path = nativePath(file)] { return std::make_unique<AccessDatabase>(path); }};
+            [file] { return std::make_unique<AccessDatabase>(nativePath(file)); }};
 }
 
 DatabaseConnection::DatabaseConnection(DatabaseSource source)

@@ -1,5 +1,6 @@
 #pragma once
 
+#include "config/HostSettings.h"
 #include "config/RunLog.h"
 #include "database/MonitoringDatabase.h"
 
@@ -13,6 +14,9 @@ struct DatabaseSource
 
 /// The one of the present settings. Main thread only.
 DatabaseSource databaseSource();
+
+/// One of settings that need not be in force, with the present time-outs. Main thread only.
+DatabaseSource databaseSource(const DatabaseSettings &settings);
 
 /// A connection that is opened when it is needed, and once more when a failure has ended it. Used
 /// on one thread at a time.

@@ -7,6 +7,7 @@
 
 #include <functional>
 #include <memory>
+#include <optional>
 #include <span>
 
 /// A question for the samples of one data item. Bounds are wall times, both inclusive.
@@ -59,6 +60,9 @@ public:
 
     /// How many samples the database holds.
     virtual qint64 sampleCount() = 0;
+
+    /// The instant of the newest sample; nothing where there is none.
+    virtual std::optional<qint64> newestSample() = 0;
 
     /// Answers questions for samples. Ends early, with answers that are not complete, when
     /// `CancelRequested` is set meanwhile.

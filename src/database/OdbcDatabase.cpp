@@ -61,6 +61,12 @@ qint64 OdbcDatabase::sampleCount()
     return count->next() ? count->integer(0) : 0;
 }
 
+std::optional<qint64> OdbcDatabase::newestSample()
+{
+    const auto newest = m_connection->open(GetNewestSampleSQL(), {QStringLiteral("TNEWEST")});
+    return newest->next() && !newest->isNull(0) ? std::optional(newest->instant(0)) : std::nullopt;
+}
+
 void OdbcDatabase::answer(std::span<ItemQuestion> items, std::span<SummaryQuestion> summaries)
 {
     for (ItemQuestion &question : items) {

@@ -15,6 +15,7 @@ public:
 
     std::shared_ptr<const Inventory> inventory() override;
     qint64 sampleCount() override;
+    std::optional<qint64> newestSample() override;
     void answer(std::span<ItemQuestion> items, std::span<SummaryQuestion> summaries) override;
     bool answersManyAtOnce() const override { return false; }
     void readSelection(const std::function<void(const SelectionRow &)> &take) override;

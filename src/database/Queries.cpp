@@ -131,6 +131,11 @@ QString GetSampleCountSQL(SqlDialect dialect)
                : QStringLiteral("Select Count(1) as TCOUNT from DataValues");
 }
 
+QString GetNewestSampleSQL()
+{
+    return QStringLiteral("Select Max(iDate) as TNEWEST from DataValues");
+}
+
 QString GetDataValuesSQL(SqlDialect dialect, const QString &dataIdent, const QDateTime &start,
                          const QDateTime &end)
 {

@@ -25,6 +25,9 @@ QString GetStateSummarySQL(SqlDialect dialect, const QDateTime &start, const QDa
 /// The count of all samples, as "TCOUNT".
 QString GetSampleCountSQL(SqlDialect dialect);
 
+/// The time of the newest sample, as "TNEWEST".
+QString GetNewestSampleSQL();
+
 QString GetDataValuesSQL(SqlDialect dialect, const QString &dataIdent, const QDateTime &start,
                          const QDateTime &end);
 

@@ -434,6 +434,81 @@ QString odbcText(const QString &connectionText, const OdbcNames &names)
     return withDriverWords(translated(connectionText, names), names);
 }
 
+QString connectionText(const ConnectionForm &form)
+{
+    QString text;
+    const auto add = [&text](const char *keyword, const QString &value) {
+        // Both syntaxes take braces for quotes.
+        static const QRegularExpression special(QStringLiteral("[\\[\\]{}(),;?*=!@'\"]|^\\s|\\s$"));
+        if (!value.isEmpty())
+            text += QLatin1String(keyword) + u'=' +
+                    (value.contains(special) ? quoted(value, u'{') : value) + u';';
+    };
+    if (form.dataSource.isEmpty()) {
+        if (!form.driver.isEmpty())
+            text += QLatin1String("DRIVER=") + quoted(form.driver, u'{') + u';';
+        add("SERVER", form.server);
+        add("DATABASE", form.database);
+    } else {
+        add("DSN", form.dataSource);
+    }
+    if (form.isIntegrated) {
+        add("Trusted_Connection", QStringLiteral("Yes"));
+    } else {
+        add("UID", form.user);
+        add("PWD", form.password);
+    }
+    add("Encrypt", form.isEncrypted ? QStringLiteral("Yes") : QStringLiteral("No"));
+    if (form.isEncrypted && form.acceptsAnyCertificate)
+        add("TrustServerCertificate", QStringLiteral("Yes"));
+    return text;
+}
+
+std::optional<ConnectionForm> connectionForm(const QString &connectionText)
+{
+    ConnectionForm form;
+    form.isEncrypted = false;
+    const std::vector<Setting> settings = readSettings(connectionText);
+    const struct
+    {
+        const char *keyword;
+        QString *text;
+        bool *flag;
+    } fields[] = {
+        {"DSN", &form.dataSource, nullptr},
+        {"DRIVER", &form.driver, nullptr},
+        {"SERVER", &form.server, nullptr},
+        {"DATABASE", &form.database, nullptr},
+        {"UID", &form.user, nullptr},
+        {"PWD", &form.password, nullptr},
+        {"Trusted_Connection", nullptr, &form.isIntegrated},
+        {"Encrypt", nullptr, &form.isEncrypted},
+        {"TrustServerCertificate", nullptr, &form.acceptsAnyCertificate},
+    };
+    for (const Setting &setting : settings) {
+        if (!setting.hasValue && setting.before.trimmed().isEmpty())
+            continue;
+        const auto *field =
+            std::find_if(std::begin(fields), std::end(fields), [&](const auto &each) {
+                return is(setting, QLatin1String(each.keyword));
+            });
+        if (!setting.hasValue || field == std::end(fields))
+            return {};
+        const QString word = switchValue(setting.meaning());
+        if (field->text)
+            *field->text = setting.meaning();
+        else if (word == u"Yes" || word == u"No")
+            *field->flag = word == u"Yes";
+        else
+            return {};
+    }
+    const bool hasPlace = form.dataSource.isEmpty() != form.server.isEmpty();
+    const bool isMixed = !form.dataSource.isEmpty() && !(form.driver + form.database).isEmpty();
+    if (!hasPlace || isMixed || (form.isIntegrated && !(form.user + form.password).isEmpty()))
+        return {};
+    return form;
+}
+
 QString maskPasswords(const QString &connectionText)
 {
     QStringList shown;

@@ -4,6 +4,8 @@
 #include <QString>
 #include <QStringList>
 
+#include <optional>
+
 /// Connection texts: "keyword=value;..." with values bare, in braces ("}" doubled), or, in OLE DB
 /// texts, in quotes (doubled within). Keywords know no case. Pure functions, safe on any thread.
 
@@ -25,6 +27,28 @@ struct OdbcNames
 /// Throws Error when no suitable driver is installed, for any other provider, and for
 /// Encrypt=Strict with a driver that does not support it.
 QString odbcText(const QString &connectionText, const OdbcNames &names);
+
+/// What somebody enters to reach a server or a data source.
+struct ConnectionForm
+{
+    QString dataSource; ///< the name of a data source; empty: driver, server and database count
+    QString driver;     ///< empty: the best that is installed for SQL Server
+    QString server;
+    QString database;
+    bool isIntegrated = false; ///< signs in with the account of the program
+    QString user;
+    QString password;
+    bool isEncrypted = true;
+    bool acceptsAnyCertificate = false;
+
+    bool operator==(const ConnectionForm &) const = default;
+};
+
+/// The text of a form, for odbcText(); values may hold any character.
+QString connectionText(const ConnectionForm &form);
+
+/// The form of a text; nothing where it holds what no form has a place for.
+std::optional<ConnectionForm> connectionForm(const QString &connectionText);
 
 /// The text for messages: the value of each password keyword is "***", in nested texts too.
 QString maskPasswords(const QString &connectionText);

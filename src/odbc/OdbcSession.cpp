@@ -1,6 +1,5 @@
 #include "odbc/OdbcSession.h"
 
-#include "odbc/ConnectionText.h"
 #include "odbc/OdbcError.h"
 
 #include <algorithm>
@@ -51,7 +50,18 @@ QMap<QString, QString> listed(SQLHANDLE environment, Listing list)
     return names;
 }
 
+OdbcNames namesIn(SQLHANDLE environment)
+{
+    return {listed(environment, SQLDriversW), listed(environment, SQLDataSourcesW)};
+}
+
 } // namespace
+
+OdbcNames installedOdbcNames()
+{
+    const OdbcHandle environment(SQL_HANDLE_ENV, withoutPooling());
+    return namesIn(asOdbc3(environment));
+}
 
 OdbcSession::OdbcSession(const QString &connectionText, std::chrono::seconds connectionTime,
                          std::chrono::seconds commandTime)
@@ -72,8 +82,7 @@ OdbcSession::OdbcSession(const QString &connectionText, std::chrono::seconds con
     if (commandTime.count() > 0)
         set(SQL_ATTR_CONNECTION_TIMEOUT, static_cast<SQLULEN>(commandTime.count()));
 
-    const QString text = odbcText(connectionText, {listed(m_environment.get(), SQLDriversW),
-                                                   listed(m_environment.get(), SQLDataSourcesW)});
+    const QString text = odbcText(connectionText, namesIn(m_environment.get()));
     checkOdbc(SQLDriverConnectW(connection, nullptr, odbcString(text), SQL_NTS, nullptr, 0, nullptr,
                                 SQL_DRIVER_NOPROMPT),
               m_connection);

@@ -1,8 +1,13 @@
 #pragma once
 
+#include "odbc/ConnectionText.h"
 #include "odbc/Odbc.h"
 
 #include <chrono>
+
+/// The installed drivers and data sources. On any thread; reads files. Throws Error where there is
+/// no driver manager.
+OdbcNames installedOdbcNames();
 
 /// A connected driver: ODBC's environment and connection handles. All members are called on the
 /// connection's DriverThread.

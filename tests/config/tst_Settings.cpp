@@ -119,6 +119,45 @@ private Q_SLOTS:
             QCOMPARE(read(useless), defaults);
     }
 
+    /// In a file of any encoding, and nothing else changes.
+    void databaseSettingsAreSavedInPlace()
+    {
+        const QByteArray file =
+            "<!-- \xe4 --><P  x='1' GraphDataSQL = '0'\n DataPath='/one'><Q y=\"\xfc\"/>"
+            "</P>\r\n";
+        sandbox->write(presentFile, file);
+        sandbox->restart();
+        InitGrapher();
+        DatabaseSettings wanted = databaseSettings();
+        QCOMPARE(wanted.dataPath, "/one" + QString(pathSeparator));
+        wanted.isSqlServer = true;
+        wanted.connectionText = QString::fromUtf8("PWD={\xc3\xa4\xf0\x9f\x94\x91<&'\"};SERVER=s");
+        saveDatabaseSettings(wanted);
+        QCOMPARE(program().gSQLConnect, wanted.connectionText);
+        QByteArray saved = sandbox->read(presentFile);
+        QCOMPARE(
+            saved.replace("GraphDataSQL = '1'", "GraphDataSQL = '0'")
+                .replace(
+                    " GraphDataSQLConnect=\"PWD={&#228;&#128273;&#60;&#38;&#39;&#34;};SERVER=s\"",
+                    ""),
+            file);
+        sandbox->restart();
+        InitGrapher();
+        QVERIFY(databaseSettings() == wanted);
+        // Back to the file: the text is kept for the next time.
+        DatabaseSettings back = wanted;
+        back.isSqlServer = false;
+        back.dataPath = "/two/";
+        saveDatabaseSettings(back);
+        QCOMPARE(program().gDataPath, "/two/");
+        QVERIFY(databaseSettings() == back);
+        // A file that cannot be read is not replaced.
+        sandbox->write(presentFile, "<P");
+        errorOf([&] { saveDatabaseSettings(wanted); });
+        QCOMPARE(sandbox->read(presentFile), "<P");
+        QVERIFY(!program().gGraphDataSQL);
+    }
+
     void foldersAreReadOnce()
     {
         writeProduct("DataPath='   ' GraphDataPath=''");

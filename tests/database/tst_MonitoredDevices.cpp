@@ -15,6 +15,7 @@ public:
     {}
     std::shared_ptr<const Inventory> inventory() override { return {}; }
     qint64 sampleCount() override { return 0; }
+    std::optional<qint64> newestSample() override { return {}; }
     void answer(std::span<ItemQuestion>, std::span<SummaryQuestion>) override {}
     bool answersManyAtOnce() const override { return false; }
     void readSelection(const std::function<void(const SelectionRow &)> &take) override

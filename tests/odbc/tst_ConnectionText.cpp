@@ -143,6 +143,27 @@ private Q_SLOTS:
         QTEST(maskPasswords(text), "shown");
     }
 
+    void forms()
+    {
+        const QString hostile = "a;b}c='\"{ ";
+        ConnectionForm source{"Mon", "", "", "", false, "u", hostile};
+        const ConnectionForm server{"", "FreeTDS", "db01,1433", "V", false, "u", hostile};
+        const ConnectionForm own{"", "", "db01\\M", "", true, "", "", true, true};
+        for (const ConnectionForm &form : {source, server, own}) {
+            const auto again = connectionForm(connectionText(form));
+            QVERIFY2(again && *again == form, qPrintable(connectionText(form)));
+        }
+        QCOMPARE(passwordsIn(connectionText(server)), QStringList(hostile));
+        QVERIFY(!maskPasswords(connectionText(source)).contains("a;b"));
+        QVERIFY(odbcText(connectionText(server), installed({"FreeTDS"}))
+                    .endsWith("Encryption=require;"));
+        source.isEncrypted = false;
+        QCOMPARE(connectionForm(connectionText(source))->isEncrypted, false);
+        for (const char *other : {"", "DSN=M;DATABASE=x", "SERVER=a;Encrypt=Strict", "UID=u",
+                                  "SERVER=a;TDS_Version=7.4", "Provider=SQLOLEDB;Data Source=s"})
+            QVERIFY2(!connectionForm(other), other);
+    }
+
     void messages()
     {
         const QStringList passwords =

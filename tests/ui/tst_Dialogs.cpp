@@ -1,5 +1,9 @@
+#include "base/Clock.h"
 #include "base/Error.h"
 #include "config/Program.h"
+#include "config/StartUp.h"
+#include "database/Connection.h"
+#include "demo/MonitoringData.h"
 #include "support/Answers.h"
 #include "support/MemoryScheduler.h"
 #include "support/Rows.h"
@@ -8,6 +12,7 @@
 #include "ui/common/UiState.h"
 #include "ui/editors/EditorDialog.h"
 #include "ui/main/frmAutomate.h"
+#include "ui/main/frmDatabase.h"
 #include "ui/main/frmOutputPath.h"
 
 #include <QVBoxLayout>
@@ -205,6 +210,46 @@ private Q_SLOTS:
         const QDir folder(nativePath(gConfig().PTH_Output()));
         QCOMPARE(folder.exists(), saved);
         QVERIFY(folder.entryList(QDir::Files | QDir::Hidden).isEmpty()); // of the trial
+    }
+
+    /// What a newcomer does: name the file, see what it holds, save; and what a server needs.
+    void database()
+    {
+        const Sandbox sandbox;
+        sandbox.write("VantrelV6.Config",
+                      "<P a='1' DataPath='" + sandbox.path("none").toUtf8() + "'/>");
+        sandbox.write("data/x", "");
+        demo::writeMonitoringData(sandbox.path("data/VTRGData.MDB"),
+                                  demo::planMonitoring({3, 2, 1, 900, currentInstant() / 1000, 1}));
+        InitGrapher();
+        frmDatabase dialog;
+        dialog.show();
+        const auto result = [&dialog] { return control<QLabel>(dialog, "lblResult")->text(); };
+        QTRY_VERIFY(result().contains("[53]")); // tried by itself
+        control<QLineEdit>(dialog, "txtFolder")->setText(sandbox.path("data/VTRGData.MDB"));
+        QTRY_VERIFY2(result().startsWith("Found: 3 devices, "), qPrintable(result()));
+        QTRY_VERIFY(result().contains("Newest sample: "));
+        dialog.accept();
+        QCOMPARE(dialog.tag(), QString("SAVE"));
+        QCOMPARE(databaseSource().connect()->inventory()->devices().size(), size_t(3));
+        QVERIFY(sandbox.read("VantrelV6.Config").startsWith("<P a='1' DataPath='"));
+
+        frmDatabase server;
+        server.show();
+        control<QComboBox>(server, "cboKind")->setCurrentIndex(1);
+        QVERIFY(control<QCheckBox>(server, "chkEncrypt")->isChecked());
+        control<QLineEdit>(server, "txtServer")->setText("127.0.0.1,9");
+        control<QLineEdit>(server, "txtUser")->setText("u");
+        control<QLineEdit>(server, "txtPassword")->setText("se;cret");
+        auto *test = control<QPushButton>(server, "cmdTest");
+        test->click();
+        QVERIFY(test->text().startsWith("S&top")); // and the window goes on
+        test->click();
+        QCOMPARE(control<QLabel>(server, "lblResult")->text(), QString("The test was stopped."));
+        server.accept();
+        QCOMPARE(program().gSQLConnect,
+                 QString("SERVER={127.0.0.1,9};UID=u;PWD={se;cret};Encrypt=Yes;"));
+        QVERIFY(!databaseSource().name.contains("cret"));
     }
 };
 

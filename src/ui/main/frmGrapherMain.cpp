@@ -20,6 +20,7 @@
 #include "ui/main/RunThread.h"
 #include "ui/main/StatusBox.h"
 #include "ui/main/frmAutomate.h"
+#include "ui/main/frmDatabase.h"
 #include "ui/main/frmOutputPath.h"
 
 #include <QAction>
@@ -113,6 +114,8 @@ void frmGrapherMain::start()
     QWidget *first = isEmpty ? static_cast<QWidget *>(lvReports->addButton()) : lvReports;
     first->setFocus();
     Timer1->start();
+    if (isEmpty)
+        lookForDatabase();
 }
 
 void frmGrapherMain::tick()
@@ -176,6 +179,7 @@ void frmGrapherMain::updateCommands()
     enable(mnuReportOpen, cmdReportOpen, isOne);
     enable(mnuReportModify, cmdReportModify, isOne);
     enable(mnuReportRemove, cmdReportRemove, isOne && !m_isRunning);
+    mnuDatabase->setEnabled(!m_isRunning);
     mnuSetOutput->setEnabled(!m_isRunning);
     mnuToolsAutomate->setEnabled(!m_isRunning);
 }
@@ -342,6 +346,35 @@ void frmGrapherMain::openPage()
         showInformation(this, QStringLiteral("Open Page"),
                         QStringLiteral("There is no page of this report yet. Run the report "
                                        "first."));
+}
+
+void frmGrapherMain::chooseDatabase()
+{
+    const DatabaseSettings before = databaseSettings();
+    frmDatabase dialog(this);
+    dialog.exec();
+    const DatabaseSettings present = databaseSettings();
+    if (present == before)
+        return;
+    // An hourly job that is registered from now on takes the folder from the configuration.
+    if (const qsizetype at = m_taskOptions.indexOf(QLatin1String("--dbpath")); at >= 0)
+        m_taskOptions.remove(at, 2);
+    ShowStatus(QLatin1String("Database: ") + databaseSource().name);
+}
+
+/// Has somebody who starts with nothing choose the database first. The file may be in a network.
+void frmGrapherMain::lookForDatabase()
+{
+    const DatabaseSettings settings = databaseSettings();
+    if (settings.isServer())
+        return;
+    m_asking.start([this, folder = settings.dataPath](const Background::Link &link) {
+        if (!fileExists(folder + QLatin1String("VTRGData.MDB")))
+            link.deliver([this] {
+                if (!m_isRunning && !QApplication::activeModalWidget())
+                    chooseDatabase();
+            });
+    });
 }
 
 void frmGrapherMain::setOutputLocation()

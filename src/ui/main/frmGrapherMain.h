@@ -2,6 +2,7 @@
 
 #include "platform/TaskScheduler.h"
 #include "scheduling/ReportRunner.h"
+#include "ui/common/Background.h"
 
 #include <QMainWindow>
 #include <QPointer>
@@ -67,6 +68,8 @@ private:
     void removeReport();
     void runOrCancel();
     void openPage();
+    void chooseDatabase();
+    void lookForDatabase();
     void setOutputLocation();
     void switchAutomation();
     void showCompactNotice();
@@ -111,6 +114,7 @@ private:
     QAction *mnuReportRemove;
     QAction *mnuReportView;
     QAction *mnuReportOpen;
+    QAction *mnuDatabase;
     QAction *mnuSetOutput;
     QAction *mnuToolsAutomate;
     QAction *mnuToolsCompact;
@@ -118,6 +122,7 @@ private:
 
     bool m_isRunning = false; ///< from its planning on
     RunMode m_runMode = RunMode::Window;
+    Background m_asking;        ///< for the database
     RunThread *m_run = nullptr; ///< while the run takes place
     bool m_closesAfterRun = false;
     QPointer<QWidget> m_focusBefore; ///< a scheduled run

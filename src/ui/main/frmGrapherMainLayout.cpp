@@ -146,6 +146,8 @@ void frmGrapherMain::makeActions()
     mnuReportOpen =
         newAction("mnuReportOpen", QStringLiteral("&Open Page"), &frmGrapherMain::openPage);
     mnuReportOpen->setShortcut(QKeySequence::Open);
+    mnuDatabase =
+        newAction("mnuDatabase", QStringLiteral("&Database…"), &frmGrapherMain::chooseDatabase);
     mnuSetOutput = newAction("mnuSetOutput", QStringLiteral("Set Output &Location"),
                              &frmGrapherMain::setOutputLocation);
     mnuToolsAutomate = newAction("mnuToolsAutomate", QStringLiteral("&Automated Reporting"),
@@ -185,6 +187,7 @@ void frmGrapherMain::makeMenus()
     QMenu *mnuTools = menuBar()->addMenu(QStringLiteral("&Tools"));
     mnuTools->setObjectName(QStringLiteral("mnuTools"));
     connect(mnuTools, &QMenu::aboutToShow, this, &frmGrapherMain::updateAutomate);
+    mnuTools->addAction(mnuDatabase);
     mnuTools->addAction(mnuSetOutput);
     mnuTools->addSeparator();
     mnuTools->addAction(mnuToolsAutomate);
