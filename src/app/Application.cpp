@@ -19,6 +19,7 @@
 #include "platform/Drawing.h"
 #include "platform/EventLog.h"
 #include "platform/Terminal.h"
+#include "scheduling/Metrics.h"
 #include "scheduling/Registration.h"
 #include "scheduling/ReportRunner.h"
 #include "scheduling/RunHistory.h"
@@ -69,10 +70,7 @@ int runUnattended(const QStringList &ids, RunChoice choice)
     const RunMode mode = program().gAutoMode ? RunMode::Scheduled : RunMode::OnRequest;
     const RunDisplay display(stdout, stderr);
     platform::onCancelRequest([] { program().CancelRequested = true; }); // at the run's next check
-    const RunResult result = runReports({ids, choice, mode});
-    if (result.cancelled)
-        return ExitStatus::Cancelled;
-    return result.failed() ? ExitStatus::ReportFailed : ExitStatus::Done;
+    return runReports({ids, choice, mode}).exitStatus();
 }
 
 int changeRegistration(const Options &options)
@@ -215,6 +213,17 @@ void recordFailedStart(const QString &why)
     }
 }
 
+/// Tells whoever watches the runs how the last one ended. Returns the program's status.
+int saveMetricsOf(const Options &options, int status)
+{
+    const QString path = options.metrics.isEmpty() ? gConfig().metricsPath() : options.metrics;
+    QString error;
+    if (program().gGraphDataPath.isEmpty() || saveMetrics(path, runHistory(), {status, 0}, &error))
+        return status;
+    print(stderr, error);
+    return status == ExitStatus::Done ? int(ExitStatus::ReportFailed) : status;
+}
+
 /// Closes and releases everything, and logs the end of an unattended run.
 void shutDown(int status)
 {
@@ -273,6 +282,8 @@ int runApplication(const Options &options)
         refuse(text);
         showStartError(text);
     }
+    if (options.makesReports() && status != ExitStatus::OtherInstance)
+        status = saveMetricsOf(options, status);
     shutDown(status);
     return status;
 }

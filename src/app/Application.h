@@ -1,21 +1,11 @@
 #pragma once
 
 #include "app/Options.h"
+#include "config/ExitStatus.h"
 
 #include <QCoreApplication>
 
 #include <memory>
-
-/// What the program ends with.
-namespace ExitStatus {
-enum : int {
-    Done = 0, ///< nothing due included
-    ReportFailed = 1,
-    WrongUse = 2, ///< wrong options, unreadable configuration
-    OtherInstance = 3,
-    Cancelled = 4,
-};
-} // namespace ExitStatus
 
 /// Prints a text to standard output.
 int printText(const QString &text);

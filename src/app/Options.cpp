@@ -23,6 +23,9 @@ constexpr std::array<std::pair<QLatin1String, Command>, 8> commands = {{
     {QLatin1String("--registered"), Command::Registered},
 }};
 
+const QStringList valueOptions = {QStringLiteral("--home"), QStringLiteral("--dbpath"),
+                                  QStringLiteral("--run"), QStringLiteral("--metrics")};
+
 std::optional<Command> commandOf(const QString &name)
 {
     for (const auto &[text, command] : commands) {
@@ -56,6 +59,8 @@ bool take(Options &options, QStringList &rest, const QString &name, const QStrin
         options.dataPath = absoluteFolder(value);
     } else if (name == u"--home") {
         options.home = absoluteFolder(value);
+    } else if (name == u"--metrics") {
+        options.metrics = absoluteFolder(value);
     } else if (name == u"--run") {
         options.run.append(value);
     } else {
@@ -68,8 +73,13 @@ bool take(Options &options, QStringList &rest, const QString &name, const QStrin
 
 bool Options::unattended() const
 {
-    return command != Command::None || !run.isEmpty() ||
-           systemText.contains(QLatin1String("/AUTO"), Qt::CaseInsensitive);
+    return command != Command::None || makesReports();
+}
+
+bool Options::makesReports() const
+{
+    return command == Command::None &&
+           (!run.isEmpty() || systemText.contains(QLatin1String("/AUTO"), Qt::CaseInsensitive));
 }
 
 QString Options::dataFolder() const
@@ -105,7 +115,7 @@ Options parseOptions(const QStringList &arguments)
             value = name.mid(equals + 1);
             name.truncate(equals);
         }
-        const bool takesValue = name == u"--home" || name == u"--dbpath" || name == u"--run";
+        const bool takesValue = valueOptions.contains(name);
         if (takesValue && !hasValue && i + 1 < arguments.size()) {
             value = arguments[++i];
             hasValue = true;
@@ -119,6 +129,8 @@ Options parseOptions(const QStringList &arguments)
             return options;
     }
     options.systemText = rest.join(u' ');
+    if (!options.metrics.isEmpty() && !options.makesReports())
+        options.error = QStringLiteral("--metrics goes with /AUTO or --run");
     return options;
 }
 
@@ -140,6 +152,7 @@ Opens its window, unless one of these options says what to do without it:
   --home DIR         the program's folder: configuration, definitions and reports; a folder
                      without factory files is filled with them. Also the environment variable
                      VANTREL_GRAPHER_HOME
+  --metrics FILE     after the run write how it ended to FILE, as Prometheus text
   --run REPORT       run a report now, by its id or title, whatever its schedule says; repeatable
 
   --list             list the reports: last run, next run, whether due now, and why

@@ -24,11 +24,15 @@ struct Options
     QString home;       ///< --home, made absolute
     QString dataPath;   ///< --dbpath, made absolute
     QStringList run;    ///< --run: report ids or titles
+    QString metrics;    ///< --metrics, made absolute: the file that says how the run ended
     QString systemText; ///< everything that is not a long option; "/AUTO" for --auto
     QString error;      ///< not empty: what is wrong with the options
 
     /// Whether the program runs without a window.
     bool unattended() const;
+
+    /// Whether it makes reports without a window.
+    bool makesReports() const;
 
     /// The folder of the monitoring data that either syntax names; empty: none.
     QString dataFolder() const;

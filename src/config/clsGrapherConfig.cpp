@@ -77,6 +77,11 @@ QString clsGrapherConfig::PTH_Template() const
     return expanded(storedTemplate);
 }
 
+QString clsGrapherConfig::metricsPath() const
+{
+    return expanded(MetricsFile);
+}
+
 QString clsGrapherConfig::XMLConfig() const
 {
     pugi::xml_document document;
@@ -88,6 +93,8 @@ QString clsGrapherConfig::XMLConfig() const
         setAttr(root, attribute.name, this->*attribute.property);
     setAttr(root, "IMG_Width", IMG_Width);
     setAttr(root, "IMG_Height", IMG_Height);
+    if (!MetricsFile.isEmpty())
+        setAttr(root, "MetricsFile", MetricsFile);
     for (const QString &name : CopyFileList) {
         pugi::xml_node copy = root.append_child("COPYFILE");
         setAttr(copy, "Name", name);
@@ -108,6 +115,7 @@ void clsGrapherConfig::SetXMLConfig(const QString &text)
         this->*attribute.property = GetAttr(root, attribute.name, this->*attribute.property);
     IMG_Width = integerAttr(root, "IMG_Width", 640);
     IMG_Height = integerAttr(root, "IMG_Height", 390);
+    MetricsFile = GetAttr(root, "MetricsFile", QString());
     CopyFileList.clear();
     forEachElement(document, "COPYFILE", [this](const pugi::xml_node &copy) {
         CopyFileList.append(GetAttr(copy, "Name", QString()));

@@ -42,6 +42,9 @@ public:
     qint32 IMG_Width = 640;  ///< pixels
     qint32 IMG_Height = 390; ///< pixels
 
+    QString MetricsFile; ///< where each run says how it ended, as stored; empty: nowhere
+    QString metricsPath() const;
+
     QStringList CopyFileList; ///< companion files, copied into the output folder
 
     /// The whole configuration as XML text.

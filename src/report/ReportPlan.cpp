@@ -104,6 +104,7 @@ PlannedReport plannedReport(const clsReportDef &report, const clsGraphDef *chart
     PlannedReport plan;
     plan.id = report.ReportID;
     plan.title = report.ReportTitle;
+    plan.keep = report.Keep;
     plan.latest = runInstant;
     plan.runDate = wallTime(runInstant);
     for (const auto &device : report.ReportDevices)

@@ -35,6 +35,7 @@ struct PlannedReport
 
     QString id;
     QString title;
+    int keep = 0;               ///< finished runs in its archive
     std::optional<Error> error; ///< why it cannot be produced; what follows is not set then
     clsGraphDef chart;          ///< with the period of this run
     QDateTime runDate;          ///< wall time of the run, which all its pages show

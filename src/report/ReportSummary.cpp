@@ -6,6 +6,7 @@
 #include "base/Paths.h"
 #include "charts/ChartPainter.h"
 #include "definitions/Dates.h"
+#include "report/Archive.h"
 #include "report/Csv.h"
 #include "report/MachineFiles.h"
 #include "report/OutputTree.h"
@@ -222,6 +223,10 @@ void GenerateReportSummary(const ReportContext &context, const ReportFacts &fact
             {QLatin1String("overall.alt"),
              overallAlternative(facts, overallTests, overall.problem)},
             {QLatin1String("report.note"), noteText(outcome)},
+            {QLatin1String("report.archive"),
+             archiveSection(ReportArchive(context.folder).runs(),
+                            {facts.figures.period.from, facts.figures.period.to,
+                             facts.figures.present.rate()})},
             {QLatin1String("report.worst"), worstRows(devices, context.builder.STATE_DetailItem)},
         });
     const Placeholders totals = figures.placeholders();

@@ -52,6 +52,8 @@ QString masterEntry(const clsChartOutputBuilder &builder, const clsGrapherConfig
                       {QLatin1String("report.lastnote"), standing.lastNote},
                       {QLatin1String("report.nextdue"), standing.nextDue},
                       {QLatin1String("report.devices"), QString::number(entry.muids.size())},
+                      {QLatin1String("report.archive"),
+                       archiveLine(standing.archive, id, settings.TOU_REPORT)},
                   });
     return fillTemplate(builder.TOC_ReportItem, values);
 }

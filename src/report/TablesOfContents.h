@@ -1,5 +1,6 @@
 #pragma once
 
+#include "report/Archive.h"
 #include "report/ReportPlan.h"
 #include "report/RunSession.h"
 #include "report/SummaryFigures.h"
@@ -23,6 +24,7 @@ struct ReportStanding
     QString nextDue;
     bool hasPages = false;
     std::optional<SummaryFigures> figures; ///< of those pages
+    std::vector<ArchivedRun> archive;      ///< what it keeps of finished runs
 };
 
 /// A report definition as the master table of contents lists it.

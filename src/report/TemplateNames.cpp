@@ -12,7 +12,7 @@ namespace {
 #define VANTREL_REPORT                                                                             \
     VANTREL_TOTALS                                                                                 \
     "report.title report.date report.time report.id report.daterange report.zone report.note "     \
-    "report.worst chart.title page.lang page.nonce img.width img.height img.alt "                  \
+    "report.worst report.archive chart.title page.lang page.nonce img.width img.height img.alt "   \
     "overall.graph overall.width overall.height overall.alt "
 #define VANTREL_ITEM                                                                               \
     VANTREL_DEVICE                                                                                 \
@@ -35,7 +35,7 @@ const std::array pageTemplates = {
     entry("TIN_TOC_ReportItem", "",
           VANTREL_TOTALS "report.href summary.href devices.href report.id report.tempid "
                          "report.title chart.title report.lastrun report.lastresult "
-                         "report.lastnote report.nextdue report.devices"),
+                         "report.lastnote report.nextdue report.devices report.archive"),
     entry("TIN_REPORT", "", VANTREL_REPORT),
     entry("TIN_REP_TOC", "device.list", "report.title report.id chart.title page.lang page.nonce"),
     entry("TIN_REP_DeviceItem", "", "mach.muid mach.unmuid mach.name mach.desc"),

@@ -2,6 +2,7 @@
 
 #include "base/Clock.h"
 #include "base/Files.h"
+#include "config/ExitStatus.h"
 #include "config/Program.h"
 #include "report/ReportRun.h"
 
@@ -182,8 +183,21 @@ private:
             entry.result == ReportResult::Failed || entry.result == ReportResult::Cancelled;
         entry.mixedPages = endedEarly && hadPages && (outcome.devicePages > 0 || entry.mixedPages);
         reportTrouble(entry);
-        if (!endedEarly)
-            stampLastRun(report.id);
+        if (endedEarly)
+            return;
+        archive(report, session);
+        stampLastRun(report.id);
+    }
+
+    void archive(const PlannedReport &report, const RunSession &session)
+    {
+        if (report.keep == 0)
+            return;
+        try {
+            ReportArchive(session.tree.reportFolder(report.id)).keep(report.keep, false);
+        } catch (const Error &error) {
+            showAndNote(QStringLiteral("Error archiving report '%1' ").arg(report.title), error);
+        }
     }
 
     /// What went wrong with a report, for those who were not there.
@@ -255,6 +269,13 @@ private:
 };
 
 } // namespace
+
+int RunResult::exitStatus() const
+{
+    if (cancelled)
+        return ExitStatus::Cancelled;
+    return failed() ? ExitStatus::ReportFailed : ExitStatus::Done;
+}
 
 RunResult executeRun(RunPlan plan, const Observer &watcher)
 {

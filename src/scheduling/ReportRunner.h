@@ -21,6 +21,9 @@ struct RunResult
 
     /// Whether there is less than there should be, be it pages, an image or a record.
     bool failed() const { return failedReports > 0 || chartsWithoutImage > 0 || !error.isEmpty(); }
+
+    /// What a program ends with that did nothing else: an ExitStatus.
+    int exitStatus() const;
 };
 
 /// Executes a plan, on any thread, over a connection of its own: writes the master table of

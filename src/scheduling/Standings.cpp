@@ -34,6 +34,7 @@ ReportStanding standingOf(const ScheduledReport &report, const OutputTree &tree,
 {
     ReportStanding standing;
     standing.hasPages = fileExists(tree.reportPage(report.id));
+    standing.archive = ReportArchive(tree.reportFolder(report.id)).runs();
     const LatestRun last = latestRun(report, runs, standing.hasPages);
     if (last.time.isValid())
         standing.lastRun = standingTimeText(last.time);

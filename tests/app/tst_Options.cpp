@@ -24,6 +24,9 @@ private Q_SLOTS:
         const Options runs = parseOptions({"--run", "/A", "--run=b=c"});
         QVERIFY(runs.unattended() && runs.systemText.isEmpty() && runs.error.isEmpty());
         QCOMPARE(runs.run, QStringList({"/A", "b=c"}));
+        QCOMPARE(parseOptions({"/AUTO", "--metrics", "m"}).metrics,
+                 QDir::toNativeSeparators(QDir().absoluteFilePath("m")));
+        QVERIFY(!parseOptions({"--list", "--metrics=m"}).error.isEmpty());
     }
 
     void namesTheFoldersOfTheHourlyJob()

@@ -194,13 +194,15 @@ private Q_SLOTS:
         clsGrapherConfig config;
         config.SetXMLConfig(
             "<VTRGRAPHER PTH_Output='%%app.path%%\\Reports' PTH_Config='%%APP.PATH%%\\x' "
-            "TIN_TOC='Ä &amp; \"b\"' TOU_DEV_SUM_IMAGE='DEVSUM.PNG' IMG_Width='800.5' Unknown='1'>"
+            "TIN_TOC='Ä &amp; \"b\"' TOU_DEV_SUM_IMAGE='DEVSUM.PNG' MetricsFile='%%app.path%%/m' "
+            "IMG_Width='800.5' Unknown='1'>"
             "<COPYFILE Name='a.css'/><GROUP><COPYFILE/></GROUP><OTHER/></VTRGRAPHER>");
         const QString text = config.XMLConfig();
         QVERIFY(text.contains("PTH_Output=\"%%app.path%%\\Reports\" PTH_Config="));
         config.SetXMLConfig(text); // twice into the same object
         QCOMPARE(config.XMLConfig(), text);
         QCOMPARE(config.PTH_Output(), sandbox->path() + "\\Reports");
+        QCOMPARE(config.metricsPath(), sandbox->path() + "/m");
         QCOMPARE(config.IMG_Width, 800);
         QCOMPARE(config.CopyFileList, QStringList({"a.css", ""}));
 

@@ -1,4 +1,5 @@
 #include "base/TimeZone.h"
+#include "scheduling/Metrics.h"
 #include "scheduling/RunHistory.h"
 #include "support/Sandbox.h"
 
@@ -66,6 +67,37 @@ private Q_SLOTS:
                  "83.33 of 6, 1 failed at 2, 1 silent of 4");
         QVERIFY(!read.reports[1].figures && !read.reports[1].dueSince.isValid());
         QCOMPARE(runHistory().lastEnd(), written.end);
+    }
+
+    void tellsAMonitoringSystem()
+    {
+        RunRecord failed = run(monday + hour, {record("{r-1}", ReportResult::Failed)});
+        failed.reports[0].title = "A \"quoted\\\nname";
+        failed.reports[0].end = monday + 2500;
+        RunRecord earlier = run(monday, {record("{R-1}"), record("{R-2}")});
+        earlier.reports[1].samples = 5'000'000'000;
+        runHistory().save(failed);
+        runHistory().save(earlier);
+        const QString path = m_box->path("m.prom");
+        QVERIFY(saveMetrics(path, runHistory(), {1, 3}));
+        const QString text = m_box->read("m.prom");
+        const QString first = "report=\"A \\\"quoted\\\\\\nname\",id=\"{r-1}\"";
+        for (const QString &line :
+             {QString("vantrel_run_status 1"), QString("vantrel_outbox_messages 3"),
+              QString("# TYPE vantrel_report_ok gauge"),
+              QString("vantrel_run_start_timestamp_seconds 1711933200.123"),
+              QString("vantrel_run_end_timestamp_seconds 1711933201.623"),
+              "vantrel_report_ok{" + first + "} 0", "vantrel_report_seconds{" + first + "} 2.500",
+              "vantrel_report_result{" + first + ",result=\"failed\"} 1",
+              QString("vantrel_report_ok{report=\"\",id=\"{R-2}\"} 1"),
+              QString("vantrel_report_samples{report=\"\",id=\"{R-2}\"} 5000000000")})
+            QVERIFY2(text.contains('\n' + line + '\n') || text.startsWith(line + '\n'),
+                     qPrintable(line + "\nin\n" + text));
+        QCOMPARE(text.count("vantrel_report_charts{"), 2); // the last run of each
+        QVERIFY(saveMetrics({}, runHistory(), {}));
+        QString error;
+        QVERIFY(!saveMetrics(m_box->path("m.prom/below"), runHistory(), {}, &error));
+        QVERIFY(error.startsWith("Error saving metrics ") && m_box->events.size() == 1);
     }
 
     void replacesTheRecordOfOneRun()

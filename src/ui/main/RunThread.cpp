@@ -1,6 +1,7 @@
 #include "ui/main/RunThread.h"
 
 #include "config/Program.h"
+#include "scheduling/Metrics.h"
 #include "ui/main/StatusBox.h"
 
 #include <chrono>
@@ -25,7 +26,11 @@ RunThread::RunThread(RunPlan plan, QObject *parent)
     };
     try {
         m_thread = std::thread([this, endSoon, watcher, plan = std::move(plan)]() mutable {
+            const QString metrics = plan.settings.metricsPath();
+            const RunHistory history = plan.history;
             m_result = executeRun(std::move(plan), watcher);
+            if (QString error; !saveMetrics(metrics, history, {m_result.exitStatus(), 0}, &error))
+                addLine(error);
             endSoon();
         });
     } catch (const std::system_error &error) { // the system gives no thread
