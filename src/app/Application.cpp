@@ -3,6 +3,7 @@
 #include "app/Check.h"
 #include "app/Interactive.h"
 #include "app/Listings.h"
+#include "app/MailCommands.h"
 #include "app/RunDisplay.h"
 #include "app/SingleInstance.h"
 #include "base/Clock.h"
@@ -70,7 +71,10 @@ int runUnattended(const QStringList &ids, RunChoice choice)
     const RunMode mode = program().gAutoMode ? RunMode::Scheduled : RunMode::OnRequest;
     const RunDisplay display(stdout, stderr);
     platform::onCancelRequest([] { program().CancelRequested = true; }); // at the run's next check
-    return runReports({ids, choice, mode}).exitStatus();
+    const int status = runReports({ids, choice, mode}).exitStatus();
+    const MailResult mails =
+        mode == RunMode::Scheduled ? mailAfterRun(mailSite(), observer()) : MailResult();
+    return status == ExitStatus::Done && mails.failed() ? int(ExitStatus::ReportFailed) : status;
 }
 
 int changeRegistration(const Options &options)
@@ -179,7 +183,13 @@ int startUp(const Options &options)
     if (!runs && options.command == Command::None)
         return runInteractive(options);
     loadGrapherConfig();
+    if (options.command == Command::Outbox)
+        return listOutbox(mailSite());
+    if (options.command == Command::MailTest)
+        return testMails(mailSite(), options.testRecipient);
     definitions().LoadReportDefs();
+    if (options.command == Command::Mail)
+        return mailReports(mailSite(), reportIdsOf(options.mail));
     if (options.command == Command::List)
         return listReports();
     checkDefinitionFiles();
@@ -210,7 +220,9 @@ void recordFailedStart(const QString &why)
         history.save(run);
     } catch (const Error &error) {
         log.event(EventError, QLatin1String("Error saving run history ") + errorTail(error));
+        return;
     }
+    mailAfterRun(mailSite(), {});
 }
 
 /// Tells whoever watches the runs how the last one ended. Returns the program's status.

@@ -107,6 +107,8 @@ QString historyText(const std::vector<RunRecord> &newestFirst)
             for (const QString &error : report.chartErrors)
                 lines.append(QLatin1String("        ") + error);
         }
+        for (const QString &mail : run->mails)
+            lines.append(QLatin1String("    ") + mail);
     }
     if (lines.isEmpty())
         lines.append(QStringLiteral("No run is on record."));

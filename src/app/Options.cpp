@@ -12,7 +12,7 @@
 
 namespace {
 
-constexpr std::array<std::pair<QLatin1String, Command>, 8> commands = {{
+constexpr std::array<std::pair<QLatin1String, Command>, 10> commands = {{
     {QLatin1String("--help"), Command::Help},
     {QLatin1String("--version"), Command::Version},
     {QLatin1String("--list"), Command::List},
@@ -21,10 +21,13 @@ constexpr std::array<std::pair<QLatin1String, Command>, 8> commands = {{
     {QLatin1String("--register"), Command::Register},
     {QLatin1String("--unregister"), Command::Unregister},
     {QLatin1String("--registered"), Command::Registered},
+    {QLatin1String("--mail-test"), Command::MailTest},
+    {QLatin1String("--outbox"), Command::Outbox},
 }};
 
 const QStringList valueOptions = {QStringLiteral("--home"), QStringLiteral("--dbpath"),
-                                  QStringLiteral("--run"), QStringLiteral("--metrics")};
+                                  QStringLiteral("--run"), QStringLiteral("--metrics"),
+                                  QStringLiteral("--mail")};
 
 std::optional<Command> commandOf(const QString &name)
 {
@@ -48,7 +51,12 @@ QString absoluteFolder(const QString &folder)
 /// Handles one long option; false for an unknown name.
 bool take(Options &options, QStringList &rest, const QString &name, const QString &value)
 {
-    if (const std::optional<Command> command = commandOf(name)) {
+    if (name == u"--mail")
+        options.mail.append(value);
+    if (name == u"--mail-test")
+        options.testRecipient = value;
+    const std::optional<Command> command = name == u"--mail" ? Command::Mail : commandOf(name);
+    if (command) {
         if (options.command != Command::None && options.command != *command)
             options.error =
                 QStringLiteral("%1 cannot be combined with the option before it").arg(name);
@@ -115,7 +123,7 @@ Options parseOptions(const QStringList &arguments)
             value = name.mid(equals + 1);
             name.truncate(equals);
         }
-        const bool takesValue = valueOptions.contains(name);
+        const bool takesValue = valueOptions.contains(name) || (name == u"--mail-test" && hasValue);
         if (takesValue && !hasValue && i + 1 < arguments.size()) {
             value = arguments[++i];
             hasValue = true;
@@ -141,7 +149,8 @@ QString usageText()
 
 Draws the reports of the Vantrel network monitor: HTML pages, PNG charts and CSV files.
 Opens its window, unless one of these options says what to do without it:
-/AUTO, --auto, --run, --list, --history, --check, --register, --unregister, --registered.
+/AUTO, --auto, --run, --list, --history, --check, --mail, --mail-test, --outbox, --register,
+--unregister, --registered.
 
   /AUTO              run every report that is due, then exit; needs no display
   /DBPATH=<folder>   folder of the monitoring database VTRGData.MDB; the value is used in upper
@@ -160,6 +169,13 @@ Opens its window, unless one of these options says what to do without it:
   --check            read every definition, configuration and template, follow every reference,
                      and print what is wrong as file:line:column: text
 
+  --mail REPORT      mail the last finished result of a report to all its subscribers now;
+                     repeatable
+  --mail-test[=ADDRESS]
+                     send a test message, to the sender's address if none is named, and say what
+                     is wrong
+  --outbox           list the mails that wait: since when, how often tried, and the last error
+
   --register         have the system start /AUTO every hour, with the folders named here: a
                      systemd user timer, else the crontab; on Windows the Task Scheduler
   --unregister       take that back
@@ -168,8 +184,8 @@ Opens its window, unless one of these options says what to do without it:
   --help             show this text
   --version          show the version
 
-Exit status: 0 done, nothing due included; 1 a report failed or lacks charts, or something could
-not be saved; 2 wrong options, configuration or definitions that cannot be read, findings of
+Exit status: 0 done, nothing due included; 1 a report failed or lacks charts, something could not
+be saved, or a mail was not sent and is not tried again; 2 wrong options, configuration or definitions that cannot be read, findings of
 --check; 3 another instance runs; 4 cancelled. Errors go to standard error, too.
 )");
 }

@@ -14,6 +14,9 @@ enum class Command {
     Register,
     Unregister,
     Registered,
+    Mail,
+    MailTest,
+    Outbox,
 };
 
 /// The command line: the long options, and beside them the system's own syntax, which stays a text
@@ -21,12 +24,14 @@ enum class Command {
 struct Options
 {
     Command command = Command::None;
-    QString home;       ///< --home, made absolute
-    QString dataPath;   ///< --dbpath, made absolute
-    QStringList run;    ///< --run: report ids or titles
-    QString metrics;    ///< --metrics, made absolute: the file that says how the run ended
-    QString systemText; ///< everything that is not a long option; "/AUTO" for --auto
-    QString error;      ///< not empty: what is wrong with the options
+    QString home;          ///< --home, made absolute
+    QString dataPath;      ///< --dbpath, made absolute
+    QStringList run;       ///< --run: report ids or titles
+    QString metrics;       ///< --metrics, made absolute: the file that says how the run ended
+    QStringList mail;      ///< --mail: report ids or titles
+    QString testRecipient; ///< --mail-test: empty if none is named
+    QString systemText;    ///< everything that is not a long option; "/AUTO" for --auto
+    QString error;         ///< not empty: what is wrong with the options
 
     /// Whether the program runs without a window.
     bool unattended() const;

@@ -58,11 +58,15 @@ std::optional<QString> dataPathIn(const QString &commandLine)
 bool makesReports(const QStringList &arguments)
 {
     static const QStringList others = {
-        QStringLiteral("--help"),       QStringLiteral("--version"),   QStringLiteral("--list"),
-        QStringLiteral("--history"),    QStringLiteral("--check"),     QStringLiteral("--register"),
-        QStringLiteral("--unregister"), QStringLiteral("--registered")};
-    return std::none_of(arguments.begin(), arguments.end(),
-                        [](const QString &argument) { return others.contains(argument); });
+        QStringLiteral("--help"),       QStringLiteral("--version"),
+        QStringLiteral("--list"),       QStringLiteral("--history"),
+        QStringLiteral("--check"),      QStringLiteral("--register"),
+        QStringLiteral("--unregister"), QStringLiteral("--registered"),
+        QStringLiteral("--mail"),       QStringLiteral("--mail-test"),
+        QStringLiteral("--outbox")};
+    return std::none_of(arguments.begin(), arguments.end(), [](const QString &argument) {
+        return others.contains(argument.section(u'=', 0, 0));
+    });
 }
 
 int VTRGraphPrevInstance()

@@ -17,12 +17,26 @@ QString secretPath(const MailSite &site)
     return nativePath(site.folder + QLatin1String("MailSecret"));
 }
 
+/// Homes that an earlier version has filled do not have the file.
+QString templatePath()
+{
+    const QString name = QStringLiteral("Mail.HTML");
+    const QString own = configurationFolder() + name;
+    if (fileExists(own))
+        return own;
+    try {
+        return shareFolder() + pathSeparator + QLatin1String("Config") + pathSeparator + name;
+    } catch (const Error &) {
+        return own; // whoever reads it says that it is not there
+    }
+}
+
 } // namespace
 
 MailSite mailSite()
 {
     return {mailSettingsPath(), program().gGraphDataPath + QLatin1String("Mail") + pathSeparator,
-            configurationFolder(), OutputTree(gConfig()), runHistory()};
+            templatePath(), OutputTree(gConfig()), runHistory()};
 }
 
 std::optional<QString> readMailSecret(const MailSite &site)

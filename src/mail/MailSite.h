@@ -1,5 +1,6 @@
 #pragma once
 
+#include "base/Paths.h"
 #include "report/OutputTree.h"
 #include "scheduling/RunHistory.h"
 
@@ -11,11 +12,13 @@
 /// on the main thread, used on any.
 struct MailSite
 {
-    QString settings; ///< path of MailSettings.XML
-    QString folder;   ///< of outbox and secret, in the tool's data folder; ends in a separator
-    QString templateFolder; ///< of Mail.HTML, ends in a separator
+    QString settings;     ///< path of MailSettings.XML
+    QString folder;       ///< of outbox and secret, in the tool's data folder; ends in a separator
+    QString htmlTemplate; ///< path of Mail.HTML: the user's, else the factory's
     OutputTree tree;
     RunHistory history;
+
+    QString outbox() const { return folder + QLatin1String("Outbox") + pathSeparator; }
 };
 
 /// Main thread only.

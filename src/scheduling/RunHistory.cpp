@@ -177,13 +177,15 @@ void RunHistory::save(const RunRecord &run) const
     QJsonArray reports;
     for (const ReportRecord &report : run.reports)
         reports.append(jsonOf(report));
-    const QJsonObject object = {
+    QJsonObject object = {
         {QStringLiteral("start"), timeText(run.start)},
         {QStringLiteral("end"), timeText(run.end)},
         {QStringLiteral("mode"), run.mode},
         {QStringLiteral("error"), run.error},
         {QStringLiteral("reports"), reports},
     };
+    if (!run.mails.isEmpty())
+        object.insert(QStringLiteral("mails"), QJsonArray::fromStringList(run.mails));
     const QByteArray text = QJsonDocument(object).toJson();
     const QString path = m_folder + fileName(run);
     QString message; // if the folder cannot be created, the save fails
@@ -218,6 +220,7 @@ QStringList troublesOfToday(const std::vector<RunRecord> &runs)
         if (run.mode != scheduledMode || wallTime(run.start).date() != today)
             continue;
         troubles.append(run.error);
+        troubles.append(run.mails);
         for (const ReportRecord &report : run.reports)
             troubles.append(troubleOf(report));
     }
@@ -244,6 +247,9 @@ std::optional<RunRecord> RunHistory::read(const QString &name) const
         const QJsonArray reports = object[QLatin1String("reports")].toArray();
         for (const QJsonValue report : reports)
             run.reports.push_back(reportOf(report.toObject()));
+        const QJsonArray mails = object[QLatin1String("mails")].toArray();
+        for (const QJsonValue mail : mails)
+            run.mails.append(mail.toString());
         if (run.start == 0)
             return std::nullopt;
         return run;

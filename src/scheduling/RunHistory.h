@@ -54,6 +54,7 @@ struct RunRecord
     QString mode;     ///< scheduledMode, "on request", "window"
     QString error;    ///< what went wrong outside the reports
     std::vector<ReportRecord> reports;
+    QStringList mails = {}; ///< what became of mails after it, a line each
 };
 
 inline constexpr qsizetype runsKept = 400;
