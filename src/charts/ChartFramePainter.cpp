@@ -131,8 +131,15 @@ void drawMark(QPainter &painter, const LegendEntry &entry, const QRectF &box,
         fillBox(painter, QRectF(box.left(), box.top(), box.width(), std::ceil(box.height() / 2.5)),
                 ink::failure);
         return;
+    case LegendMark::SomeFailed:
+        fillBox(painter, box, ink::successFill);
+        fillBox(painter, box.adjusted(0, std::ceil(box.height() / 2), 0, 0), ink::someFailed);
+        return;
     case LegendMark::NoData:
         drawNoData(painter, box, style);
+        return;
+    case LegendMark::Excluded:
+        drawExcluded(painter, box, style);
         return;
     case LegendMark::Area:
         fillBox(painter, box, ink::valueFill);
@@ -247,6 +254,15 @@ double drawLegend(QPainter &painter, const QRectF &inside, double top, const Cha
     return top + rows * rowHeight;
 }
 
+void drawHatching(QPainter &painter, const QRectF &area, const QList<QLineF> &lines, QRgb color)
+{
+    painter.save();
+    painter.setClipRect(area, Qt::IntersectClip);
+    painter.setPen(linePen(color, 1));
+    painter.drawLines(lines);
+    painter.restore();
+}
+
 } // namespace
 
 void drawText(QPainter &painter, const TypeFace &face, QRgb color, double x, double top,
@@ -293,9 +309,6 @@ QPen linePen(QRgb color, double width, const QList<qreal> &dashes)
 void drawNoData(QPainter &painter, const QRectF &area, const ChartStyle &style)
 {
     fillBox(painter, area, ink::noDataFill);
-    painter.save();
-    painter.setClipRect(area, Qt::IntersectClip);
-    painter.setPen(linePen(ink::noDataHatch, 1));
     // The lines have fixed positions in the chart, so that the hatching of adjacent areas matches.
     const double pitch = style.px(7);
     const double height = area.height();
@@ -304,8 +317,20 @@ void drawNoData(QPainter &painter, const QRectF &area, const ChartStyle &style)
     for (double sum = first; sum <= area.right() + area.bottom(); sum += pitch)
         lines.append(
             QLineF(sum - area.bottom(), area.bottom(), sum - area.bottom() + height, area.top()));
-    painter.drawLines(lines);
-    painter.restore();
+    drawHatching(painter, area, lines, ink::noDataHatch);
+}
+
+void drawExcluded(QPainter &painter, const QRectF &area, const ChartStyle &style)
+{
+    fillBox(painter, area, ink::excludedFill);
+    const double pitch = style.px(4);
+    const double height = area.height();
+    QList<QLineF> lines;
+    const double first = std::floor((area.left() - area.bottom()) / pitch) * pitch;
+    for (double difference = first; difference <= area.right() - area.top(); difference += pitch)
+        lines.append(QLineF(difference + area.top(), area.top(), difference + area.top() + height,
+                            area.bottom()));
+    drawHatching(painter, area, lines, ink::excludedHatch);
 }
 
 void drawNoDataMessage(QPainter &painter, const QRectF &plot, const ChartStyle &style)

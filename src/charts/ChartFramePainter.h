@@ -12,7 +12,7 @@
 /// What all charts share: background, header, legend, footer, and the texts of the axes.
 
 /// The symbol of a legend entry; drawn as in the plot.
-enum class LegendMark { Success, Partial, NoData, Area, Solid, Line };
+enum class LegendMark { Success, Partial, SomeFailed, NoData, Excluded, Area, Solid, Line };
 
 struct LegendEntry
 {
@@ -51,6 +51,9 @@ QPen linePen(QRgb color, double width, const QList<qreal> &dashes = {});
 
 /// A hatched area: no data.
 void drawNoData(QPainter &painter, const QRectF &area, const ChartStyle &style);
+
+/// A hatched area the other way: time that does not count.
+void drawExcluded(QPainter &painter, const QRectF &area, const ChartStyle &style);
 
 /// "No data in this period" in the middle of a plot.
 void drawNoDataMessage(QPainter &painter, const QRectF &plot, const ChartStyle &style);

@@ -1,6 +1,7 @@
 #pragma once
 
 #include "charts/ChartStatistics.h"
+#include "figures/Timeline.h"
 
 #include <QSize>
 #include <QString>
@@ -58,4 +59,24 @@ struct DeviceRateChart
     std::vector<Device> devices;
 };
 
-using Chart = std::variant<StateChart, CounterChart, DeviceRateChart>;
+/// When each device was up: a row a device, time across.
+struct TimelineChart
+{
+    enum class Trend { None, Better, Worse };
+    struct Row
+    {
+        QString name;
+        TimelineParts parts;
+        QString rate;   ///< as shown at the right
+        QString change; ///< against the preceding period; may be empty
+        Trend trend = Trend::None;
+        bool isBad = false; ///< the rate is told as a failure
+    };
+    ChartFrame frame;
+    Period period;
+    std::vector<bool> excluded; ///< see excludedParts()
+    std::vector<Row> rows;      ///< the worst first
+    QString note;               ///< what is not shown; may be empty
+};
+
+using Chart = std::variant<StateChart, CounterChart, DeviceRateChart, TimelineChart>;

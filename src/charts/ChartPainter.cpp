@@ -27,6 +27,8 @@ void paintChart(QPainter &painter, const Chart &chart, const QSizeF &logicalSize
         paintCounterChart(painter, *counter, logicalSize);
     else if (const auto *devices = std::get_if<DeviceRateChart>(&chart))
         paintDeviceRateChart(painter, *devices, logicalSize);
+    else if (const auto *timeline = std::get_if<TimelineChart>(&chart))
+        paintTimelineChart(painter, *timeline, logicalSize);
     painter.restore();
 }
 
@@ -35,6 +37,8 @@ QSize chartSize(const Chart &chart)
     QSize size = frameOf(chart).size;
     if (const auto *devices = std::get_if<DeviceRateChart>(&chart))
         size.setHeight(std::max(size.height(), deviceRateChartHeight(*devices)));
+    else if (const auto *timeline = std::get_if<TimelineChart>(&chart))
+        size.setHeight(timelineChartHeight(*timeline));
     return {std::clamp(size.width(), 160, maxWidth), std::clamp(size.height(), 120, maxHeight)};
 }
 

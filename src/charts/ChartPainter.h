@@ -29,5 +29,8 @@ void paintStateChart(QPainter &painter, const StateChart &chart, const QSizeF &s
 void paintCounterChart(QPainter &painter, const CounterChart &chart, const QSizeF &size);
 void paintDeviceRateChart(QPainter &painter, const DeviceRateChart &chart, const QSizeF &size);
 
+void paintTimelineChart(QPainter &painter, const TimelineChart &chart, const QSizeF &size);
+
 /// The height at which every device has a readable row.
 int deviceRateChartHeight(const DeviceRateChart &chart);
+int timelineChartHeight(const TimelineChart &chart);

@@ -26,6 +26,11 @@ inline constexpr QRgb successBar = 0xFF6FB1DD;
 inline constexpr QRgb noDataFill = 0xFFECEFF3;
 inline constexpr QRgb noDataHatch = 0xFFBFC7D1;
 
+inline constexpr QRgb someFailed = 0xFFD98500; ///< of a timeline, over successFill
+inline constexpr QRgb excludedFill = 0xFFEFEDF5;
+inline constexpr QRgb excludedHatch = 0xFFABA3C4;
+inline constexpr QRgb better = 0xFF0B6B3A;
+
 inline constexpr QRgb value = 0xFF008000;
 inline constexpr QRgb valueFill = 0xFFDFF0DF;
 inline constexpr QRgb bandFill = 0xFFABD6AB;

@@ -5,6 +5,7 @@
 #include "figures/Outages.h"
 #include "figures/ServiceTime.h"
 #include "figures/Targets.h"
+#include "figures/Timeline.h"
 
 #include <QString>
 
@@ -80,6 +81,7 @@ struct DeviceFigures
     Availability present;
     std::optional<Availability> preceding;
     std::optional<TargetResult> target; ///< nothing without a target, or without tests for it
+    TimelineParts timeline;             ///< empty without items that count
 };
 
 /// Adds up the state items that count, and holds them against the target. `preceding`: the service

@@ -208,7 +208,7 @@ DeviceFacts DeviceQuestions::takeFacts()
 }
 
 void DeviceQuestions::takeFigures(const ItemFold &fold, const CounterStatistics &values,
-                                  ItemFigures &figures) const
+                                  ItemFigures &figures)
 {
     const std::vector<Test> tests = fold.tests().tests();
     const auto figuresOf = [&](const ServiceTime &service, const CounterStatistics &statistics) {
@@ -221,6 +221,8 @@ void DeviceQuestions::takeFigures(const ItemFold &fold, const CounterStatistics 
         return period;
     };
     figures.present = figuresOf(m_plan.service, values);
+    if (figures.isState && figures.counts)
+        addToTimeline(m_facts.figures.timeline, tests, m_plan.service, figures.present.rate);
     size_t period = 0;
     if (m_plan.precedingService && figures.isState)
         figures.preceding = figuresOf(*m_plan.precedingService, {});

@@ -90,8 +90,7 @@ private:
     void ask(const ItemRow &item, const Inventory &inventory, const PlannedReport::Device &device);
     void addPeriod(ItemFold &fold, const PlannedReport::FurtherPeriod &period);
     bool needsForecast(const ItemFigures &item) const;
-    void takeFigures(const ItemFold &fold, const CounterStatistics &values,
-                     ItemFigures &figures) const;
+    void takeFigures(const ItemFold &fold, const CounterStatistics &values, ItemFigures &figures);
 
     const PlannedReport &m_plan;
     const std::optional<double> m_target;

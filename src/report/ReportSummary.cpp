@@ -10,7 +10,10 @@
 #include "report/Csv.h"
 #include "report/MachineFiles.h"
 #include "report/OutputTree.h"
+#include "report/ReportTimeline.h"
 #include "report/StateRow.h"
+
+#include <QFile>
 
 #include <algorithm>
 
@@ -19,6 +22,7 @@ namespace {
 const QString csvName = QStringLiteral("repsum.csv");
 const QString imageName = QStringLiteral("DEVSUM.PNG");
 const QString overallName = QStringLiteral("OVERALL.PNG");
+const QString timelineName = QStringLiteral("TIMELINE.PNG");
 const QString citedTransparentImage = QLatin1String("../") + transparentImage;
 
 void putTransparentImage(const ReportContext &context, const QString &name)
@@ -82,6 +86,17 @@ SummaryImage drawOverallImage(const ReportContext &context, const ReportFacts &f
                             QStringLiteral("All global state items of the report's devices")),
                         facts.tests, tests},
              pool);
+    return image;
+}
+
+/// Draws when each device was up; without state items that count there is no such image.
+SummaryImage drawTimeline(const ReportContext &context, const ReportFacts &facts, WorkerPool &pool)
+{
+    SummaryImage image{timelineName, context.imageSize()};
+    if (facts.hasCounted)
+        draw(image, context, timelineChart(context, facts.figures), pool);
+    else
+        QFile::remove(exactPath(context.folder + timelineName)); // that of an earlier run
     return image;
 }
 
@@ -207,8 +222,10 @@ void GenerateReportSummary(const ReportContext &context, const ReportFacts &fact
     const StateStatistics overallTests = stateStatistics(facts.tests);
     SummaryImage image = DrawDeviceSummaryImage(context, facts, total.tests() == 0, session.pool);
     SummaryImage overall = drawOverallImage(context, facts, overallTests, session.pool);
+    SummaryImage timeline = drawTimeline(context, facts, session.pool);
     finishImage(image, context, session.log, outcome);
     finishImage(overall, context, session.log, outcome);
+    finishImage(timeline, context, session.log, outcome);
 
     Placeholders pageValues = context.placeholders();
     pageValues.insert(

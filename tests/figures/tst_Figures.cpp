@@ -1,5 +1,6 @@
 #include "figures/Forecast.h"
 #include "figures/Incidents.h"
+#include "figures/ReportFigures.h"
 #include "figures/ServiceTime.h"
 #include "figures/Targets.h"
 #include "support/Rows.h"
@@ -158,6 +159,68 @@ private Q_SLOTS:
         QCOMPARE(found[2].deviceSeconds, 99); // one second too late for the first
         QVERIFY(found[2].isBrief);
         QCOMPARE(found[3].begin, 5000);
+    }
+    void timeline()
+    {
+        // A test in the middle of each part, or in every third: the last one holds until the next.
+        for (const int every : {1, 3}) {
+            const auto width = static_cast<qint64>(timelinePartCount) * 100;
+            const ServiceTime service({0, width}, {}, {{40 * 100, 50 * 100 + 99}});
+            std::vector<Test> tests;
+            for (int i = 0; i < 168; i += every) {
+                if (i < 60 || i >= 90)
+                    tests.push_back({i * 100 + 50, i < 30 || i >= 36});
+            }
+            TimelineParts parts;
+            addToTimeline(parts, tests, service, testRate(tests, service.period()));
+            addToTimeline(parts, tests, service, testRate(tests, service.period()));
+            const std::vector<bool> excluded = excludedParts(service);
+            QString looks;
+            for (size_t i = 0; i < parts.size(); ++i)
+                looks += parts[i].failures == 2 ? u'x'
+                         : parts[i].tests == 2  ? u'.'
+                         : excluded[i]          ? u'-'
+                                                : u' ';
+            QString expected = QString(168, u'.');
+            expected.replace(30, 6, "xxxxxx").replace(40, 11, "-----------");
+            const int dark = every == 1 ? 60 : 58; // after the last test before the gap
+            for (int i = dark; i < 90; ++i)
+                expected[i] = u' ';
+            QCOMPARE(looks, expected);
+        }
+    }
+    void timelineDevicesAreFolded()
+    {
+        ReportFigures figures;
+        const auto add = [&](qint64 tests, qint64 failures) {
+            DeviceFigures &device = figures.devices.emplace_back();
+            device.present.tests = tests;
+            device.present.failures = failures;
+            device.timeline.resize(timelinePartCount, {1, 0});
+            if (tests == 0)
+                device.timeline.assign(timelinePartCount, {});
+            device.timeline[7].failures = static_cast<quint32>(failures);
+        };
+        const auto text = [&](size_t maxRows) {
+            const TimelineDevices devices = timelineDevices(figures, {}, maxRows);
+            QStringList shown;
+            for (const size_t index : devices.shown)
+                shown.append(QString::number(index));
+            return QString("%1, %2 quiet, %3 more")
+                .arg(shown.join(' '))
+                .arg(devices.quiet)
+                .arg(devices.more);
+        };
+        add(10, 0);
+        add(0, 0);
+        add(10, 1);
+        add(10, 4);
+        figures.devices.emplace_back(); // without items that count
+        QCOMPARE(text(60), "3 2 1 0, 0 quiet, 0 more");
+        for (int i = 0; i < 30; ++i)
+            add(10, 0);
+        QCOMPARE(text(60), "3 2 1, 31 quiet, 0 more");
+        QCOMPARE(text(2), "3 2, 31 quiet, 1 more");
     }
     void targets()
     {
