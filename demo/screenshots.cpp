@@ -12,10 +12,14 @@
 #include "ui/editors/frmReportDefEditor.h"
 #include "ui/editors/frmScheduleDefEditor.h"
 #include "ui/help/frmHelp.h"
+#include "ui/main/DefinitionManager.h"
+#include "ui/main/UndoSteps.h"
 #include "ui/main/frmAutomate.h"
 #include "ui/main/frmDatabase.h"
 #include "ui/main/frmGrapherMain.h"
+#include "ui/main/frmHistory.h"
 #include "ui/main/frmOutputPath.h"
+#include "ui/main/frmVersions.h"
 
 #include <QAbstractItemView>
 #include <QApplication>
@@ -130,6 +134,19 @@ void takeDialogs(Album &album, platform::TaskScheduler &scheduler)
     album.take(database, QStringLiteral("database"));
     database.findChild<QComboBox *>(QStringLiteral("cboKind"))->setCurrentIndex(1);
     album.take(database, QStringLiteral("database-server"));
+    UndoSteps undo;
+    frmChartManager charts(undo);
+    album.take(charts, QStringLiteral("charts"));
+    frmScheduleManager schedules(undo);
+    album.take(schedules, QStringLiteral("schedules"));
+    const auto report = std::make_shared<clsReportDef>(*definitions().gReportDefs.at(0));
+    report->ReportTitle += QLatin1String(" of the site");
+    definitions().store(report);
+    frmVersions versions;
+    album.take(versions, QStringLiteral("versions"));
+    definitions().takeBack(0);
+    frmHistory history;
+    album.take(history, QStringLiteral("history"));
 
     frmOutputPath output;
     album.take(output, QStringLiteral("output-location"));

@@ -209,6 +209,9 @@ void replaceFile(const DefinitionFile &file, const QByteArray &content)
     saveFile(file.path(), content);
 }
 
+/// Of the definitions that a change writes.
+enum class Order { File, Given };
+
 /// Writes definitions into the current file and removes those with the ids `removed` (in lower
 /// case). Everything else in the file stays: what could not be read, what was added in the
 /// meantime, comments. Throws Error, also when the file cannot be read, and then does not change
@@ -216,7 +219,7 @@ void replaceFile(const DefinitionFile &file, const QByteArray &content)
 template <typename T>
 std::vector<ElementChange> changeFile(DefinitionFile &file,
                                       const std::vector<std::shared_ptr<T>> &changed,
-                                      const QSet<QString> &removed)
+                                      const QSet<QString> &removed, Order order = Order::File)
 {
     pugi::xml_document document;
     const bool isThere = fileExists(file.path());
@@ -241,7 +244,19 @@ std::vector<ElementChange> changeFile(DefinitionFile &file,
             each.node.parent().remove_child(each.node);
         return !ids.contains(each.key.toLower());
     });
-    mergeElements(document.document_element(), existing, fresh);
+    if (order == Order::Given) {
+        mergeElements(document.document_element(), existing, fresh);
+    } else {
+        QHash<QString, KeyedElement> own;
+        for (const KeyedElement &each : existing)
+            own.insert(each.key.toLower(), each);
+        for (const KeyedElement &each : fresh) {
+            const auto found = own.constFind(each.key.toLower());
+            mergeElements(document.document_element(),
+                          found == own.cend() ? std::vector<KeyedElement>() : std::vector{*found},
+                          {each});
+        }
+    }
 
     const QByteArray after = documentBytes(document);
     if (after == before)
@@ -273,7 +288,7 @@ void saveAll(DefinitionFile &file, const Collection<T> &definitions)
     QSet<QString> gone = file.known;
     for (const auto &definition : definitions)
         gone.remove(idOf(*definition).toLower());
-    changeFile(file, std::vector(definitions.begin(), definitions.end()), gone);
+    changeFile(file, std::vector(definitions.begin(), definitions.end()), gone, Order::Given);
 }
 
 template <typename T>
@@ -326,34 +341,92 @@ void patchFile(const DefinitionFile &file, const QString &id, Choose choose)
         saveFile(file.path(), changed);
 }
 
-/// A version as it is, but for the run dates that are later in the present file.
-void restore(const DefinitionFile &file, const QString &version)
+/// Parses a version of a file. Throws Error that names it.
+void readVersion(const DefinitionFile &file, const QString &version, const QByteArray &bytes,
+                 pugi::xml_document &document)
 {
-    pugi::xml_document document;
-    const QByteArray bytes = readFile(version);
     try {
         parseXml(document, bytes);
     } catch (const Error &error) {
         throw Error(error.number, version + u':' + error.description);
     }
     requireRoot(file, document);
-    QByteArray restored = bytes;
+}
+
+/// The elements of a document by their ids, in lower case.
+QHash<QString, pugi::xml_node> elementsById(const DefinitionFile &file,
+                                            const pugi::xml_document &document)
+{
+    QHash<QString, pugi::xml_node> elements;
+    forEachElement(document, file.child, [&](const pugi::xml_node &element) {
+        elements.insert(GetAttr(element, file.id, QString()).toLower(), element);
+    });
+    return elements;
+}
+
+/// The present file; an empty document where it cannot be read.
+void readPresent(const DefinitionFile &file, pugi::xml_document &document)
+{
     try {
-        pugi::xml_document present;
-        readDocument(file, present);
-        QHash<QString, pugi::xml_node> elements;
-        forEachElement(present, file.child, [&](const pugi::xml_node &element) {
-            elements.insert(GetAttr(element, file.id, QString()).toLower(), element);
-        });
-        const QByteArray before = documentBytes(document);
-        forEachElement(document, file.child, [&](const pugi::xml_node &element) {
-            keepLaterRuns(element, elements.value(GetAttr(element, file.id, QString()).toLower()));
-        });
-        if (const QByteArray merged = documentBytes(document); merged != before)
-            restored = merged;
-    } catch (const Error &) { // a file that cannot be read has no dates to keep
+        readDocument(file, document);
+    } catch (const Error &) {
+        document.reset();
     }
+}
+
+/// A version as it is, but for the run dates that are later in the present file.
+void restore(const DefinitionFile &file, const QString &version)
+{
+    pugi::xml_document document;
+    QByteArray restored = readFile(version);
+    readVersion(file, version, restored, document);
+    pugi::xml_document present;
+    readPresent(file, present);
+    const QHash<QString, pugi::xml_node> elements = elementsById(file, present);
+    const QByteArray before = documentBytes(document);
+    forEachElement(document, file.child, [&](const pugi::xml_node &element) {
+        keepLaterRuns(element, elements.value(GetAttr(element, file.id, QString()).toLower()));
+    });
+    if (const QByteArray merged = documentBytes(document); merged != before)
+        restored = merged;
     replaceFile(file, restored);
+}
+
+/// An element's text without what a run writes.
+QString textWithoutDates(const pugi::xml_node &element)
+{
+    pugi::xml_document copy;
+    const pugi::xml_node root = copy.append_copy(element);
+    forEachElement(root, "SCHEDULE",
+                   [](pugi::xml_node entry) { entry.remove_attribute("LastRunDate"); });
+    return elementText(root);
+}
+
+QStringList differences(const DefinitionFile &file, const QString &version)
+{
+    pugi::xml_document document;
+    readVersion(file, version, readFile(version), document);
+    pugi::xml_document present;
+    readPresent(file, present);
+    const QHash<QString, pugi::xml_node> now = elementsById(file, present);
+    const QHash<QString, pugi::xml_node> then = elementsById(file, document);
+    QStringList lines;
+    const auto add = [&](const char *verb, const pugi::xml_node &element) {
+        lines.append(QStringLiteral("%1 \u201c%2\u201d")
+                         .arg(QLatin1String(verb), GetAttr(element, file.title, QString())));
+    };
+    for (auto each = then.cbegin(); each != then.cend(); ++each) {
+        if (!now.contains(each.key()))
+            add("brings back", each.value());
+        else if (textWithoutDates(now.value(each.key())) != textWithoutDates(each.value()))
+            add("changes", each.value());
+    }
+    for (auto each = now.cbegin(); each != now.cend(); ++each) {
+        if (!then.contains(each.key()))
+            add("removes", each.value());
+    }
+    lines.sort();
+    return lines;
 }
 
 template <typename T>
@@ -553,14 +626,24 @@ QStringList Definitions::files() const
     return {m_reports.path(), m_charts.path(), m_schedules.path()};
 }
 
+const DefinitionFile &Definitions::fileOf(const QString &path) const
+{
+    for (const DefinitionFile *file : {&m_charts, &m_schedules, &m_reports}) {
+        if (file->path() == path)
+            return *file;
+    }
+    throw Error(FileNotFound, QStringLiteral("'%1' is no definition file").arg(path));
+}
+
+QStringList Definitions::whatRestoring(const QString &path, const QString &version) const
+{
+    return differences(fileOf(path), version);
+}
+
 void Definitions::restoreVersion(const QString &path, const QString &version)
 {
-    DefinitionFile *const all[] = {&m_charts, &m_schedules, &m_reports};
-    for (DefinitionFile *file : all) {
-        if (file->path() != path)
-            continue;
-        saving("restoring an earlier version", m_mutex, [&] { restore(*file, version); });
-        m_changes.clear();
-        loadAgain(*file);
-    }
+    const DefinitionFile &file = fileOf(path);
+    saving("restoring an earlier version", m_mutex, [&] { restore(file, version); });
+    m_changes.clear();
+    loadAgain(file);
 }

@@ -99,6 +99,9 @@ public:
     /// The definition files, which each change keeps a version of (FileVersions.h). The dates of
     /// runs and the periods that they ask for are no change.
     QStringList files() const;
+    /// What restoring a version of one of files() would do, a line for each definition: "removes
+    /// “Servers”". Empty: nothing. Throws Error when it cannot be restored.
+    QStringList whatRestoring(const QString &file, const QString &version) const;
     /// Replaces one of files() by an earlier version, but for the later dates of runs, and loads
     /// it. What it replaces becomes a version. Cannot be taken back otherwise: forgets the changes
     /// so far. Throws Error, and then changes nothing.
@@ -113,6 +116,7 @@ private:
     };
 
     void note(DefinitionFile &file, std::vector<ElementChange> changes);
+    const DefinitionFile &fileOf(const QString &path) const;
     void loadAgain(const DefinitionFile &file);
 
     QMutex m_mutex; ///< held from reading a file until it is replaced

@@ -1,5 +1,7 @@
 #include "report/OutputTree.h"
 
+#include "base/Clock.h"
+#include "base/Error.h"
 #include "base/FileSystem.h"
 #include "base/Files.h"
 #include "base/Paths.h"
@@ -31,11 +33,16 @@ void createWorkPath(const QString &path, const RunLog &log)
         failWorkPath(path, platform::nameFault(path), log);
 }
 
+bool isFolderName(const QString &name)
+{
+    return !name.isEmpty() && std::none_of(name.begin(), name.end(), isSeparator);
+}
+
 /// Creates the folder that is named after an identifier.
 void createPageFolder(const QString &path, const QString &id, const RunLog &log)
 {
     const QString name = folderSafe(id);
-    if (name.isEmpty() || std::any_of(name.begin(), name.end(), isSeparator))
+    if (!isFolderName(name))
         failWorkPath(path, QStringLiteral("'%1' is not a valid folder name").arg(id), log);
     const QFileInfo folder(exactPath(path));
     if (folder.isSymbolicLink() || folder.isJunction())
@@ -68,6 +75,21 @@ QString OutputTree::reportPage(const QString &reportId) const
 QString OutputTree::deviceFolder(const QString &reportId, const QString &muid) const
 {
     return reportFolder(reportId) + folderSafe(muid) + pathSeparator;
+}
+
+QString OutputTree::setAside(const QString &reportId) const
+{
+    const QString path = QDir::cleanPath(exactPath(reportFolder(reportId)));
+    const QFileInfo folder(path);
+    if (!isFolderName(folderSafe(reportId)) || !folder.exists())
+        return {};
+    if (folder.isSymbolicLink() || folder.isJunction() || !folder.isDir())
+        throw Error(PathNotFound, QStringLiteral("'%1' is no folder of pages").arg(path));
+    const QString aside = path + QStringLiteral(".removed-%1").arg(currentInstant());
+    if (!QDir().rename(path, aside))
+        throw Error(PermissionDenied,
+                    QStringLiteral("The folder '%1' cannot be removed").arg(path));
+    return aside;
 }
 
 void OutputTree::create(const RunLog &log) const

@@ -21,6 +21,11 @@ public:
     QString reportPage(const QString &reportId) const; ///< whether it is there or not
     QString deviceFolder(const QString &reportId, const QString &muid) const;
 
+    /// Takes a report's folder out of the tree by giving it another name, under which it can be
+    /// removed at leisure. Returns that path; empty when there is no such folder. A symbolic link
+    /// is refused. Throws Error that names the folder.
+    QString setAside(const QString &reportId) const;
+
     /// Create the folder of the tree, with all its parents, of a report, or of a device. A symbolic
     /// link below the tree is refused, and so is an identifier that makes no single folder's name:
     /// pages stay where they belong. Throw ShownError: "Unable to create work path: '<path>'".

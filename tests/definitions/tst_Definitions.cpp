@@ -367,6 +367,8 @@ private Q_SLOTS:
         QCOMPARE(versions.size(), size_t(versionsKept));
         QCOMPARE(versions.front().replaced, now());
         QVERIFY(readFile(versions.front().path).contains("title 6"));
+        QCOMPARE(definitions().whatRestoring(file, versions.back().path),
+                 QStringList("changes “title 2”"));
         definitions().restoreVersion(file, versions.back().path);
         QCOMPARE(definitions().gReportDefs.find("a")->ReportTitle, "title 2");
         QCOMPARE(definitions().gReportDefs.find("a")->ReportSchedules.at(0)->LastRunDate, day);

@@ -110,6 +110,17 @@ public:
         button("cmdReportView")->click();
         waitForEnd();
     }
+    /// The report file without the blanks between its elements.
+    QString definitionText() const
+    {
+        static const QRegularExpression blanks("\\s*([<>/])\\s*");
+        return QString::fromUtf8(box.read(definitionFile)).replace(blanks, "\\1");
+    }
+    void runAll() const
+    {
+        select(allTitles);
+        runSelected();
+    }
     /// Titles of the reports that have pages, in order.
     QStringList run() const
     {
@@ -159,7 +170,6 @@ private Q_SLOTS:
         for (const QStringList &selected : {QStringList(), {"Alpha", "Beta"}}) {
             site.select(selected);
             site.press(Qt::Key_Return);
-            site.press(Qt::Key_Delete);
             QVERIFY(site.answers.said.isEmpty()); // no window came up
             QVERIFY(!site.button("cmdReportModify")->isEnabled());
             QCOMPARE(site.action("mnuReportView")->isEnabled(), !selected.isEmpty());
@@ -200,6 +210,117 @@ private Q_SLOTS:
         site.button("cmdReportRemove")->click();
         QCOMPARE(site.titles(), QStringList({"Alpha", "Gamma"}));
         QVERIFY(!site.box.read(definitionFile).contains("Beta"));
+    }
+
+    void removesSeveralAndTakesItBack()
+    {
+        Site site;
+        site.runAll();
+        const OutputTree tree(gConfig());
+        const QString before = site.definitionText();
+        site.select({"Alpha", "Beta"});
+        site.answers.add([](QWidget &box) {
+            control<QCheckBox>(box, "chkOption")->setChecked(true);
+            static_cast<QMessageBox &>(box).button(QMessageBox::Yes)->click();
+        });
+        site.press(Qt::Key_Delete);
+        QVERIFY(site.answers.said.last().endsWith("2 report definitions?\n\nAlpha\nBeta"));
+        QCOMPARE(site.titles(), QStringList("Gamma"));
+        QVERIFY(!folderExists(tree.reportFolder("{Alpha}")));
+        QVERIFY(folderExists(tree.reportFolder("{Gamma}")));
+        QTRY_VERIFY(site.box.names("Reports").filter("removed").isEmpty());
+        site.press(Qt::Key_Z, Qt::ControlModifier);
+        QCOMPARE(site.titles(), allTitles);
+        QCOMPARE(site.definitionText(), before);
+        QVERIFY(!site.action("mnuUndo")->isEnabled());
+    }
+
+    void cancelTakesBackWhatTheEditorDid()
+    {
+        Site site;
+        for (const auto answer : {QMessageBox::Discard, QMessageBox::Save}) {
+            site.select({"Beta"});
+            site.answers.add([&](QWidget &editor) {
+                site.answers.add([](QWidget &chart) {
+                    QVERIFY(control<QLabel>(chart, "lblNote")
+                                ->text()
+                                .contains("also used by 2 reports: Alpha, Gamma."));
+                    control<QLineEdit>(chart, "txtTitle")->setText("Renamed");
+                    control<QPushButton>(chart, "cmdOK")->click();
+                });
+                control<QPushButton>(editor, "cmdChartModify")->click();
+                QVERIFY(site.box.read("Config/ChartDefs.XML").contains("Renamed"));
+                site.answers.click(answer);
+                QTest::keyClick(&editor, Qt::Key_Escape);
+            });
+            site.press(Qt::Key_Return);
+            QCOMPARE(site.box.read("Config/ChartDefs.XML").contains("Renamed"),
+                     answer == QMessageBox::Save);
+        }
+        QCOMPARE(site.action("mnuUndo")->text(), "&Undo change of “Beta”");
+        site.action("mnuUndo")->trigger();
+        QVERIFY(!site.box.read("Config/ChartDefs.XML").contains("Renamed"));
+    }
+
+    void managesCharts()
+    {
+        Site site;
+        const QString reports = site.definitionText();
+        const auto table = [](const QWidget &manager) {
+            QStringList rows;
+            const auto *list = control<QAbstractItemView>(manager, "lvDefinitions");
+            for (int row = 0; row < list->model()->rowCount(); ++row)
+                rows.append(list->model()->index(row, 0).data().toString() + '|' +
+                            list->model()->index(row, 2).data().toString());
+            return rows;
+        };
+        site.answers.add([&](QWidget &manager) {
+            auto *list = control<QAbstractItemView>(manager, "lvDefinitions");
+            const QStringList before = table(manager);
+            const QString used = before.filter("|3 reports").value(0).section('|', 0, 0);
+            list->setCurrentIndex(
+                list->model()->index(int(before.indexOf(used + "|3 reports")), 0));
+            const auto click = [&manager](const char *name) {
+                control<QPushButton>(manager, name)->click();
+            };
+            click("cmdDuplicate");
+            QVERIFY(table(manager).contains(used + " (copy)|No report"));
+            const auto rename = [&](const QString &title) {
+                site.answers.add([&site, title, used](QWidget &dialog) {
+                    auto *field = control<QLineEdit>(dialog, "txtTitle");
+                    field->setText(' ' + used.toUpper());
+                    site.answers.click(QMessageBox::Ok); // taken
+                    control<QPushButton>(dialog, "cmdOK")->click();
+                    field->setText(title);
+                    control<QPushButton>(dialog, "cmdOK")->click();
+                });
+                click("cmdRename");
+            };
+            rename("A 10");
+            list->setCurrentIndex(
+                list->model()->index(int(table(manager).indexOf(used + "|3 reports")), 0));
+            click("cmdDuplicate");
+            rename("A 9");
+            QCOMPARE(table(manager).mid(0, 2), QStringList({"A 9|No report", "A 10|No report"}));
+            list->setCurrentIndex(
+                list->model()->index(int(table(manager).indexOf(used + "|3 reports")), 0));
+            QCOMPARE(control<QLabel>(manager, "lblUsage")->text(),
+                     "Used by 3 reports: Alpha, Beta, Gamma.");
+            site.answers.add([](QWidget &dialog) {
+                QCOMPARE(control<QComboBox>(dialog, "cboReplacement")->itemText(0), "A 9");
+                control<QPushButton>(dialog, "cmdReplace")->click();
+            });
+            click("cmdRemove");
+            QVERIFY(table(manager).contains("A 9|3 reports"));
+            QCOMPARE(table(manager).filter(used + '|'), QStringList());
+            for (int steps = 0; steps < 5; ++steps)
+                click("cmdUndo");
+            QCOMPARE(table(manager), before);
+            QVERIFY(!control<QPushButton>(manager, "cmdUndo")->isEnabled());
+            manager.close();
+        });
+        site.action("mnuCharts")->trigger();
+        QCOMPARE(site.definitionText(), reports);
     }
 
     void opensTheEditor_data()

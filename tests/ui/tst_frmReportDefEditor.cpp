@@ -229,11 +229,11 @@ private Q_SLOTS:
         const Editor editor(m_report);
         const auto *runs = editor.find<QListWidget>("lvNextRuns");
         QVERIFY(runs->item(0)->text().endsWith("12:00  At 6,12"));
-        editor.checkSchedule(1); // in the order of their names
-        QVERIFY(runs->item(0)->text().endsWith("12:00  At 12, At 6,12"));
+        editor.checkSchedule(2); // in the order of their names
+        QVERIFY(runs->item(0)->text().endsWith("12:00  At 6,12, At 12"));
         QVERIFY(runs->item(1)->text().endsWith("06:00  At 6,12"));
-        editor.checkSchedule(2, false);
-        editor.checkSchedule(2);
+        editor.checkSchedule(1, false);
+        editor.checkSchedule(1);
         const clsReportDef stored = editor.result();
         QCOMPARE(stored.ReportSchedules.find("{S-1}")->LastRunDate,
                  m_report.ReportSchedules.find("{S-1}")->LastRunDate);

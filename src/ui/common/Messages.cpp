@@ -1,5 +1,6 @@
 #include "ui/common/Messages.h"
 
+#include <QCheckBox>
 #include <QMessageBox>
 
 namespace {
@@ -34,6 +35,21 @@ bool askYesNo(QWidget *parent, const QString &title, const QString &text)
 {
     return ask(parent, QMessageBox::Question, title, text, QMessageBox::Yes | QMessageBox::No,
                QMessageBox::No) == QMessageBox::Yes;
+}
+
+bool askYesNo(QWidget *parent, const QString &title, const QString &text, const QString &option,
+              bool &checked)
+{
+    QMessageBox box(QMessageBox::Question, title, text, QMessageBox::Yes | QMessageBox::No, parent);
+    box.setTextFormat(Qt::PlainText);
+    box.setDefaultButton(QMessageBox::No);
+    auto *check = new QCheckBox(option);
+    check->setObjectName(QStringLiteral("chkOption"));
+    check->setChecked(checked);
+    box.setCheckBox(check);
+    const bool isYes = box.exec() == QMessageBox::Yes;
+    checked = check->isChecked();
+    return isYes;
 }
 
 SaveAnswer askToSave(QWidget *parent, const QString &title)

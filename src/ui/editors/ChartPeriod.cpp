@@ -203,6 +203,16 @@ QString periodInWords(const clsGraphDef &chart)
              countInWords(intervalsTold(run)), intervalInWords(run));
 }
 
+QString shortPeriodInWords(const clsGraphDef &chart)
+{
+    const clsGraphDef run = chartOfRun(chart, now());
+    const QString intervals =
+        QStringLiteral("%1 of %2").arg(countInWords(intervalsTold(run)), intervalInWords(run));
+    if (spanOf(run) == ChartSpan::LastIntervals)
+        return QLatin1String("Last ") + intervals;
+    return spanInWords(run) + QLatin1String(", ") + intervals;
+}
+
 QString tooManyIntervals(const clsGraphDef &chart)
 {
     const clsGraphDef run = chartOfRun(chart, now());

@@ -30,6 +30,9 @@ qint64 intervalsTouched(const clsGraphDef &chart);
 /// "Last Week: Sunday 2026-11-08 00:00 to Saturday 2026-11-14 23:59, 168 intervals of an hour"
 QString periodInWords(const clsGraphDef &chart);
 
+/// "Last Week, 168 intervals of an hour", "Last 24 intervals of an hour"
+QString shortPeriodInWords(const clsGraphDef &chart);
+
 /// The error when a chart has more than maxChartIntervals; else empty.
 QString tooManyIntervals(const clsGraphDef &chart);
 

@@ -17,6 +17,7 @@ EditorDialog::EditorDialog(const QString &name, const QString &helpPage, QWidget
     : QDialog(parent)
     , m_tag(QStringLiteral("CANCEL"))
     , m_content(new QWidget)
+    , lblNote(newTextLabel(QStringLiteral("lblNote")))
     , m_warningRow(new QWidget)
     , lblWarnings(newTextLabel(QStringLiteral("lblWarnings"), 1))
     , m_buttons(new QDialogButtonBox(
@@ -26,6 +27,8 @@ EditorDialog::EditorDialog(const QString &name, const QString &helpPage, QWidget
     setModal(true);
     setSizeGripEnabled(true);
     auto *layout = new QVBoxLayout(this);
+    layout->addWidget(lblNote);
+    lblNote->hide();
     layout->addWidget(new ScrollPane(m_content), 1);
     layout->addWidget(m_warningRow);
     layout->addWidget(m_buttons);
@@ -43,6 +46,12 @@ EditorDialog::EditorDialog(const QString &name, const QString &helpPage, QWidget
             [this, helpPage] { showHelp(helpPage, this); });
     openHelpOnF1(this, helpPage);
     activateAfterDialogs(this);
+}
+
+void EditorDialog::setNote(const QString &note)
+{
+    lblNote->setText(note);
+    lblNote->setHidden(note.isEmpty());
 }
 
 void EditorDialog::markUnchanged()
@@ -128,6 +137,15 @@ void EditorDialog::reject()
         case SaveAnswer::KeepEditing:
             return;
         case SaveAnswer::Discard:
+            try {
+                discard();
+            } catch (const Error &error) {
+                showCritical(this, QStringLiteral("Not Taken Back"),
+                             QStringLiteral("The changes could not be taken back. They are saved, "
+                                            "and the editor stays open.") +
+                                 QLatin1String("\n\n") + errorTail(error));
+                return;
+            }
             break;
         }
     }

@@ -30,9 +30,12 @@ public:
     /// shows the description and stays open.
     void setSaveAction(std::function<void()> save) { m_save = std::move(save); }
 
+    /// A remark above the fields, such as whom a change is for; none where it is empty.
+    void setNote(const QString &note);
+
     /// From here on hasChanges() compares with the current content.
     void markUnchanged();
-    bool hasChanges() const;
+    virtual bool hasChanges() const;
 
     /// OK and Cancel, as the buttons do.
     void accept() override;
@@ -53,6 +56,10 @@ protected:
     /// Shows warnings() above the buttons; called after each change.
     void showWarnings();
 
+    /// What happens to changes that the user discards. Throws Error, which is shown; the editor
+    /// then stays open.
+    virtual void discard() {}
+
     /// The error in the content, in words for the user, with its field in `field`; empty: there is
     /// none.
     virtual QString inputError(QWidget *&field) const;
@@ -70,6 +77,7 @@ private:
     QStringList m_knownWarnings; ///< of the unchanged content
     std::function<void()> m_save;
     QWidget *m_content;
+    QLabel *lblNote;
     QWidget *m_warningRow;
     QLabel *lblWarnings;
     QDialogButtonBox *m_buttons;

@@ -2,8 +2,9 @@
 
 #include "base/Clock.h"
 #include "definitions/Definitions.h"
+#include "ui/common/NaturalSort.h"
 #include "ui/common/Widgets.h"
-#include "ui/editors/frmScheduleDefEditor.h"
+#include "ui/editors/EditDefinition.h"
 
 #include <QHBoxLayout>
 #include <QLabel>
@@ -85,8 +86,10 @@ SchedulePicker::SchedulePicker(QWidget *parent)
     fill({}, {});
 }
 
-void SchedulePicker::setSelection(const Collection<clsReportSchedule> &schedules)
+void SchedulePicker::setSelection(const Collection<clsReportSchedule> &schedules,
+                                  const QString &reportId)
 {
+    m_reportId = reportId;
     m_former = schedules;
     QStringList ids;
     for (const auto &schedule : schedules)
@@ -122,9 +125,8 @@ void SchedulePicker::fill(const QStringList &checked, const QString &current)
         if (!definitions().gScheduleDefs.contains(former->ScheduleID))
             addRow(former->ScheduleID, {}, checked.contains(former->ScheduleID));
     }
-    Collection<clsScheduleDef> sorted = definitions().gScheduleDefs;
-    sorted.sortByText([](const clsScheduleDef &schedule) { return schedule.ScheduleName; });
-    for (const auto &schedule : sorted)
+    for (const auto &schedule :
+         sortedNaturally(definitions().gScheduleDefs, &clsScheduleDef::ScheduleName))
         addRow(schedule->ScheduleID, label(*schedule),
                checked.contains(schedule->ScheduleID, Qt::CaseInsensitive));
     lvSchedules->setCurrentRow(0);
@@ -180,16 +182,8 @@ void SchedulePicker::change()
 /// Opens the editor on a schedule; a new one is selected when it is saved.
 void SchedulePicker::edit(const clsScheduleDef &schedule)
 {
-    frmScheduleDefEditor editor(this);
-    editor.load(schedule);
-    editor.setSaveAction([&editor, &schedule] {
-        const auto saved = std::make_shared<clsScheduleDef>(schedule);
-        editor.store(*saved);
-        definitions().store(saved);
-    });
     const bool isNew = !definitions().gScheduleDefs.contains(schedule.ScheduleID);
-    editor.exec();
-    if (editor.tag() != u"SAVE")
+    if (!editSchedule(schedule, this, m_reportId))
         return;
     QStringList checked = checkedIds();
     if (isNew)

@@ -20,7 +20,8 @@ class SchedulePicker : public QWidget
 public:
     explicit SchedulePicker(QWidget *parent = nullptr);
 
-    void setSelection(const Collection<clsReportSchedule> &schedules);
+    /// `reportId`: of the report whose schedules they are.
+    void setSelection(const Collection<clsReportSchedule> &schedules, const QString &reportId);
 
     /// The chosen schedules. Those of setSelection keep their LastRunDate; newly chosen ones get
     /// the current time: without a last run they would be overdue by a century and run at the next
@@ -44,6 +45,7 @@ private:
     void edit(const clsScheduleDef &schedule);
     void showRuns();
 
+    QString m_reportId;
     Collection<clsReportSchedule> m_former;
     QListWidget *lvSchedules;
     QPushButton *cmdScheduleModify;

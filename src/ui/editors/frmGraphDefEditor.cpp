@@ -8,6 +8,7 @@
 #include "definitions/Advice.h"
 #include "definitions/Definitions.h"
 #include "definitions/TemplateFile.h"
+#include "definitions/Usage.h"
 #include "ui/common/Widgets.h"
 #include "ui/editors/ChartPreview.h"
 
@@ -450,11 +451,24 @@ QStringList frmGraphDefEditor::warnings() const
                                        m_loaded.ChartID, txtTitle->text())});
 }
 
+/// Why the title cannot be had. A chart that shares one already keeps it.
+QString frmGraphDefEditor::takenTitle() const
+{
+    const Collection<clsGraphDef> &all = definitions().gChartDefs;
+    const QString title = txtTitle->text().trimmed();
+    const bool isKept = all.contains(m_loaded.ChartID) && title == m_loaded.ChartTitle;
+    return isKept ? QString() : titleFault(all, &clsGraphDef::ChartTitle, m_loaded.ChartID, title);
+}
+
 QString frmGraphDefEditor::inputError(QWidget *&field) const
 {
     if (txtTitle->text().trimmed().isEmpty()) {
         field = txtTitle;
         return QStringLiteral("Please give the chart a title.");
+    }
+    if (const QString fault = takenTitle(); !fault.isEmpty()) {
+        field = txtTitle;
+        return fault;
     }
     if (chosenSpan() == ChartSpan::Custom && m_range->end() <= m_range->start()) {
         field = m_range;

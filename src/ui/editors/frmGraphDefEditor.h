@@ -52,6 +52,7 @@ private:
     void refresh();
     void showPreview();
     QStringList templateWarnings() const;
+    QString takenTitle() const;
     void browse(QComboBox *field);
 
     clsGraphDef m_loaded;

@@ -6,10 +6,11 @@
 #include "definitions/Definitions.h"
 #include "report/OutputTree.h"
 #include "ui/common/Messages.h"
+#include "ui/common/NaturalSort.h"
 #include "ui/common/Widgets.h"
 #include "ui/editors/DevicePicker.h"
+#include "ui/editors/EditDefinition.h"
 #include "ui/editors/SchedulePicker.h"
-#include "ui/editors/frmGraphDefEditor.h"
 
 #include <QComboBox>
 #include <QDir>
@@ -157,6 +158,7 @@ void frmReportDefEditor::load(const clsReportDef &report)
     definitions().LoadChartDefs();
     definitions().LoadScheduleDefs();
     m_reportId = report.ReportID;
+    m_changesBefore = definitions().changeCount();
     txtTitle->setText(report.ReportTitle);
     txtTitle->selectAll();
     fillCharts(report.ChartID);
@@ -166,7 +168,7 @@ void frmReportDefEditor::load(const clsReportDef &report)
     txtOutputFolder->setText(folder);
     txtOutputFolder->setCursorPosition(0);
     txtOutputFolder->setToolTip(wrappingToolTip(folder));
-    m_schedules->setSelection(report.ReportSchedules);
+    m_schedules->setSelection(report.ReportSchedules, report.ReportID);
     m_devices->setSelection(report.ReportDevices);
     markUnchanged();
     m_devices->read();
@@ -236,9 +238,7 @@ void frmReportDefEditor::accept()
 void frmReportDefEditor::fillCharts(const QString &chartId)
 {
     cboChart->clear();
-    Collection<clsGraphDef> sorted = definitions().gChartDefs;
-    sorted.sortByText([](const clsGraphDef &chart) { return chart.ChartTitle; });
-    for (const auto &chart : sorted)
+    for (const auto &chart : sortedNaturally(definitions().gChartDefs, &clsGraphDef::ChartTitle))
         cboChart->addItem(chart->ChartTitle, chart->ChartID);
     int row = cboChart->findData(chartId, Qt::UserRole, Qt::MatchFixedString);
     if (row < 0) {
@@ -268,16 +268,18 @@ void frmReportDefEditor::changeChart()
 /// Opens the editor on a chart, which is chosen when it is saved.
 void frmReportDefEditor::editChart(const clsGraphDef &chart)
 {
-    frmGraphDefEditor editor(this);
-    editor.load(chart);
-    editor.setSaveAction([&editor, &chart] {
-        const auto saved = std::make_shared<clsGraphDef>(chart);
-        editor.store(*saved);
-        definitions().store(saved);
-    });
-    editor.exec();
-    if (editor.tag() == u"SAVE")
+    if (::editChart(chart, this, m_reportId))
         fillCharts(chart.ChartID);
+}
+
+bool frmReportDefEditor::hasChanges() const
+{
+    return EditorDialog::hasChanges() || definitions().changeCount() > m_changesBefore;
+}
+
+void frmReportDefEditor::discard()
+{
+    definitions().takeBack(m_changesBefore);
 }
 
 void frmReportDefEditor::browseTemplate()

@@ -12,7 +12,7 @@ class SchedulePicker;
 
 /// The editor of a report definition: its title, chart, devices and data items, and schedules.
 /// Charts and schedules added or changed from it go to gChartDefs and gScheduleDefs and are saved
-/// at once.
+/// at once; closing it without OK takes that back.
 class frmReportDefEditor : public EditorDialog
 {
     Q_OBJECT
@@ -27,6 +27,9 @@ public:
     /// Copies the fields into a report; ReportID and the last runs of schedules that stay are kept.
     void store(clsReportDef &report) const;
 
+    /// Charts and schedules that were changed from here count, too.
+    bool hasChanges() const override;
+
     /// Saves an empty report only after a question: its runs fail.
     void accept() override;
 
@@ -34,6 +37,7 @@ protected:
     QString contentText() const override;
     QStringList warnings() const override;
     QString inputError(QWidget *&field) const override;
+    void discard() override;
 
 private:
     QWidget *makeHead();
@@ -47,6 +51,7 @@ private:
     void browseTemplate();
 
     QString m_reportId;
+    qsizetype m_changesBefore = 0; ///< Definitions::changeCount when it was loaded
     QLineEdit *txtTitle;
     QComboBox *cboChart;
     QPushButton *cmdChartModify;

@@ -3,6 +3,7 @@
 #include "base/Clock.h"
 #include "definitions/Advice.h"
 #include "definitions/Definitions.h"
+#include "definitions/Usage.h"
 #include "ui/common/Messages.h"
 #include "ui/common/Widgets.h"
 #include "ui/editors/ChartPeriod.h"
@@ -284,10 +285,15 @@ QStringList frmScheduleDefEditor::warnings() const
 
 QString frmScheduleDefEditor::inputError(QWidget *&field) const
 {
-    if (!txtScheduleName->text().trimmed().isEmpty())
-        return {};
     field = txtScheduleName;
-    return QStringLiteral("Please give the schedule a name.");
+    const QString name = txtScheduleName->text().trimmed();
+    if (name.isEmpty())
+        return QStringLiteral("Please give the schedule a name.");
+    // One that shares a name already keeps it.
+    const Collection<clsScheduleDef> &all = definitions().gScheduleDefs;
+    const bool isKept = all.contains(m_loaded.ScheduleID) && name == m_loaded.ScheduleName;
+    return isKept ? QString()
+                  : titleFault(all, &clsScheduleDef::ScheduleName, m_loaded.ScheduleID, name);
 }
 
 void frmScheduleDefEditor::setControlStates()

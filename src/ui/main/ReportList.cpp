@@ -12,11 +12,9 @@
 #include <QApplication>
 #include <QStyle>
 
-namespace {
-
-QString timeText(const QDateTime &time)
+QString timeText(const QDateTime &wall)
 {
-    return time.toString(QStringLiteral("yyyy-MM-dd HH:mm"));
+    return wall.toString(QStringLiteral("yyyy-MM-dd HH:mm"));
 }
 
 QString resultCaption(ReportResult result)
@@ -26,12 +24,13 @@ QString resultCaption(ReportResult result)
     return result == ReportResult::Ok ? QStringLiteral("OK") : text;
 }
 
-/// Results that need attention.
-bool isWorrying(ReportResult result)
+bool needsAttention(ReportResult result)
 {
     return result == ReportResult::Failed || result == ReportResult::Partial ||
            result == ReportResult::Unfinished;
 }
+
+namespace {
 
 QString scheduleNames(const clsReportDef &report)
 {
@@ -199,7 +198,7 @@ QVariant ReportList::data(const QModelIndex &index, int role) const
     case Qt::DecorationRole:
         if (index.column() == Title)
             return m_reportIcon;
-        return index.column() == Result && row.result && isWorrying(*row.result)
+        return index.column() == Result && row.result && needsAttention(*row.result)
                    ? QVariant(m_warningIcon)
                    : QVariant();
     default:

@@ -10,6 +10,12 @@
 
 #include <optional>
 
+/// "2026-11-22 06:00", and "OK", "No data" for a result, as the windows show them.
+QString timeText(const QDateTime &wall);
+QString resultCaption(ReportResult result);
+/// Whether somebody should look at a result.
+bool needsAttention(ReportResult result);
+
 /// The rows of lvReports: one for each report definition, keyed by its ReportID. A row shows what
 /// the definitions, the schedules and the run history said at the last refresh().
 class ReportList : public QAbstractTableModel

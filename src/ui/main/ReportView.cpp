@@ -20,8 +20,6 @@ ReportView::ReportView(ReportList &list, QWidget *parent)
     setToolTip(QStringLiteral("Currently configured reports."));
     m_sorted.setSourceModel(&list);
     m_sorted.setSortRole(ReportList::SortRole);
-    m_sorted.setSortCaseSensitivity(Qt::CaseInsensitive);
-    m_sorted.setSortLocaleAware(true);
     m_sorted.setDynamicSortFilter(true);
     setModel(&m_sorted);
     setRootIsDecorated(false);

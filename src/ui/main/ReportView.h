@@ -1,6 +1,7 @@
 #pragma once
 
-#include <QSortFilterProxyModel>
+#include "ui/common/NaturalSort.h"
+
 #include <QTreeView>
 
 class QPushButton;
@@ -40,7 +41,7 @@ private:
     void showHint();
 
     ReportList &m_list;
-    QSortFilterProxyModel m_sorted;
+    NaturalSortModel m_sorted;
     QWidget *m_hint;
     QPushButton *m_addButton;
 };

@@ -12,13 +12,13 @@
 #include "scheduling/Standings.h"
 #include "ui/common/Messages.h"
 #include "ui/common/UiState.h"
-#include "ui/editors/frmGraphDefEditor.h"
-#include "ui/editors/frmReportDefEditor.h"
+#include "ui/editors/frmCustomRange.h"
 #include "ui/help/HelpViewer.h"
 #include "ui/main/ReportList.h"
 #include "ui/main/ReportView.h"
 #include "ui/main/RunThread.h"
 #include "ui/main/StatusBox.h"
+#include "ui/main/UndoSteps.h"
 #include "ui/main/frmAutomate.h"
 #include "ui/main/frmDatabase.h"
 #include "ui/main/frmOutputPath.h"
@@ -26,14 +26,11 @@
 #include <QAction>
 #include <QApplication>
 #include <QCloseEvent>
-#include <QDesktopServices>
-#include <QDir>
 #include <QLabel>
 #include <QMenu>
 #include <QProgressBar>
 #include <QPushButton>
 #include <QTimer>
-#include <QUrl>
 
 namespace {
 
@@ -178,8 +175,17 @@ void frmGrapherMain::updateCommands()
     enable(mnuReportView, cmdReportView, m_isRunning || selected > 0);
     enable(mnuReportOpen, cmdReportOpen, isOne);
     enable(mnuReportModify, cmdReportModify, isOne);
-    enable(mnuReportRemove, cmdReportRemove, isOne && !m_isRunning);
     mnuDatabase->setEnabled(!m_isRunning);
+    enable(mnuReportRemove, cmdReportRemove, selected > 0 && !m_isRunning);
+    mnuReportDuplicate->setEnabled(isOne);
+    mnuCopyLink->setEnabled(isOne);
+    mnuOpenFolder->setEnabled(isOne);
+    const QString step = m_undo->next();
+    mnuUndo->setEnabled(!step.isEmpty() && !m_isRunning);
+    mnuUndo->setText(step.isEmpty() ? QStringLiteral("&Undo")
+                                    : QStringLiteral("&Undo %1").arg(step));
+    for (QAction *action : {mnuCharts, mnuSchedules, mnuVersions})
+        action->setEnabled(!m_isRunning);
     mnuSetOutput->setEnabled(!m_isRunning);
     mnuToolsAutomate->setEnabled(!m_isRunning);
 }
@@ -188,71 +194,6 @@ void frmGrapherMain::showMenu(const QPoint &place)
 {
     updateCommands();
     mnuEdit->popup(lvReports->viewport()->mapToGlobal(place));
-}
-
-void frmGrapherMain::addReport()
-{
-    ShowStatus(QStringLiteral("Loading report definition editor."));
-    editReport({});
-    ShowStatus(QStringLiteral("Idle."));
-}
-
-void frmGrapherMain::modifyReport()
-{
-    updateCommands();
-    if (cmdReportModify->isEnabled())
-        editReport(lvReports->selectedIds().constFirst());
-}
-
-/// Lets the user edit a report, a new one when there is none of that id. True when it was saved.
-bool frmGrapherMain::editReport(const QString &reportId)
-{
-    const auto present = definitions().gReportDefs.find(reportId);
-    const clsReportDef shown = present ? *present : clsReportDef();
-    frmReportDefEditor editor(this);
-    editor.load(shown);
-    editor.setSaveAction([&] {
-        const auto latest = definitions().gReportDefs.find(shown.ReportID);
-        const auto changed = std::make_shared<clsReportDef>(latest ? *latest : shown);
-        editor.store(*changed);
-        definitions().store(changed);
-    });
-    editor.exec();
-    // Charts and schedules may have changed even where the report has not.
-    m_list->refresh();
-    if (editor.tag() != u"SAVE") {
-        updateCommands();
-        return false;
-    }
-    lvReports->select(shown.ReportID);
-    updateCommands();
-    return true;
-}
-
-void frmGrapherMain::removeReport()
-{
-    updateCommands();
-    if (!cmdReportRemove->isEnabled())
-        return;
-    const QString id = lvReports->selectedIds().constFirst();
-    const auto report = definitions().gReportDefs.find(id);
-    if (!report || !askYesNo(this, QStringLiteral("Remove Report Definition"),
-                             QStringLiteral("This operation can NOT be undone.\n"
-                                            "Are you sure you wish to remove the report definition "
-                                            "\u201c%1\u201d?")
-                                 .arg(report->ReportTitle)))
-        return;
-    try {
-        definitions().removeReportDefs({id});
-        refreshReportList();
-    } catch (const Error &error) {
-        showCritical(this, QStringLiteral("Not Removed"),
-                     QStringLiteral("The report definition could not be removed. It stays as it "
-                                    "was.") +
-                         QLatin1String("\n\n") + errorTail(error));
-    }
-    m_list->refresh();
-    updateCommands();
 }
 
 void frmGrapherMain::runOrCancel()
@@ -303,9 +244,7 @@ void frmGrapherMain::tellEnd(const RunResult &result)
 {
     const bool isProduced = result.failedReports == 0 && result.error.isEmpty();
     if (!result.cancelled && isProduced) {
-        QString page = QLatin1String("file://") + OutputTree(gConfig()).folder() +
-                       QLatin1String("REPORTS.HTM");
-        openInBrowser(page.replace(u'\\', u'/'));
+        openContents();
     } else if (result.cancelled && !m_closesAfterRun) { // the user has said goodbye already
         showInformation(this, QStringLiteral("Report Execution"),
                         QStringLiteral("Report execution cancelled."));
@@ -330,22 +269,6 @@ void frmGrapherMain::showProgress(const Progress &progress)
     pbarCurrent->setRange(0, std::max(progress.all, 1));
     pbarCurrent->setValue(progress.done);
     pbarCurrent->setFormat(progress.all > 0 ? QStringLiteral("%v of %m") : QString());
-}
-
-void frmGrapherMain::openPage()
-{
-    const QStringList selected = lvReports->selectedIds();
-    const auto report =
-        selected.size() == 1 ? definitions().gReportDefs.find(selected.constFirst()) : nullptr;
-    if (!report)
-        return;
-    const QString page = OutputTree(gConfig()).reportPage(report->ReportID);
-    if (fileExists(page))
-        openInBrowser(QLatin1String("file://") + page);
-    else
-        showInformation(this, QStringLiteral("Open Page"),
-                        QStringLiteral("There is no page of this report yet. Run the report "
-                                       "first."));
 }
 
 void frmGrapherMain::chooseDatabase()
@@ -455,12 +378,4 @@ bool frmGrapherMain::acceptErrors(const QStringList &errors)
 bool frmGrapherMain::askCustomRange(clsGraphDef &chart, const QStringList &reportTitles)
 {
     return editCustomRange(chart, reportTitles, this);
-}
-
-void frmGrapherMain::openInBrowser(const QString &url)
-{
-    const QString path = nativePath(url.mid(int(qstrlen("file://"))));
-    if (!QDesktopServices::openUrl(QUrl::fromLocalFile(path)))
-        showWarning(this, QStringLiteral("Warning"),
-                    QLatin1String("Error loading browser to ") + url);
 }

@@ -16,6 +16,8 @@ class ReportList;
 class ReportView;
 class RunThread;
 class StatusBox;
+class UndoSteps;
+class clsReportDef;
 
 /// The main window: the configured reports, the commands on them, the status lines and the progress
 /// of a run, and the timer of scheduled runs. Takes the place of observer() for as long as it
@@ -67,16 +69,27 @@ private:
     void modifyReport();
     void removeReport();
     void runOrCancel();
+    void duplicateReport();
+    void undo();
     void openPage();
     void chooseDatabase();
     void lookForDatabase();
+    void openContents();
+    void copyLink();
+    void openFolder();
+    void showCharts();
+    void showSchedules();
+    void showVersions();
+    void showHistory();
     void setOutputLocation();
     void switchAutomation();
     void showCompactNotice();
 
     void updateCommands();
     void showMenu(const QPoint &place);
-    bool editReport(const QString &reportId);
+    bool editReport(const clsReportDef &shown);
+    void removePages(const QStringList &reportIds);
+    QString selectedPage();
     bool askToTakeOverJob();
     void run(const RunOrder &order, RunHost *host);
     void endRun(const RunResult &result);
@@ -95,6 +108,7 @@ private:
     platform::TaskScheduler &m_scheduler;
     QStringList m_taskOptions;
     ReportList *m_list;
+    UndoSteps *m_undo;
 
     ReportView *lvReports;
     StatusBox *txtStatusInfo;
@@ -112,9 +126,18 @@ private:
     QAction *mnuReportAdd;
     QAction *mnuReportModify;
     QAction *mnuReportRemove;
+    QAction *mnuReportDuplicate;
+    QAction *mnuUndo;
     QAction *mnuReportView;
     QAction *mnuReportOpen;
     QAction *mnuDatabase;
+    QAction *mnuOpenContents;
+    QAction *mnuCopyLink;
+    QAction *mnuOpenFolder;
+    QAction *mnuCharts;
+    QAction *mnuSchedules;
+    QAction *mnuVersions;
+    QAction *mnuHistory;
     QAction *mnuSetOutput;
     QAction *mnuToolsAutomate;
     QAction *mnuToolsCompact;

@@ -7,6 +7,7 @@
 #include "ui/main/ReportList.h"
 #include "ui/main/ReportView.h"
 #include "ui/main/StatusBox.h"
+#include "ui/main/UndoSteps.h"
 #include "ui/main/frmGrapherMain.h"
 
 #include <QAction>
@@ -54,6 +55,7 @@ frmGrapherMain::frmGrapherMain(platform::TaskScheduler &scheduler, QStringList t
     : m_scheduler(scheduler)
     , m_taskOptions(std::move(taskOptions))
     , m_list(new ReportList(this))
+    , m_undo(new UndoSteps(this))
     , lvReports(new ReportView(*m_list))
     , txtStatusInfo(new StatusBox)
     , m_firstPanel(new QLabel)
@@ -140,6 +142,11 @@ void frmGrapherMain::makeActions()
                                 &frmGrapherMain::modifyReport);
     mnuReportRemove = newAction("mnuReportRemove", QStringLiteral("&Remove Report"),
                                 &frmGrapherMain::removeReport);
+    mnuReportDuplicate = newAction("mnuReportDuplicate", QStringLiteral("&Duplicate Report"),
+                                   &frmGrapherMain::duplicateReport);
+    mnuReportDuplicate->setShortcut(Qt::CTRL | Qt::Key_D);
+    mnuUndo = newAction("mnuUndo", QStringLiteral("&Undo"), &frmGrapherMain::undo);
+    mnuUndo->setShortcut(QKeySequence::Undo);
     mnuReportView = newAction("mnuReportView", QStringLiteral("Run / &View Report"),
                               &frmGrapherMain::runOrCancel);
     mnuReportView->setShortcut(Qt::Key_F5);
@@ -148,6 +155,21 @@ void frmGrapherMain::makeActions()
     mnuReportOpen->setShortcut(QKeySequence::Open);
     mnuDatabase =
         newAction("mnuDatabase", QStringLiteral("&Database…"), &frmGrapherMain::chooseDatabase);
+    mnuOpenContents = newAction("mnuOpenContents", QStringLiteral("Open &Contents Page"),
+                                &frmGrapherMain::openContents);
+    mnuOpenContents->setShortcut(Qt::CTRL | Qt::SHIFT | Qt::Key_O);
+    mnuCopyLink = newAction("mnuCopyLink", QStringLiteral("Copy Lin&k"), &frmGrapherMain::copyLink);
+    mnuCopyLink->setShortcut(Qt::CTRL | Qt::SHIFT | Qt::Key_C);
+    mnuOpenFolder =
+        newAction("mnuOpenFolder", QStringLiteral("Open &Folder"), &frmGrapherMain::openFolder);
+    mnuCharts = newAction("mnuCharts", QStringLiteral("C&harts…"), &frmGrapherMain::showCharts);
+    mnuSchedules =
+        newAction("mnuSchedules", QStringLiteral("&Schedules…"), &frmGrapherMain::showSchedules);
+    mnuVersions = newAction("mnuVersions", QStringLiteral("&Earlier Versions…"),
+                            &frmGrapherMain::showVersions);
+    mnuHistory =
+        newAction("mnuHistory", QStringLiteral("Run Hi&story…"), &frmGrapherMain::showHistory);
+    mnuHistory->setShortcut(Qt::CTRL | Qt::Key_H);
     mnuSetOutput = newAction("mnuSetOutput", QStringLiteral("Set Output &Location"),
                              &frmGrapherMain::setOutputLocation);
     mnuToolsAutomate = newAction("mnuToolsAutomate", QStringLiteral("&Automated Reporting"),
@@ -178,16 +200,27 @@ void frmGrapherMain::makeMenus()
     mnuEdit->setObjectName(QStringLiteral("mnuEdit"));
     mnuEdit->addAction(mnuReportAdd);
     mnuEdit->addAction(mnuReportModify);
+    mnuEdit->addAction(mnuReportDuplicate);
     mnuEdit->addSeparator();
     mnuEdit->addAction(mnuReportRemove);
+    mnuEdit->addAction(mnuUndo);
     mnuEdit->addSeparator();
     mnuEdit->addAction(mnuReportView);
     mnuEdit->addAction(mnuReportOpen);
+    mnuEdit->addAction(mnuCopyLink);
+    mnuEdit->addAction(mnuOpenFolder);
+    mnuEdit->addSeparator();
+    mnuEdit->addAction(mnuOpenContents);
+    mnuEdit->addAction(mnuHistory);
 
     QMenu *mnuTools = menuBar()->addMenu(QStringLiteral("&Tools"));
     mnuTools->setObjectName(QStringLiteral("mnuTools"));
     connect(mnuTools, &QMenu::aboutToShow, this, &frmGrapherMain::updateAutomate);
     mnuTools->addAction(mnuDatabase);
+    mnuTools->addAction(mnuCharts);
+    mnuTools->addAction(mnuSchedules);
+    mnuTools->addAction(mnuVersions);
+    mnuTools->addSeparator();
     mnuTools->addAction(mnuSetOutput);
     mnuTools->addSeparator();
     mnuTools->addAction(mnuToolsAutomate);
