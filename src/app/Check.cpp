@@ -1,5 +1,7 @@
 #include "app/Check.h"
 
+#include "app/CheckedFile.h"
+#include "app/MailCheck.h"
 #include "base/Clock.h"
 #include "base/Error.h"
 #include "base/FileSystem.h"
@@ -18,8 +20,6 @@
 #include "report/TemplateNames.h"
 
 #include <QHash>
-#include <QRegularExpression>
-#include <QSet>
 
 #include <algorithm>
 #include <array>
@@ -27,17 +27,7 @@
 
 namespace {
 
-using Ids = QSet<QString>; ///< in lower case
-
-/// Bounds of a numeric attribute.
-struct NumberRule
-{
-    const char *attribute;
-    int min;
-    int max;
-};
-
-constexpr int any = std::numeric_limits<int>::max();
+constexpr int any = NumberRule::any;
 constexpr std::array chartNumbers = {
     NumberRule{"Frequency", 0, 4},        NumberRule{"SubFreq", 0, any},
     NumberRule{"MinuteInterval", 0, any}, NumberRule{"IntervalCount", 0, any},
@@ -57,124 +47,6 @@ constexpr std::array scheduleLists = {
 constexpr std::array imageSizes = {
     NumberRule{"IMG_Width", 1, 16384},
     NumberRule{"IMG_Height", 1, 16384},
-};
-
-/// One definition file while it is checked.
-class CheckedFile
-{
-public:
-    CheckedFile(Findings &findings, const QString &path)
-        : m_findings(findings)
-    {
-        try {
-            m_source = SourceText::read(path);
-            parseXml(m_document, QString::fromUtf8(m_source.bytes));
-            m_isRead = true;
-        } catch (const Error &error) {
-            if (m_source.path.isEmpty())
-                m_findings.add(nativePath(path), error.description);
-            else
-                m_findings.addPlaced(m_source.path, error.description);
-        }
-    }
-
-    bool isRead() const { return m_isRead; }
-    const pugi::xml_document &document() const { return m_document; }
-    pugi::xml_node root() const { return m_document.document_element(); }
-
-    void add(const pugi::xml_node &element, const char *attribute, const QString &text)
-    {
-        m_findings.add(m_source, m_source.offsetOf(element, attribute), text);
-    }
-
-    void requireRoot(const char *name)
-    {
-        if (m_isRead && qstrcmp(root().name(), name) != 0)
-            add(root(), nullptr,
-                QStringLiteral("the root element is '%1', not '%2'")
-                    .arg(QString::fromUtf8(root().name()), QLatin1String(name)));
-    }
-
-    /// An attribute that is missing has its default.
-    void requireNumber(const pugi::xml_node &element, const NumberRule &rule)
-    {
-        if (element.attribute(rule.attribute))
-            requireInRange(element, rule,
-                           QString::fromUtf8(element.attribute(rule.attribute).value()));
-    }
-
-    void requireNumberList(const pugi::xml_node &element, const NumberRule &rule)
-    {
-        const QString list = GetAttr(element, rule.attribute, QString());
-        if (list.trimmed().isEmpty())
-            return;
-        const QStringList entries = list.split(u',');
-        for (const QString &entry : entries)
-            requireInRange(element, rule, entry);
-    }
-
-    void requireDate(const pugi::xml_node &element, const char *attribute)
-    {
-        const QString text = GetAttr(element, attribute, QString());
-        if (!text.isEmpty() && !isXmlDate(text))
-            add(element, attribute,
-                QStringLiteral("%1='%2' is not a date like 2024-03-31T10:00:00-00:00")
-                    .arg(QLatin1String(attribute), text));
-    }
-
-    /// Adds the attribute to the keys `ids`; a missing or duplicate one is a finding.
-    void requireNewId(const pugi::xml_node &element, const char *attribute, Ids &ids)
-    {
-        const QString id = GetAttr(element, attribute, QString());
-        if (id.isEmpty())
-            add(element, attribute, QStringLiteral("%1 is missing").arg(QLatin1String(attribute)));
-        else if (ids.contains(id.toLower()))
-            add(element, attribute,
-                QStringLiteral("%1 '%2' comes twice").arg(QLatin1String(attribute), id));
-        ids.insert(id.toLower());
-    }
-
-    /// A title that equals an earlier one but for case and blanks.
-    void requireNewTitle(const pugi::xml_node &element, const char *attribute, Ids &titles)
-    {
-        const QString title = GetAttr(element, attribute, QString());
-        const QString key = titleKey(title);
-        if (!key.isEmpty() && titles.contains(key))
-            add(element, attribute, sameTitleWarning(title));
-        titles.insert(key);
-    }
-
-    void requireKnown(const pugi::xml_node &element, const char *attribute, const Ids &ids,
-                      const QString &what)
-    {
-        const QString id = GetAttr(element, attribute, QString());
-        if (!ids.contains(id.toLower()))
-            add(element, attribute, QStringLiteral("there is no %1 '%2'").arg(what, id));
-    }
-
-private:
-    void requireInRange(const pugi::xml_node &element, const NumberRule &rule, const QString &text)
-    {
-        bool isNumber = false;
-        const int number = text.trimmed().toInt(&isNumber);
-        const QLatin1String name(rule.attribute);
-        if (!isNumber)
-            add(element, rule.attribute,
-                QStringLiteral("%1: '%2' is not a valid number").arg(name, text));
-        else if (number < rule.min || number > rule.max)
-            add(element, rule.attribute,
-                rule.max == any
-                    ? QStringLiteral("%1: %2 is less than %3").arg(name, text).arg(rule.min)
-                    : QStringLiteral("%1: %2 is not within %3 to %4")
-                          .arg(name, text)
-                          .arg(rule.min)
-                          .arg(rule.max));
-    }
-
-    Findings &m_findings;
-    SourceText m_source;
-    pugi::xml_document m_document;
-    bool m_isRead = false;
 };
 
 /// A definition file, or the factory copy that will become it.
@@ -211,6 +83,7 @@ public:
         checkCharts();
         checkSchedules();
         checkReports();
+        checkMails(m_findings, m_reports);
         return m_findings;
     }
 
@@ -309,36 +182,7 @@ private:
         if (m_templates.contains(key))
             return;
         m_templates.insert(key);
-        checkTemplateText(path, kind);
-    }
-
-    void checkTemplateText(const QString &path, const TemplateNames &kind)
-    {
-        SourceText source;
-        try {
-            source = SourceText::read(path);
-        } catch (const Error &error) {
-            m_findings.add(nativePath(path), error.description);
-            return;
-        }
-        if (source.bytes.isEmpty()) {
-            m_findings.add(nativePath(path), QStringLiteral("the template is empty"));
-            return;
-        }
-        static const QRegularExpression placeholder(QStringLiteral("%%([A-Za-z][A-Za-z0-9_.]*)%%"));
-        const QString text = QString::fromUtf8(source.bytes);
-        for (auto found = placeholder.globalMatch(text); found.hasNext();) {
-            const QRegularExpressionMatch match = found.next();
-            if (!kind.knows(match.capturedView(1)))
-                m_findings.add(source, text.left(match.capturedStart()).toUtf8().size(),
-                               QStringLiteral("'%1' is not a placeholder of a template for %2")
-                                   .arg(match.captured(), kind.attribute));
-        }
-        if (!kind.marker.isEmpty() &&
-            !text.contains(QLatin1String("%%") + kind.marker + QLatin1String("%%")))
-            m_findings.add(source, 0,
-                           QStringLiteral("the marker %%%1%% is missing: the list has no place")
-                               .arg(kind.marker));
+        checkTemplateText(m_findings, path, kind);
     }
 
     void checkCharts()
@@ -412,10 +256,9 @@ private:
             return;
         file.requireRoot("REPORTDEFINITIONS");
         readDatabase();
-        Ids ids;
         Ids titles;
         forEachElement(file.document(), "CUSTOMREPORT", [&](const pugi::xml_node &report) {
-            file.requireNewId(report, "ReportID", ids);
+            file.requireNewId(report, "ReportID", m_reports);
             file.requireNewTitle(report, "ReportTitle", titles);
             if (m_chartsRead)
                 file.requireKnown(report, "ChartID", m_charts, QStringLiteral("chart definition"));
@@ -553,6 +396,7 @@ private:
     QString &m_note;
     Ids m_charts;
     Ids m_schedules;
+    Ids m_reports;
     bool m_chartsRead = false;
     bool m_schedulesRead = false;
     QHash<QString, std::shared_ptr<clsGraphDef>> m_chartDefs; ///< by id in lower case

@@ -2,6 +2,7 @@
 
 #include "mail/MailAddress.h"
 #include "mail/MailContent.h"
+#include "report/TemplateNames.h"
 
 /// Messages as servers take them (RFC 5322, MIME). The tool writes them itself, because one that
 /// waits in the outbox has to stay the same to the last byte. Pure functions, safe on any thread.
@@ -29,7 +30,9 @@ QString plainMailText(const MailContent &content);
 QString htmlMailText(const MailContent &content, const QString &messageId,
                      const QString &htmlTemplate);
 
-/// The placeholders of Mail.HTML, separated by blanks.
-inline constexpr QLatin1String mailPlaceholders(
-    "mail.subject mail.title mail.period mail.verdict mail.tone mail.sentences mail.figures "
-    "mail.devices mail.images mail.pages mail.notes mail.reason");
+/// The placeholders of Mail.HTML.
+inline constexpr TemplateNames mailTemplate{
+    QLatin1String("mails"), QLatin1String(""),
+    QLatin1String(
+        "mail.subject mail.title mail.period mail.verdict mail.tone mail.sentences mail.figures "
+        "mail.devices mail.images mail.pages mail.notes mail.reason")};
