@@ -201,7 +201,7 @@ MailServer readMailServer(const pugi::xml_node &element, const OnMailFault &onFa
     server.caFile = reader.text("CaFile");
     server.pagesUrl = reader.text("PagesUrl");
     reader.number("Port", 1, 65535, server.port);
-    reader.number("Timeout", 5, 600, server.timeout);
+    reader.number("Timeout", 1, 600, server.timeout);
     reader.number("SizeLimit", 1, 100, server.sizeLimit);
     reader.code("Security", securities, server.security);
     reader.code("Auth", authentications, server.authentication);

@@ -66,7 +66,12 @@ struct Transfer
             if (line.startsWith(command))
                 stage = entered;
         }
-        reply.clear(); // what comes next answers this
+        forgetReply(); // what comes next answers this
+    }
+
+    void forgetReply()
+    {
+        reply.clear();
         replyCode = 0;
     }
 
@@ -98,6 +103,8 @@ int watchTalk(CURL * /*handle*/, curl_infotype type, char *text, size_t size, vo
     const QByteArrayView line(text, static_cast<qsizetype>(size));
     if (type == CURLINFO_HEADER_OUT)
         transfer.noteCommand(line);
+    else if (type == CURLINFO_DATA_OUT)
+        transfer.forgetReply(); // it was to the command
     else if (type == CURLINFO_HEADER_IN)
         transfer.noteReply(line);
     return 0;
@@ -148,18 +155,18 @@ public:
         set(CURLOPT_SEEKDATA, &transfer);
         set(CURLOPT_DEBUGDATA, &transfer);
         set(CURLOPT_INFILESIZE_LARGE, static_cast<curl_off_t>(message.size()));
-        const std::optional<CURLcode> code = perform();
+        const CURLcode code = perform();
         SmtpAttempt attempt;
         ::curl_easy_getinfo(m_easy, CURLINFO_SSL_VERIFYRESULT, &attempt.verifyResult);
         set(CURLOPT_ERRORBUFFER, nullptr);
-        if (!code)
+        if (code == CURLE_ABORTED_BY_CALLBACK)
             return {Delivery::Outcome::Cancelled, QStringLiteral("Sending was cancelled")};
-        attempt.code = *code;
+        attempt.code = code;
         attempt.stage = transfer.stage;
         attempt.reply = QString::fromUtf8(transfer.reply);
         attempt.replyCode = transfer.replyCode;
         attempt.detail =
-            QString::fromUtf8(detail[0] != '\0' ? detail.data() : ::curl_easy_strerror(*code));
+            QString::fromUtf8(detail[0] != '\0' ? detail.data() : ::curl_easy_strerror(code));
         return deliveryOf(attempt, m_server, to);
     }
 
@@ -192,6 +199,9 @@ private:
         set(CURLOPT_TIMEOUT, mostSeconds);
         set(CURLOPT_READFUNCTION, readMessage);
         set(CURLOPT_SEEKFUNCTION, seekMessage);
+        set(CURLOPT_NOPROGRESS, 0L);
+        set(CURLOPT_XFERINFOFUNCTION, watchProgress);
+        set(CURLOPT_XFERINFODATA, this);
         set(CURLOPT_DEBUGFUNCTION, watchTalk);
         set(CURLOPT_VERBOSE, 1L);
     }
@@ -210,28 +220,31 @@ private:
         }
     }
 
-    /// How the transfer ended; null when it was cancelled.
-    std::optional<CURLcode> perform()
+    /// How the transfer ended. It is never taken away from libcurl before that: it would end the
+    /// message properly, and wait for the server's word on what may be half of it.
+    CURLcode perform()
     {
         ::curl_multi_add_handle(m_multi, m_easy);
         std::optional<CURLcode> result;
-        for (bool goesOn = true; goesOn;) {
+        while (!result) {
             int running = 0;
             CURLMcode step = ::curl_multi_perform(m_multi, &running);
             result = finished();
-            if (result || m_isCancelled())
-                break;
-            if (step == CURLM_OK)
+            if (!result && step == CURLM_OK)
                 step = ::curl_multi_poll(m_multi, nullptr, 0, pollMilliseconds, nullptr);
-            if (step != CURLM_OK) {
+            if (!result && step != CURLM_OK)
                 result = CURLE_OUT_OF_MEMORY; // its only cause here
-                goesOn = false;
-            }
         }
-        if (!result)
+        if (result == CURLE_ABORTED_BY_CALLBACK)
             set(CURLOPT_QUICK_EXIT, 1L); // a look-up of the name may still hang
         ::curl_multi_remove_handle(m_multi, m_easy);
-        return result;
+        return *result;
+    }
+
+    /// Ends a transfer that is cancelled.
+    static int watchProgress(void *self, curl_off_t, curl_off_t, curl_off_t, curl_off_t)
+    {
+        return static_cast<Connection *>(self)->m_isCancelled() ? 1 : 0;
     }
 
     std::optional<CURLcode> finished()

@@ -31,7 +31,7 @@ struct Delivery
 class SmtpSender
 {
 public:
-    /// `isCancelled` is asked ten times a second while the sender waits. Nothing connects yet.
+    /// `isCancelled` is asked at least ten times a second. Nothing connects yet.
     SmtpSender(MailServer server, const std::optional<QString> &secret,
                std::function<bool()> isCancelled);
     ~SmtpSender();

@@ -69,7 +69,7 @@ class Handler:
 
 class Server(SMTP):
     async def auth_XOAUTH2(self, server, args):
-        blob = base64.b64decode(args[1] if len(args) > 1 else await server.challenge_auth(""))
+        blob = base64.b64decode(args[1]) if len(args) > 1 else await server.challenge_auth("")
         wanted = f"user={options.user}\x01auth=Bearer {options.password}\x01\x01".encode()
         return AuthResult(success=blob == wanted, handled=False)
 
