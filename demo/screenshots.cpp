@@ -9,6 +9,8 @@
 #include "ui/common/IndicatorStyle.h"
 #include "ui/editors/frmCustomRange.h"
 #include "ui/editors/frmGraphDefEditor.h"
+#include "ui/editors/frmMail.h"
+#include "ui/editors/frmMailSubscription.h"
 #include "ui/editors/frmReportDefEditor.h"
 #include "ui/editors/frmScheduleDefEditor.h"
 #include "ui/help/frmHelp.h"
@@ -27,6 +29,7 @@
 #include <QDir>
 #include <QEventLoop>
 #include <QStyleFactory>
+#include <QTabWidget>
 #include <QTimer>
 #include <QWindow>
 
@@ -125,6 +128,36 @@ void takeEditors(Album &album)
     album.take(schedule, QStringLiteral("schedule-editor"));
 }
 
+void takeMail(Album &album)
+{
+    const QString reportId = definitions().gReportDefs.at(0)->ReportID;
+    const MailSite site = mailSite();
+    MailSettings settings = MailSettings::load(site.settings);
+    settings.server.host = QStringLiteral("smtp.example.org");
+    settings.server.user = QStringLiteral("reports@example.org");
+    settings.server.from = QStringLiteral("Network reports <reports@example.org>");
+    MailSubscription always;
+    always.id = NewID();
+    always.reportId = reportId;
+    always.recipients = QStringLiteral("ann@example.org, Bob Smith <bob@example.org>");
+    always.csv = true;
+    MailSubscription missed = always;
+    missed.id = NewID();
+    missed.recipients = QStringLiteral("manager@example.org");
+    missed.when = MailWhen::TargetMissed;
+    settings.subscriptions = {always, missed};
+    settings.failureRecipients = QStringLiteral("noc@example.org");
+    settings.save(site.settings);
+
+    frmMail mail(site);
+    album.take(mail, QStringLiteral("mail-server"));
+    mail.findChild<QTabWidget *>()->setCurrentIndex(1);
+    album.take(mail, QStringLiteral("mail-subscriptions"));
+    frmMailSubscription subscription;
+    subscription.load(missed);
+    album.take(subscription, QStringLiteral("mail-subscription"));
+}
+
 void takeDialogs(Album &album, platform::TaskScheduler &scheduler)
 {
     frmAutomate automate(scheduler, {});
@@ -185,6 +218,7 @@ int main(int argc, char *argv[])
     const std::unique_ptr<platform::TaskScheduler> scheduler = platform::systemTaskScheduler();
     takeMainWindow(album, *scheduler);
     takeEditors(album);
+    takeMail(album);
     takeDialogs(album, *scheduler);
     return album.faults() == 0 ? 0 : 1;
 }

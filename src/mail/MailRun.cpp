@@ -410,7 +410,8 @@ MailResult mailReport(const MailSite &site, const QString &reportId, const QStri
 }
 
 Delivery sendTestMail(const MailServer &server, const std::optional<QString> &secret,
-                      const QString &recipient, std::function<bool()> isCancelled)
+                      const QString &recipient, std::function<bool()> isCancelled,
+                      std::function<void()> onTalk)
 {
     if (const QStringList faults = faultsOf(server); !faults.isEmpty())
         return {Delivery::Outcome::Unusable, faults.join(QLatin1String("; "))};
@@ -421,7 +422,7 @@ Delivery sendTestMail(const MailServer &server, const std::optional<QString> &se
         const MailAddress from = mailAddress(server.from);
         const MailAddress to = mailAddress(recipient);
         const MailEnvelope envelope{from, {to}, newMessageId(from), currentInstant()};
-        SmtpSender sender(server, secret, std::move(isCancelled));
+        SmtpSender sender(server, secret, std::move(isCancelled), std::move(onTalk));
         return sender.send(mailMessage(testMail(server), envelope, QString()), from.address,
                            to.address);
     } catch (const Error &error) {

@@ -36,6 +36,8 @@ MailResult mailAfterRun(const MailSite &site, const Observer &watcher);
 MailResult mailReport(const MailSite &site, const QString &reportId, const QString &title,
                       const Observer &watcher);
 
-/// Sends a test message past the outbox. The settings need not be saved.
+/// Sends a test message past the outbox. The settings need not be saved. The last two are as for
+/// SmtpSender.
 Delivery sendTestMail(const MailServer &server, const std::optional<QString> &secret,
-                      const QString &recipient, std::function<bool()> isCancelled);
+                      const QString &recipient, std::function<bool()> isCancelled,
+                      std::function<void()> onTalk = {});

@@ -49,6 +49,7 @@ struct Transfer
     QByteArray reply;    ///< of the server, to the last command
     int replyCode = 0;   ///< of its last line
     bool isOver = false; ///< only the farewell follows
+    const std::function<void()> *onTalk = nullptr;
 
     void noteCommand(QByteArrayView line)
     {
@@ -101,6 +102,8 @@ int watchTalk(CURL * /*handle*/, curl_infotype type, char *text, size_t size, vo
 {
     auto &transfer = *static_cast<Transfer *>(data);
     const QByteArrayView line(text, static_cast<qsizetype>(size));
+    if (*transfer.onTalk)
+        (*transfer.onTalk)();
     if (type == CURLINFO_HEADER_OUT)
         transfer.noteCommand(line);
     else if (type == CURLINFO_DATA_OUT)
@@ -124,9 +127,10 @@ class SmtpSender::Connection
 {
 public:
     Connection(MailServer server, const std::optional<QString> &secret,
-               std::function<bool()> isCancelled)
+               std::function<bool()> isCancelled, std::function<void()> onTalk)
         : m_server(std::move(server))
         , m_isCancelled(std::move(isCancelled))
+        , m_onTalk(std::move(onTalk))
     {
         startLibrary();
         m_easy = ::curl_easy_init();
@@ -145,6 +149,7 @@ public:
     {
         Transfer transfer;
         transfer.message = message;
+        transfer.onTalk = &m_onTalk;
         const std::unique_ptr<curl_slist, ListDeleter> recipients(
             ::curl_slist_append(nullptr, ('<' + to.toLatin1() + '>').constData()));
         std::array<char, CURL_ERROR_SIZE> detail{};
@@ -267,13 +272,15 @@ private:
 
     MailServer m_server;
     std::function<bool()> m_isCancelled;
+    std::function<void()> m_onTalk;
     CURL *m_easy = nullptr;
     CURLM *m_multi = nullptr;
 };
 
 SmtpSender::SmtpSender(MailServer server, const std::optional<QString> &secret,
-                       std::function<bool()> isCancelled)
-    : m_connection(std::make_unique<Connection>(std::move(server), secret, std::move(isCancelled)))
+                       std::function<bool()> isCancelled, std::function<void()> onTalk)
+    : m_connection(std::make_unique<Connection>(std::move(server), secret, std::move(isCancelled),
+                                                std::move(onTalk)))
 {}
 
 SmtpSender::~SmtpSender() = default;

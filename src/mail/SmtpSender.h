@@ -31,9 +31,10 @@ struct Delivery
 class SmtpSender
 {
 public:
-    /// `isCancelled` is asked at least ten times a second. Nothing connects yet.
+    /// `isCancelled` is asked at least ten times a second; `onTalk`, if given, is called whenever
+    /// something passes, which is when the time-out starts anew. Nothing connects yet.
     SmtpSender(MailServer server, const std::optional<QString> &secret,
-               std::function<bool()> isCancelled);
+               std::function<bool()> isCancelled, std::function<void()> onTalk = {});
     ~SmtpSender();
     SmtpSender(const SmtpSender &) = delete;
     SmtpSender &operator=(const SmtpSender &) = delete;

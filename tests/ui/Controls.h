@@ -34,6 +34,8 @@ inline void turnWheelOver(QWidget *widget)
 template <typename Dialog>
 struct Controls : Dialog
 {
+    using Dialog::Dialog;
+
     template <typename T>
     T *find(const char *name) const
     {

@@ -3,6 +3,7 @@
 #include "definitions/Definitions.h"
 #include "demo/DemoReports.h"
 #include "demo/MonitoringData.h"
+#include "mail/MailSettings.h"
 #include "report/OutputTree.h"
 #include "support/Answers.h"
 #include "support/MemoryScheduler.h"
@@ -469,6 +470,29 @@ private Q_SLOTS:
         QVERIFY(site.window->findChild<QTimer *>("Timer1")->isActive());
         site.window->tick();
         QCOMPARE(site.panel(), QString("Scheduled report run in 60 minutes."));
+    }
+
+    void sendsMailsAfterAScheduledRunAlone()
+    {
+        for (const bool isScheduled : {false, true}) {
+            Site site;
+            FrozenClock clock(currentInstant());
+            saveFile(mailSettingsPath(), QByteArrayView(R"(<MAILSETTINGS>
+<SERVER Host="127.0.0.1" Port="1" Security="NONE" Auth="NONE" From="r@example.org"/>
+<SUBSCRIPTION SubscriptionID="{S}" ReportID="{Alpha}" To="ann@example.org"/></MAILSETTINGS>)"));
+            site.select({"Alpha"});
+            if (isScheduled) {
+                site.automate();
+                clock.advance(61 * minute);
+                site.window->tick();
+                site.waitForEnd();
+                QVERIFY(site.window->isEnabled());
+                QTRY_VERIFY(site.status().contains("waits: Nothing answers at 127.0.0.1"));
+            } else {
+                site.runSelected();
+                QVERIFY(!site.status().contains("ann@example.org"));
+            }
+        }
     }
 
     void asksBeforeItClosesDuringARun()

@@ -7,12 +7,14 @@
 #include "config/Program.h"
 #include "config/clsGrapherConfig.h"
 #include "definitions/Definitions.h"
+#include "mail/MailRun.h"
 #include "report/OutputTree.h"
 #include "scheduling/Registration.h"
 #include "scheduling/Standings.h"
 #include "ui/common/Messages.h"
 #include "ui/common/UiState.h"
 #include "ui/editors/frmCustomRange.h"
+#include "ui/editors/frmMail.h"
 #include "ui/help/HelpViewer.h"
 #include "ui/main/ReportList.h"
 #include "ui/main/ReportView.h"
@@ -233,8 +235,10 @@ void frmGrapherMain::endRun(const RunResult &result)
         txtStatusInfo->addLine(resultLine(result));
     m_list->refresh();
     updateCommands();
-    if (m_runMode == RunMode::Scheduled)
+    if (m_runMode == RunMode::Scheduled) {
         endScheduledRun();
+        sendMails();
+    }
     if (m_closesAfterRun)
         QTimer::singleShot(0, this, &QWidget::close);
 }
@@ -340,6 +344,44 @@ bool frmGrapherMain::askToTakeOverJob()
                         .arg(otherHome, programFolder()));
 }
 
+void frmGrapherMain::editMail()
+{
+    try {
+        frmMail dialog(mailSite(), this);
+        const QStringList errors = dialog.readErrors();
+        if (!errors.isEmpty())
+            showWarning(this, QStringLiteral("Mail"),
+                        QStringLiteral("These settings could not be read and are missing here:"
+                                       "\n\n%1\n\nThey stay in the file until you save.")
+                            .arg(errors.join(u'\n')));
+        dialog.exec();
+    } catch (const Error &error) {
+        showCritical(this, QStringLiteral("Mail"),
+                     QStringLiteral("The mail settings cannot be read. They stay as they are; "
+                                    "correct the file by hand, then try again.") +
+                         QLatin1String("\n\n") + errorTail(error));
+    }
+}
+
+/// What the run that just ended calls for, and what waits from earlier ones. Closing the window
+/// breaks it off; what was not sent waits for the next run.
+void frmGrapherMain::sendMails()
+{
+    if (m_closesAfterRun || m_mails.isBusy())
+        return;
+    m_mails.start(
+        [this, site = mailSite()](const Background::Link &link) {
+            Observer watcher;
+            watcher.status = [this, &link](const QString &line) {
+                link.deliver([this, line] { txtStatusInfo->addLine(line); });
+            };
+            mailAfterRun(site, watcher);
+        },
+        [this](const QString &error) {
+            txtStatusInfo->addLine(QLatin1String("Error sending mail ") + error);
+        });
+}
+
 void frmGrapherMain::showCompactNotice()
 {
     showInformation(this, QStringLiteral("Feature Removed"),
@@ -363,6 +405,8 @@ void frmGrapherMain::closeEvent(QCloseEvent *event)
         return;
     }
     Timer1->stop();
+    if (m_mails.isBusy())
+        program().CancelRequested = true;
     saveWindowState(this);
     QMainWindow::closeEvent(event);
 }

@@ -83,6 +83,7 @@ private:
     void showHistory();
     void setOutputLocation();
     void switchAutomation();
+    void editMail();
     void showCompactNotice();
 
     void updateCommands();
@@ -97,6 +98,7 @@ private:
     void setRunning(bool running);
     void runWhatIsDue();
     void endScheduledRun();
+    void sendMails();
     void requestCancel();
     void showProgress(const Progress &progress);
     void openInBrowser(const QString &url);
@@ -140,6 +142,7 @@ private:
     QAction *mnuHistory;
     QAction *mnuSetOutput;
     QAction *mnuToolsAutomate;
+    QAction *mnuToolsMail;
     QAction *mnuToolsCompact;
     QAction *mnuHelp;
 
@@ -147,6 +150,7 @@ private:
     RunMode m_runMode = RunMode::Window;
     Background m_asking;        ///< for the database
     RunThread *m_run = nullptr; ///< while the run takes place
+    Background m_mails;         ///< what a scheduled run called for
     bool m_closesAfterRun = false;
     QPointer<QWidget> m_focusBefore; ///< a scheduled run
     QString m_automateTrouble;       ///< said already

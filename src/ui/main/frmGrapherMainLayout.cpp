@@ -175,6 +175,7 @@ void frmGrapherMain::makeActions()
     mnuToolsAutomate = newAction("mnuToolsAutomate", QStringLiteral("&Automated Reporting"),
                                  &frmGrapherMain::switchAutomation);
     mnuToolsAutomate->setCheckable(true);
+    mnuToolsMail = newAction("mnuToolsMail", QStringLiteral("&Mail..."), &frmGrapherMain::editMail);
     mnuToolsCompact = newAction("mnuToolsCompact", QStringLiteral("&Compact Database"),
                                 &frmGrapherMain::showCompactNotice);
     mnuHelp = new QAction(QStringLiteral("&Help"), this);
@@ -224,6 +225,7 @@ void frmGrapherMain::makeMenus()
     mnuTools->addAction(mnuSetOutput);
     mnuTools->addSeparator();
     mnuTools->addAction(mnuToolsAutomate);
+    mnuTools->addAction(mnuToolsMail);
     mnuTools->addSeparator();
     mnuTools->addAction(mnuToolsCompact);
 
