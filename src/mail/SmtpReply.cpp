@@ -34,7 +34,7 @@ QString certificateFault(const SmtpAttempt &attempt, const MailServer &server)
     const auto says = [&attempt](const char *text) {
         return attempt.detail.contains(QLatin1String(text), Qt::CaseInsensitive);
     };
-    if (attempt.verifyResult == expired || says("expired"))
+    if (attempt.verifyResult == expired || says("expired") || says("NOT_TIME_VALID"))
         return QStringLiteral("The certificate of %1 has expired: the server needs a new one, or "
                               "this machine's clock is wrong")
             .arg(server.host);
@@ -42,13 +42,15 @@ QString certificateFault(const SmtpAttempt &attempt, const MailServer &server)
         return QStringLiteral("The certificate of %1 is not valid yet: this machine's clock is "
                               "probably wrong")
             .arg(server.host);
-    if (says("does not match") || says("no alternative certificate") || says("WRONG_PRINCIPAL"))
+    if (says("does not match") || says("no alternative certificate") || says("WRONG_PRINCIPAL") ||
+        says("failed to match"))
         return QStringLiteral(
                    "The certificate of the server is not one for '%1': enter the name that "
                    "the certificate has as the server")
             .arg(server.host);
     if ((attempt.verifyResult >= selfSigned && attempt.verifyResult <= noIssuer + 1) ||
-        says("UNTRUSTED_ROOT") || says("unable to get local issuer") || says("self"))
+        says("UNTRUSTED_ROOT") || says("PARTIAL_CHAIN") || says("unable to get local issuer") ||
+        says("self"))
         return QStringLiteral(
                    "The certificate of %1 comes from an issuer that is not trusted here: add "
                    "the issuer's certificate to the system, or name its file (CaFile)")
