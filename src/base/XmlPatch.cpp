@@ -2,6 +2,7 @@
 
 #include "base/Xml.h"
 
+#include <QList>
 #include <QStringEncoder>
 
 #include <algorithm>

@@ -1,10 +1,12 @@
 #include "base/ProgramState.h"
 #include "mail/MailRun.h"
+#include "mail/SmtpReply.h"
 #include "mail/TestServer.h"
 #include "support/Rows.h"
 
 #include <atomic>
 #include <chrono>
+#include <curl/curl.h>
 #include <thread>
 
 using namespace std::chrono_literals;
@@ -58,6 +60,33 @@ private Q_SLOTS:
         QTEST(int(delivery.outcome), "outcome");
         QFETCH(QString, says);
         QVERIFY2(delivery.text.simplified().contains(says.simplified()), qPrintable(delivery.text));
+    }
+
+    void understandsWindows_data()
+    {
+        const Rows<QString, QString> row("detail", "says");
+        const QString trust = "schannel: CertGetCertificateChain trust error CERT_TRUST_IS_";
+        row.each({
+            {trust + "NOT_TIME_VALID", "The certificate of h has expired"},
+            {trust + "UNTRUSTED_ROOT", "comes from an issuer that is not trusted"},
+            {trust + "PARTIAL_CHAIN", "comes from an issuer that is not trusted"},
+            {"schannel: SNI or certificate check failed: SEC_E_WRONG_PRINCIPAL (0x80090322)",
+             "is not one for 'h'"},
+            {"schannel: CertGetNameString() failed to match connection hostname (h) against "
+             "server certificate names",
+             "is not one for 'h'"},
+        });
+    }
+    void understandsWindows()
+    {
+        QFETCH(QString, detail);
+        SmtpAttempt attempt;
+        attempt.code = CURLE_PEER_FAILED_VERIFICATION;
+        attempt.detail = detail;
+        MailServer server;
+        server.host = "h";
+        QFETCH(QString, says);
+        QVERIFY(deliveryOf(attempt, server, "a@x").text.contains(says));
     }
 
     void provesTheServerAndTheUser_data()
