@@ -4,7 +4,8 @@ build_packages=(g++ cmake ninja-build qt6-base-dev libgl1-mesa-dev libpugixml-de
     libdeflate-dev unixodbc-dev libcurl4-openssl-dev)
 run_packages=(tzdata fonts-inter fonts-dejavu-core)
 test_packages=(clang-format mdbtools chromium mariadb-server-core mariadb-client-core odbc-mariadb tdsodbc
-    systemd cron dpkg-dev lintian bsdutils python3-jsonschema python3-aiosmtpd openssl)
+    systemd cron dpkg-dev lintian bsdutils python3-jsonschema python3-aiosmtpd openssl qpdf
+    poppler-utils)
 clang_packages=(clang clang-tidy)
 screenshot_packages=(xvfb xauth)
 bench_packages=(rrdtool mdbtools mariadb-server-core mariadb-client-core odbc-mariadb)

@@ -67,6 +67,19 @@ QStringList reportIdsOf(const QStringList &names)
     return ids;
 }
 
+/// Makes one report into a PDF file, and nothing else.
+int makePdf(const Options &options)
+{
+    const QStringList ids = reportIdsOf({options.pdfReport});
+    if (ids.size() > 1)
+        throw Error(DuplicateKey, QStringLiteral("%1 reports are called '%2': name one by its id")
+                                      .arg(ids.size())
+                                      .arg(options.pdfReport));
+    const RunDisplay display(stdout, stderr);
+    platform::onCancelRequest([] { program().CancelRequested = true; });
+    return runReports({ids, RunChoice::All, RunMode::OnRequest, options.pdfFile}).exitStatus();
+}
+
 int runUnattended(const QStringList &ids, RunChoice choice)
 {
     const RunMode mode = program().gAutoMode ? RunMode::Scheduled : RunMode::OnRequest;
@@ -170,8 +183,7 @@ int startUp(const Options &options)
         program().gDataPath = NormalizeFolder(folder);
     if (options.command == Command::History)
         return printText(historyText(runHistory().runs()));
-    const bool runs =
-        program().gAutoMode || (options.command == Command::None && !options.run.isEmpty());
+    const bool runs = program().gAutoMode || options.makesReports();
     if (runs && anotherInstanceRuns()) {
         print(stderr,
               QStringLiteral("Another instance of Vantrel Graphing Tool is currently running."));
@@ -196,6 +208,8 @@ int startUp(const Options &options)
     checkDefinitionFiles();
     program().gStartupDone = true;
 
+    if (!options.pdfFile.isEmpty())
+        return makePdf(options);
     if (!options.run.isEmpty())
         return runUnattended(reportIdsOf(options.run), RunChoice::All);
     const QStringList ids = allReportIds();
@@ -298,7 +312,7 @@ int runApplication(const Options &options)
         refuse(text);
         showStartError(text);
     }
-    if (options.makesReports() && status != ExitStatus::OtherInstance)
+    if (options.makesReports() && options.pdfFile.isEmpty() && status != ExitStatus::OtherInstance)
         status = saveMetricsOf(options, status);
     shutDown(status);
     return status;

@@ -26,8 +26,8 @@ constexpr std::array<std::pair<QLatin1String, Command>, 10> commands = {{
 }};
 
 const QStringList valueOptions = {QStringLiteral("--home"), QStringLiteral("--dbpath"),
-                                  QStringLiteral("--run"), QStringLiteral("--metrics"),
-                                  QStringLiteral("--mail")};
+                                  QStringLiteral("--run"),  QStringLiteral("--metrics"),
+                                  QStringLiteral("--mail"), QStringLiteral("--pdf")};
 
 std::optional<Command> commandOf(const QString &name)
 {
@@ -71,6 +71,8 @@ bool take(Options &options, QStringList &rest, const QString &name, const QStrin
         options.metrics = absoluteFolder(value);
     } else if (name == u"--run") {
         options.run.append(value);
+    } else if (name == u"--pdf") {
+        options.pdfReport = value;
     } else {
         return false;
     }
@@ -87,7 +89,8 @@ bool Options::unattended() const
 bool Options::makesReports() const
 {
     return command == Command::None &&
-           (!run.isEmpty() || systemText.contains(QLatin1String("/AUTO"), Qt::CaseInsensitive));
+           (!run.isEmpty() || !pdfFile.isEmpty() ||
+            systemText.contains(QLatin1String("/AUTO"), Qt::CaseInsensitive));
 }
 
 QString Options::dataFolder() const
@@ -133,10 +136,18 @@ Options parseOptions(const QStringList &arguments)
                                        : QStringLiteral("%1 takes no value").arg(name);
         else if (!take(options, rest, name, value))
             options.error = QStringLiteral("unknown option %1").arg(name);
+        else if (name == u"--pdf" && (++i == arguments.size() || arguments[i].isEmpty()))
+            options.error = QStringLiteral("--pdf needs a report and a file");
+        else if (name == u"--pdf")
+            options.pdfFile = absoluteFolder(arguments[i]);
         if (!options.error.isEmpty())
             return options;
     }
     options.systemText = rest.join(u' ');
+    if (!options.pdfFile.isEmpty() &&
+        (options.command != Command::None || !options.run.isEmpty() || !options.metrics.isEmpty() ||
+         options.systemText.contains(QLatin1String("/AUTO"), Qt::CaseInsensitive)))
+        options.error = QStringLiteral("--pdf goes with --home and --dbpath alone");
     if (!options.metrics.isEmpty() && !options.makesReports())
         options.error = QStringLiteral("--metrics goes with /AUTO or --run");
     return options;
@@ -149,7 +160,7 @@ QString usageText()
 
 Draws the reports of the Vantrel network monitor: HTML pages, PNG charts and CSV files.
 Opens its window, unless one of these options says what to do without it:
-/AUTO, --auto, --run, --list, --history, --check, --mail, --mail-test, --outbox, --register,
+/AUTO, --auto, --run, --pdf, --list, --history, --check, --mail, --mail-test, --outbox, --register,
 --unregister, --registered.
 
   /AUTO              run every report that is due, then exit; needs no display
@@ -163,6 +174,7 @@ Opens its window, unless one of these options says what to do without it:
                      VANTREL_GRAPHER_HOME
   --metrics FILE     after the run write how it ended to FILE, as Prometheus text
   --run REPORT       run a report now, by its id or title, whatever its schedule says; repeatable
+  --pdf REPORT FILE  make a report into this PDF file; its pages and dates stay as they are
 
   --list             list the reports: last run, next run, whether due now, and why
   --history          list the last 400 runs and what became of each report

@@ -30,6 +30,8 @@ struct Options
     QString metrics;       ///< --metrics, made absolute: the file that says how the run ended
     QStringList mail;      ///< --mail: report ids or titles
     QString testRecipient; ///< --mail-test: empty if none is named
+    QString pdfReport;     ///< --pdf: a report's id or title; empty: none
+    QString pdfFile;       ///< the file that it becomes, made absolute
     QString systemText;    ///< everything that is not a long option; "/AUTO" for --auto
     QString error;         ///< not empty: what is wrong with the options
 

@@ -3,6 +3,7 @@
 #include "base/CodePages.h"
 #include "base/Error.h"
 #include "base/FileSystem.h"
+#include "base/FileWriter.h"
 #include "base/Paths.h"
 #include "base/ProgramState.h"
 
@@ -123,54 +124,89 @@ QString entryOf(const QString &folder, const QString &name)
 }
 #endif
 
-/// Writes a file whose path is the file system's own.
-void writeFile(const QString &path, QByteArrayView content, Readers readers = Readers::AsBefore)
+/// A file on its way to its place; its path is the file system's own. What is not committed is
+/// removed.
+class WrittenFile
 {
-    const QString what = QStringLiteral("Cannot write");
-    requirePossible(what, path);
-    const QFileInfo old(path);
-    if (old.exists() && !old.isSymLink() && !old.isFile() && !old.isDir())
-        throw fileError(DeviceIO, what, path, QStringLiteral("it is not a regular file"));
-    const QFileInfo folder(old.path());
-    removeLeftovers(old.path());
-    const QString temporary = temporaryName(path);
-    QFile file(temporary);
-    const QFile::Permissions permissions = permissionsFor(old, readers);
-    if (!platform::openToCreate(file, permissions)) {
-        if (!folder.isDir())
-            throw Error(PathNotFound, QStringLiteral("Path not found: '%1'").arg(path));
-        throw fileError(folder.isWritable() ? DeviceIO : PermissionDenied, what, path,
-                        file.errorString());
+public:
+    explicit WrittenFile(const QString &path, Readers readers = Readers::AsBefore)
+        : m_path(path)
+    {
+        requirePossible(what, path);
+        const QFileInfo old(path);
+        if (old.exists() && !old.isSymLink() && !old.isFile() && !old.isDir())
+            throw fileError(DeviceIO, what, path, QStringLiteral("it is not a regular file"));
+        const QFileInfo folder(old.path());
+        removeLeftovers(old.path());
+        m_file.setFileName(temporaryName(path));
+        const QFile::Permissions permissions = permissionsFor(old, readers);
+        if (!platform::openToCreate(m_file, permissions)) {
+            if (!folder.isDir())
+                throw Error(PathNotFound, QStringLiteral("Path not found: '%1'").arg(path));
+            throw fileError(folder.isWritable() ? DeviceIO : PermissionDenied, what, path,
+                            m_file.errorString());
+        }
+        m_isThere = true;
+        if (isRegular(old)) { // a private file stays private, if the file system supports that
+            m_file.setPermissions(permissions);
+            m_file.unsetError();
+        }
     }
-    if (isRegular(old)) { // a private file stays private, if the file system supports that
-        file.setPermissions(permissions);
-        file.unsetError();
+    ~WrittenFile()
+    {
+        m_file.close();
+        if (m_isThere)
+            QFile::remove(temporary());
     }
-    try {
-        const qint64 taken = file.write(content.data(), content.size());
-        if (taken < 0 || !file.flush())
-            throw fileError(file.error() == QFile::ResourceError ? DiskFull : DeviceIO, what, path,
-                            file.errorString());
-        if (!platform::syncToDisk(file.handle()))
-            throw Error(DeviceIO, QStringLiteral("Cannot sync '%1' to the disk").arg(path));
-        const qint64 written = qMin(taken, file.size());
-        file.close();
-        if (file.error() != QFile::NoError)
-            throw fileError(DeviceIO, what, path, file.errorString());
-        if (written != content.size())
+    WrittenFile(const WrittenFile &) = delete;
+    WrittenFile &operator=(const WrittenFile &) = delete;
+
+    QString temporary() const { return m_file.fileName(); }
+
+    void write(QByteArrayView content)
+    {
+        const qint64 taken = m_file.write(content.data(), content.size());
+        m_size += content.size();
+        if (taken < 0 || !m_file.flush())
+            throw fileError(m_file.error() == QFile::ResourceError ? DiskFull : DeviceIO, what,
+                            m_path, m_file.errorString());
+        m_taken += taken;
+    }
+
+    void commit()
+    {
+        if (!platform::syncToDisk(m_file.handle()))
+            throw Error(DeviceIO, QStringLiteral("Cannot sync '%1' to the disk").arg(m_path));
+        const qint64 written = qMin(m_taken, m_file.size());
+        m_file.close();
+        if (m_file.error() != QFile::NoError)
+            throw fileError(DeviceIO, what, m_path, m_file.errorString());
+        if (written != m_size)
             throw Error(DiskFull, QStringLiteral("Only %1 of %2 bytes of '%3' were written")
                                       .arg(written)
-                                      .arg(content.size())
-                                      .arg(path));
+                                      .arg(m_size)
+                                      .arg(m_path));
         QString reason;
-        if (!platform::replaceFile(temporary, path, reason))
+        if (!platform::replaceFile(temporary(), m_path, reason))
             throw Error(PermissionDenied,
-                        QStringLiteral("Cannot replace '%1': %2").arg(path, reason));
-    } catch (...) {
-        file.close();
-        QFile::remove(temporary);
-        throw;
+                        QStringLiteral("Cannot replace '%1': %2").arg(m_path, reason));
+        m_isThere = false;
     }
+
+private:
+    const QString what = QStringLiteral("Cannot write");
+    QString m_path;
+    QFile m_file;
+    qint64 m_size = 0;  ///< bytes to be written
+    qint64 m_taken = 0; ///< those that the system has taken
+    bool m_isThere = false;
+};
+
+void writeFile(const QString &path, QByteArrayView content, Readers readers = Readers::AsBefore)
+{
+    WrittenFile file(path, readers);
+    file.write(content);
+    file.commit();
 }
 
 } // namespace
@@ -304,4 +340,31 @@ void CopyFileQuiet(const QString &source, const QString &destination)
     } catch (const Error &) {
         // The caller finds out by reading the destination.
     }
+}
+
+class FileWriter::File : public WrittenFile
+{
+public:
+    using WrittenFile::WrittenFile;
+};
+
+FileWriter::FileWriter(const QString &configured)
+    : m_file(std::make_unique<File>(exactPath(configured)))
+{}
+
+FileWriter::~FileWriter() = default;
+
+void FileWriter::write(QByteArrayView bytes)
+{
+    m_file->write(bytes);
+}
+
+QString FileWriter::temporaryPath() const
+{
+    return m_file->temporary();
+}
+
+void FileWriter::commit()
+{
+    m_file->commit();
 }

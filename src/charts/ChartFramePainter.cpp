@@ -3,6 +3,8 @@
 #include "charts/TextCache.h"
 #include "definitions/clsGraphDef.h"
 
+#include <QPaintEngine>
+
 #include <algorithm>
 #include <cmath>
 
@@ -10,37 +12,13 @@ namespace {
 
 constexpr int maxTranslucentRows = 24; // logical pixels; up to 95 of the device
 
-/// Breaks a text between words into lines no wider than `width`; a wider word gets a line of its
-/// own, elided.
-QStringList wrapped(const QString &text, const TypeFace &face, double width)
-{
-    if (face.width(text) <= width)
-        return {text};
-    QStringList lines;
-    QString line;
-    const QStringList words = text.split(u' ', Qt::SkipEmptyParts);
-    for (const QString &word : words) {
-        const QString longer = line.isEmpty() ? word : QString(line + u' ' + word);
-        if (!line.isEmpty() && face.width(longer) > width) {
-            lines.append(line);
-            line = word;
-        } else {
-            line = longer;
-        }
-    }
-    lines.append(line);
-    for (QString &done : lines)
-        done = face.elided(done, width);
-    return lines;
-}
-
 /// Draws the footer from the bottom up; returns its top.
 double drawFoot(QPainter &painter, const ChartFrame &frame, const QRectF &inside,
                 const ChartStyle &style, const QStringList &footers)
 {
     QStringList lines;
     for (const QString &footer : footers)
-        lines += wrapped(footer, style.small, inside.width());
+        lines += wrappedText(footer, style.small, inside.width());
     const QString credit = style.small.elided(frame.credit.simplified(), inside.width());
     const double gap = style.px(16);
     const bool ownLine =
@@ -263,7 +241,43 @@ void drawHatching(QPainter &painter, const QRectF &area, const QList<QLineF> &li
     painter.restore();
 }
 
+bool isOnPaper(const QPainter &painter)
+{
+    return painter.paintEngine()->type() == QPaintEngine::Pdf;
+}
+
+/// A font whose texts can be found and copied: fonts have other glyphs for a "-" or ":" between
+/// digits, which stand for no character.
+QFont searchable(QFont font)
+{
+    font.setStyleStrategy(
+        static_cast<QFont::StyleStrategy>(font.styleStrategy() | QFont::PreferNoShaping));
+    return font;
+}
+
 } // namespace
+
+QStringList wrappedText(const QString &text, const TypeFace &face, double width)
+{
+    if (face.width(text) <= width)
+        return {text};
+    QStringList lines;
+    QString line;
+    const QStringList words = text.split(u' ', Qt::SkipEmptyParts);
+    for (const QString &word : words) {
+        const QString longer = line.isEmpty() ? word : QString(line + u' ' + word);
+        if (!line.isEmpty() && face.width(longer) > width) {
+            lines.append(line);
+            line = word;
+        } else {
+            line = longer;
+        }
+    }
+    lines.append(line);
+    for (QString &done : lines)
+        done = face.elided(done, width);
+    return lines;
+}
 
 void drawText(QPainter &painter, const TypeFace &face, QRgb color, double x, double top,
               const QString &text, Qt::Alignment alignment)
@@ -275,9 +289,14 @@ void drawText(QPainter &painter, const TypeFace &face, QRgb color, double x, dou
         left -= face.width(text);
     else if (alignment & Qt::AlignHCenter)
         left -= face.width(text) / 2;
+    painter.setPen(QColor::fromRgba(color));
+    if (isOnPaper(painter)) {
+        painter.setFont(searchable(face.font()));
+        painter.drawText(QPointF(left, top + face.ascent()), text);
+        return;
+    }
     // Baselines on whole pixels keep texts crisp.
     const QPointF baseline(std::round(left), std::round(top + face.ascent()));
-    painter.setPen(QColor::fromRgba(color));
     if (TextCache *cache = TextCache::current()) {
         cache->draw(painter, face.font(), baseline, text);
         return;

@@ -39,6 +39,10 @@ QRectF insideOf(const QSizeF &size, const ChartStyle &style);
 QRectF drawSurroundings(QPainter &painter, const ChartFrame &frame, const QSizeF &size,
                         const ChartStyle &style, const ChartSurroundings &surroundings);
 
+/// Breaks a text between words into lines no wider than `width`; a wider word gets a line of its
+/// own, elided.
+QStringList wrappedText(const QString &text, const TypeFace &face, double width);
+
 /// Draws a text with its top at `top`; `x` is its left end, middle or right end.
 void drawText(QPainter &painter, const TypeFace &face, QRgb color, double x, double top,
               const QString &text, Qt::Alignment alignment = Qt::AlignLeft);

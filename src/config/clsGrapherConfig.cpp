@@ -95,6 +95,8 @@ QString clsGrapherConfig::XMLConfig() const
     setAttr(root, "IMG_Height", IMG_Height);
     if (!MetricsFile.isEmpty())
         setAttr(root, "MetricsFile", MetricsFile);
+    if (PdfReports)
+        setAttr(root, "PdfReports", xmlBoolean(PdfReports));
     for (const QString &name : CopyFileList) {
         pugi::xml_node copy = root.append_child("COPYFILE");
         setAttr(copy, "Name", name);
@@ -116,6 +118,7 @@ void clsGrapherConfig::SetXMLConfig(const QString &text)
     IMG_Width = integerAttr(root, "IMG_Width", 640);
     IMG_Height = integerAttr(root, "IMG_Height", 390);
     MetricsFile = GetAttr(root, "MetricsFile", QString());
+    PdfReports = xmlBoolean(GetAttr(root, "PdfReports", QStringLiteral("0")));
     CopyFileList.clear();
     forEachElement(document, "COPYFILE", [this](const pugi::xml_node &copy) {
         CopyFileList.append(GetAttr(copy, "Name", QString()));

@@ -45,6 +45,8 @@ public:
     QString MetricsFile; ///< where each run says how it ended, as stored; empty: nowhere
     QString metricsPath() const;
 
+    bool PdfReports = false; ///< every report becomes a PDF file, too
+
     QStringList CopyFileList; ///< companion files, copied into the output folder
 
     /// The whole configuration as XML text.

@@ -27,7 +27,10 @@ DeviceJob::DeviceJob(const ReportContext &context, std::unique_ptr<DeviceQuestio
     , m_questions(std::move(questions))
     , m_folder(std::move(folder))
     , m_neighbours(std::move(neighbours))
+    , m_hasFiles(context.plan.pdf != PlannedReport::Pdf::Alone)
 {
+    if (!m_hasFiles)
+        return;
     for (const int number : m_questions->itemNumbers()) {
         const QString image = u'G' + session.nextImageNumber();
         m_files.push_back({image + QLatin1String(".PNG"), image + QLatin1String(".HTM"),
@@ -51,8 +54,8 @@ void DeviceJob::computeFacts(WorkerPool &pool)
 {
     m_facts = m_questions->takeFacts();
     m_questions.reset();
-    m_partsLeft = m_facts.items.size() + 1;
-    for (size_t i = m_facts.items.size(); i-- > 0;) { // parts come first in, first done
+    m_partsLeft = m_files.size() + 1;
+    for (size_t i = m_files.size(); i-- > 0;) { // parts come first in, first done
         pool.submitPart(imagePath(i), [self = shared_from_this(), i] {
             self->drawChart(i);
             ++self->m_itemsDone;
@@ -92,22 +95,54 @@ void DeviceJob::endPart()
 
 void DeviceJob::writeFiles()
 {
-    for (const OutputFile &file : deviceFiles(m_context, m_facts, m_files, m_neighbours))
-        saveExactFile(m_folder + file.name, file.bytes);
-    removeStaleCharts();
+    if (m_hasFiles) {
+        for (const OutputFile &file : deviceFiles(m_context, m_facts, m_files, m_neighbours))
+            saveExactFile(m_folder + file.name, file.bytes);
+        removeStaleCharts();
+    }
     DeviceResult result;
+    for (const ItemFacts &item : m_facts.items) {
+        result.samples += item.samples;
+        result.charts += item.error ? 0 : 1;
+        if (item.error && !m_hasFiles)
+            result.chartErrors.push_back({m_facts.counts.name + u' ' + item.name, *item.error});
+    }
     for (size_t i = 0; i < m_files.size(); ++i) {
-        result.samples += m_facts.items[i].samples;
-        result.charts += m_facts.items[i].error ? 0 : 1;
         if (m_files[i].problem)
             result.chartErrors.push_back({imagePath(i), *m_files[i].problem});
     }
+    if (m_context.plan.pdf != PlannedReport::Pdf::None)
+        result.paper = paperCharts();
     result.counts = std::move(m_facts.counts);
     result.hasCounted = !m_facts.counted.empty();
     result.tests = std::move(m_facts.tests);
     result.testsError = m_facts.testsError;
     result.figures = std::move(m_facts.figures);
     m_done.set_value(std::move(result));
+}
+
+/// The charts as values that take over those of the facts.
+std::vector<PaperChart> DeviceJob::paperCharts()
+{
+    constexpr int antialiased = 2;
+    std::vector<PaperChart> charts;
+    for (ItemFacts &item : m_facts.items) {
+        PaperChart &paper = charts.emplace_back();
+        paper.item = item.name;
+        if (item.error) {
+            paper.problem = item.error->description;
+            continue;
+        }
+        paper.chart = chartOf(m_context, m_facts, item);
+        std::visit(
+            [](auto &chart) {
+                chart.frame.quality = antialiased;
+                chart.frame.credit.clear(); // the page has it
+            },
+            *paper.chart);
+        item.series.buckets = {};
+    }
+    return charts;
 }
 
 void DeviceJob::removeStaleCharts() const

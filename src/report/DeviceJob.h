@@ -2,6 +2,7 @@
 
 #include "charts/WorkerPool.h"
 #include "report/DevicePage.h"
+#include "report/PaperChart.h"
 #include "report/RunSession.h"
 
 #include <atomic>
@@ -25,6 +26,7 @@ struct DeviceResult
         Error error;
     };
     std::vector<ChartError> chartErrors;
+    std::vector<PaperChart> paper; ///< only where the report becomes a PDF
 };
 
 /// One device of a report on its way from answered questions to files: its facts, charts and pages
@@ -33,7 +35,7 @@ class DeviceJob : public std::enable_shared_from_this<DeviceJob>
 {
 public:
     /// `context` has to outlive the job; `folder` is the device's, ending in a separator. The
-    /// session names the images.
+    /// session names the images. A report that becomes a PDF alone has no files.
     DeviceJob(const ReportContext &context, std::unique_ptr<DeviceQuestions> questions,
               QString folder, Neighbours neighbours, RunSession &session);
 
@@ -58,6 +60,7 @@ private:
     void drawChart(size_t item);
     void endPart();
     void writeFiles();
+    std::vector<PaperChart> paperCharts();
     void removeStaleCharts() const;
     QString imagePath(size_t item) const { return m_folder + m_files[item].image; }
 
@@ -66,7 +69,8 @@ private:
     QString m_folder;
     Neighbours m_neighbours;
     DeviceFacts m_facts;
-    std::vector<ItemFiles> m_files;
+    const bool m_hasFiles;
+    std::vector<ItemFiles> m_files; ///< of the items, in their order
     std::atomic<size_t> m_partsLeft = 0;
     std::atomic<int> m_itemsDone = 0;
     std::promise<DeviceResult> m_done;

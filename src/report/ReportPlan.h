@@ -46,6 +46,12 @@ struct PlannedReport
     std::optional<Error> axisError; ///< why nothing can be charted; the axis is empty then
     std::vector<Device> devices;    ///< in the report's order
 
+    /// Whether it becomes a PDF file: beside its pages in the report's folder, or alone at
+    /// `pdfPath`.
+    enum class Pdf { None, Beside, Alone };
+    Pdf pdf = Pdf::None;
+    QString pdfPath;
+
     ServiceTime service; ///< what counts for targets of the period up to the run
     std::optional<FurtherPeriod> preceding;
     std::optional<ServiceTime> precedingService; ///< where there is a preceding period

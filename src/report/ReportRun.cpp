@@ -11,8 +11,11 @@
 #include "definitions/TemplateFile.h"
 #include "report/DeviceJob.h"
 #include "report/OutputTree.h"
+#include "report/PdfReport.h"
 #include "report/ReportSummary.h"
 #include "report/RequiredTemplates.h"
+
+#include <QFile>
 
 #include <algorithm>
 #include <deque>
@@ -41,20 +44,26 @@ public:
         if (m_plan.error)
             throw *m_plan.error;
         clsChartOutputBuilder builder;
-        builder.LoadTOCTemplates(m_session.settings, m_session.log);
+        if (!isPdfAlone())
+            builder.LoadTOCTemplates(m_session.settings, m_session.log);
         if (!openDatabase())
             return;
-        requireTemplates(m_plan, *m_database->inventory(), builder, m_session.settings);
+        if (!isPdfAlone())
+            requireTemplates(m_plan, *m_database->inventory(), builder, m_session.settings);
         if (m_plan.devices.empty())
             throw Error(DatabaseError, QStringLiteral("The report has no device to ask for"));
         if (!showExtent()) {
             show(QLatin1String("No device data available for report ") + m_plan.title);
+            if (isPdfAlone() && !program().CancelRequested)
+                throw Error(ItemNotFound,
+                            QStringLiteral("The database knows none of the report's devices"));
             return;
         }
         if (!fontsAvailable())
             throw Error(FileNotFound, QString::fromUtf16(noFontsMessage));
         warmUpFonts();
         const ReportContext context(m_plan, builder, m_session.settings);
+        openPdf(context);
         ReportFacts facts;
         try {
             runDevices(context, facts);
@@ -72,10 +81,53 @@ public:
         if (m_plan.precedingService)
             facts.figures.precedingPeriod = m_plan.precedingService->period();
         summarize(facts.figures, m_plan.service, m_plan.precedingService);
-        GenerateReportSummary(context, facts, m_session, m_outcome);
+        if (!isPdfAlone())
+            GenerateReportSummary(context, facts, m_session, m_outcome);
+        finishPdf(context, facts.figures);
     }
 
 private:
+    bool isPdfAlone() const { return m_plan.pdf == PlannedReport::Pdf::Alone; }
+
+    void openPdf(const ReportContext &context)
+    {
+        if (m_plan.pdf == PlannedReport::Pdf::None)
+            return;
+        step = QStringLiteral("Writing PDF");
+        m_pdfPath = isPdfAlone() ? m_plan.pdfPath : context.folder + pdfName;
+        withPdf([&] { m_pdf = std::make_unique<PdfReport>(context, m_pdfPath); });
+    }
+
+    /// Goes on with the PDF. What goes wrong with it does not keep the pages from being made.
+    template <typename Work>
+    void withPdf(Work work)
+    {
+        if (m_pdfError)
+            return;
+        try {
+            work();
+        } catch (const std::exception &exception) {
+            m_pdfError = errorOf(exception);
+            m_pdf.reset();
+            if (isPdfAlone())
+                throw;
+        }
+    }
+
+    void finishPdf(const ReportContext &context, const ReportFigures &figures)
+    {
+        if (m_plan.pdf == PlannedReport::Pdf::None) {
+            QFile::remove(exactPath(context.folder + pdfName)); // that of an earlier run
+            return;
+        }
+        show(QLatin1String("Writing PDF: ") + m_pdfPath);
+        withPdf([&] { m_pdf->finish(figures); });
+        if (!m_pdfError)
+            return;
+        m_outcome.chartErrors.append(pdfName + u' ' + errorTail(*m_pdfError));
+        show(QStringLiteral("Error writing PDF '%1' ").arg(m_pdfPath) + errorTail(*m_pdfError));
+    }
+
     void show(const QString &line) const { m_session.log.status(line); }
 
     bool openDatabase()
@@ -183,9 +235,11 @@ private:
         }
         m_outcome.samples += result.samples;
         m_outcome.charts += result.charts;
-        ++m_outcome.devicePages;
+        m_outcome.devicePages += isPdfAlone() ? 0 : 1;
         m_session.progress.done = before + result.charts;
         m_session.showProgress();
+        if (m_pdf)
+            withPdf([&] { m_pdf->addDevice(result.figures, result.paper); });
         facts.add(std::move(result));
     }
 
@@ -196,6 +250,9 @@ private:
     MonitoringDatabase *m_database = nullptr; ///< once it is open
     std::shared_ptr<const Inventory> m_inventory;
     std::vector<size_t> m_known; ///< units of the devices that the database knows
+    QString m_pdfPath;
+    std::unique_ptr<PdfReport> m_pdf; ///< while it is written
+    std::optional<Error> m_pdfError;  ///< why it is not
 };
 
 } // namespace

@@ -75,6 +75,8 @@ private:
     /// Puts on record what happened so far.
     void record()
     {
+        if (m_plan.isPdfAlone)
+            return;
         try {
             m_plan.history.save(m_run);
         } catch (const Error &error) {
@@ -95,6 +97,29 @@ private:
     void produce()
     {
         RunSession session(m_plan.settings, m_plan.database, m_log);
+        if (m_plan.isPdfAlone)
+            openQuietly(session);
+        else
+            prepareOutput(session);
+        sortDevices(session);
+        produceReports(session);
+        const MonitoringDatabase *database = session.database.get();
+        const QStringList warnings = database ? database->warnings() : QStringList();
+        for (const QString &warning : warnings)
+            m_log.status(QLatin1String("Warning: ") + warning);
+    }
+
+    static void openQuietly(RunSession &session)
+    {
+        try {
+            session.openDatabase();
+        } catch (const ShownError &) {
+            // The report meets the same error, and names it.
+        }
+    }
+
+    void prepareOutput(RunSession &session)
+    {
         try {
             GenerateMasterTOC(contents(), session);
         } catch (const ShownError &error) {
@@ -103,12 +128,6 @@ private:
         for (const QString &error : CopyTemplateFiles(session))
             noteError(error);
         checkImageFormat(session);
-        sortDevices(session);
-        produceReports(session);
-        const MonitoringDatabase *database = session.database.get();
-        const QStringList warnings = database ? database->warnings() : QStringList();
-        for (const QString &warning : warnings)
-            m_log.status(QLatin1String("Warning: ") + warning);
     }
 
     std::vector<ContentsEntry> contents() const
@@ -165,7 +184,8 @@ private:
         const bool hadPages = fileExists(session.tree.reportPage(report.id));
         ReportOutcome outcome;
         try {
-            GenerateReportTOC(report, session);
+            if (!m_plan.isPdfAlone)
+                GenerateReportTOC(report, session);
             outcome = GenerateReport(report, samples, session);
         } catch (const ShownError &error) {
             outcome.errorText = error.description;
@@ -183,7 +203,7 @@ private:
             entry.result == ReportResult::Failed || entry.result == ReportResult::Cancelled;
         entry.mixedPages = endedEarly && hadPages && (outcome.devicePages > 0 || entry.mixedPages);
         reportTrouble(entry);
-        if (endedEarly)
+        if (endedEarly || m_plan.isPdfAlone)
             return;
         archive(report, session);
         stampLastRun(report.id);
@@ -250,6 +270,8 @@ private:
     void conclude()
     {
         m_run.end = currentInstant();
+        if (m_plan.isPdfAlone)
+            return;
         record();
         m_plan.history.prune();
         if (m_run.reports.empty())

@@ -120,13 +120,21 @@ ReportRecord newRecord(const Chosen &chosen, const std::vector<RunRecord> &past)
     return record;
 }
 
-void addReports(const std::vector<Chosen> &chosen, RunPlan &plan)
+void addReports(const std::vector<Chosen> &chosen, const QString &pdfPath, RunPlan &plan)
 {
+    using Pdf = PlannedReport::Pdf;
     const qint64 runInstant = currentInstant();
     const std::vector<RunRecord> past = plan.history.runs();
     for (const Chosen &entry : chosen) {
         const auto chart = definitions().gChartDefs.find(entry.report->ChartID);
         plan.reports.push_back(plannedReport(*entry.report, chart.get(), runInstant));
+        PlannedReport &planned = plan.reports.back();
+        if (plan.settings.PdfReports)
+            planned.pdf = Pdf::Beside;
+        if (plan.isPdfAlone) {
+            planned.pdf = Pdf::Alone;
+            planned.pdfPath = pdfPath;
+        }
         plan.record.reports.push_back(newRecord(entry, past));
     }
     plan.contents = listedReports();
@@ -145,6 +153,7 @@ RunPlan planRun(const RunOrder &order, RunHost *host)
     RunPlan plan{{}, {}, {}, gConfig(), databaseSource(), runHistory(), {}};
     plan.record.start = currentInstant();
     plan.record.mode = modeText(order.mode);
+    plan.isPdfAlone = !order.pdfPath.isEmpty();
     ShowStatus(QStringLiteral("Starting report build."));
     definitions().LoadReportDefs();
     definitions().LoadChartDefs();
@@ -162,7 +171,7 @@ RunPlan planRun(const RunOrder &order, RunHost *host)
         plan.errors.append(QLatin1String("Error saving chart definitions ") + errorTail(error));
     }
     try {
-        addReports(chosen, plan);
+        addReports(chosen, order.pdfPath, plan);
         plan.isProducing = true;
     } catch (const std::exception &exception) {
         plan.errors.append(QLatin1String("Error running reports ") + errorTail(errorOf(exception)));

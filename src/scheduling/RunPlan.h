@@ -44,6 +44,7 @@ struct RunOrder
     QStringList reportIds;
     RunChoice choice = RunChoice::All;
     RunMode mode = RunMode::OnRequest;
+    QString pdfPath = {}; ///< the first report becomes this PDF file, and nothing else is written
 };
 
 /// All that a run needs of definitions and settings, as they stood when it was planned: it reads
@@ -58,6 +59,7 @@ struct RunPlan
     RunHistory history;
     QStringList errors;       ///< what went wrong so far; makes the run a failed one
     bool isProducing = false; ///< false: nothing is to be written but the record
+    bool isPdfAlone = false;  ///< one report becomes a PDF; neither record nor dates are written
 
     Attendance attendance() const;
 };

@@ -27,6 +27,10 @@ private Q_SLOTS:
         QCOMPARE(parseOptions({"/AUTO", "--metrics", "m"}).metrics,
                  QDir::toNativeSeparators(QDir().absoluteFilePath("m")));
         QVERIFY(!parseOptions({"--list", "--metrics=m"}).error.isEmpty());
+        const Options pdf = parseOptions({"--pdf", "A b", "c"});
+        QVERIFY(pdf.makesReports() && pdf.pdfReport == "A b");
+        QCOMPARE(pdf.pdfFile, QDir::toNativeSeparators(QDir().absoluteFilePath("c")));
+        QVERIFY(!parseOptions({"--pdf", "A", "c", "--auto"}).error.isEmpty());
     }
 
     void namesTheFoldersOfTheHourlyJob()
@@ -68,6 +72,7 @@ private Q_SLOTS:
         QCOMPARE(error("--run"), "--run needs a value");
         QCOMPARE(error("--home="), "--home needs a value");
         QCOMPARE(error("--list=x"), "--list takes no value");
+        QCOMPARE(error("--pdf=A"), "--pdf needs a report and a file");
     }
 };
 

@@ -195,6 +195,7 @@ private Q_SLOTS:
         config.SetXMLConfig(
             "<VTRGRAPHER PTH_Output='%%app.path%%\\Reports' PTH_Config='%%APP.PATH%%\\x' "
             "TIN_TOC='Ä &amp; \"b\"' TOU_DEV_SUM_IMAGE='DEVSUM.PNG' MetricsFile='%%app.path%%/m' "
+            "PdfReports='1' "
             "IMG_Width='800.5' Unknown='1'>"
             "<COPYFILE Name='a.css'/><GROUP><COPYFILE/></GROUP><OTHER/></VTRGRAPHER>");
         const QString text = config.XMLConfig();
@@ -204,6 +205,7 @@ private Q_SLOTS:
         QCOMPARE(config.PTH_Output(), sandbox->path() + "\\Reports");
         QCOMPARE(config.metricsPath(), sandbox->path() + "/m");
         QCOMPARE(config.IMG_Width, 800);
+        QVERIFY(config.PdfReports);
         QCOMPARE(config.CopyFileList, QStringList({"a.css", ""}));
 
         config.SetXMLConfig("<VTRGRAPHER TIN_REPORT='r'/>");
@@ -211,6 +213,7 @@ private Q_SLOTS:
         QCOMPARE(config.PTH_Config(), "%%APP.PATH%%\\x"); // missing attributes keep theirs,
         QCOMPARE(config.IMG_Width, 640);                  // but for these
         QCOMPARE(config.CopyFileList, QStringList());
+        QVERIFY(!config.XMLConfig().contains("Pdf"));
     }
     void commandLine()
     {

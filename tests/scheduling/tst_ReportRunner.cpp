@@ -586,6 +586,40 @@ private Q_SLOTS:
         QCOMPARE(site.box.read("ChartDefs.XML"), charts.replace("03:59:59", "03:59:58"));
     }
 
+    /// Beside the pages; an unwritable one is a loss, but not that of the pages.
+    void makesAPdfBesideThePages()
+    {
+        Site site;
+        RangeHost host;
+        QByteArray reports = reportFile;
+        site.box.write("ChartSelection.XML",
+                       reports.replace("ReportID=\"{R-1}\"", "ReportID=\"{R-1}\" Pdf=\"1\""));
+        QVERIFY(!site.run(RunChoice::All, &host).failed());
+        QVERIFY(site.box.read("Out/R1/REPORT.PDF").startsWith("%PDF-1.4"));
+        QVERIFY(!site.isThere("R2/REPORT.PDF"));
+        gConfig().PdfReports = true;
+        QFile::remove(site.box.path("Out/R1/REPORT.PDF"));
+        QDir().mkdir(site.box.path("Out/R1/REPORT.PDF"));
+        const RunResult result = site.run(RunChoice::All, &host);
+        QCOMPARE(result.failedReports, 0);
+        QCOMPARE(result.chartsWithoutImage, 1);
+        QVERIFY(site.troubles.join('|').contains("REPORT.PDF"));
+        QVERIFY(site.isThere("R2/REPORT.PDF"));
+    }
+    void makesAPdfAlone()
+    {
+        Site site;
+        const QString path = site.box.path("a.pdf");
+        const RunOrder order{{"{R-1}"}, RunChoice::All, RunMode::OnRequest, path};
+        QCOMPARE(runReports(order).exitStatus(), 0);
+        QVERIFY(site.box.read("a.pdf").startsWith("%PDF-1.4"));
+        QVERIFY(!site.isThere("") && !site.lastRunMoved());
+        QVERIFY(runHistory().runs().empty());
+        QVERIFY(site.troubles.isEmpty());
+        const RunOrder nowhere{{"{R-1}"}, RunChoice::All, RunMode::OnRequest, path + "/b.pdf"};
+        QCOMPARE(runReports(nowhere).exitStatus(), 1);
+        QVERIFY(site.troubles.join('|').contains("b.pdf"));
+    }
     void beginsNoRunWithABrokenFile()
     {
         Site site;
