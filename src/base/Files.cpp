@@ -171,6 +171,7 @@ public:
             throw fileError(m_file.error() == QFile::ResourceError ? DiskFull : DeviceIO, what,
                             m_path, m_file.errorString());
         m_taken += taken;
+        requireSpace(m_taken);
     }
 
     void commit()
@@ -181,11 +182,7 @@ public:
         m_file.close();
         if (m_file.error() != QFile::NoError)
             throw fileError(DeviceIO, what, m_path, m_file.errorString());
-        if (written != m_size)
-            throw Error(DiskFull, QStringLiteral("Only %1 of %2 bytes of '%3' were written")
-                                      .arg(written)
-                                      .arg(m_size)
-                                      .arg(m_path));
+        requireSpace(written);
         QString reason;
         if (!platform::replaceFile(temporary(), m_path, reason))
             throw Error(PermissionDenied,
@@ -194,6 +191,16 @@ public:
     }
 
 private:
+    /// Throws Error unless all bytes were written.
+    void requireSpace(qint64 written) const
+    {
+        if (written != m_size)
+            throw Error(DiskFull, QStringLiteral("Only %1 of %2 bytes of '%3' were written")
+                                      .arg(written)
+                                      .arg(m_size)
+                                      .arg(m_path));
+    }
+
     const QString what = QStringLiteral("Cannot write");
     QString m_path;
     QFile m_file;
