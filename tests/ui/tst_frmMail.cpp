@@ -110,6 +110,15 @@ private Q_SLOTS:
         site.dialog->accept();
         QCOMPARE(readMailSecret(mailSite()), QString(" s3cret "));
 
+#ifndef Q_OS_WIN // there it would have to be another account's
+        QFile::setPermissions(site.box.path("Mail/MailSecret"), QFile::Permissions(0x6644));
+        site.open();
+        QVERIFY(site.dialog->text("lblResult").contains("cannot be used; type it anew"));
+        site.field("txtPassword")->setText("new");
+        site.dialog->accept();
+        QCOMPARE(readMailSecret(mailSite()), QString("new"));
+#endif
+
         site.open();
         site.dialog->click("cmdForget");
         QVERIFY(site.dialog->hasChanges() && site.dialog->error().contains("enter the password"));

@@ -31,7 +31,7 @@ frmMail::frmMail(MailSite site, QWidget *parent)
     layout->setContentsMargins(0, 0, 0, 0);
     layout->addWidget(sspMail);
 
-    m_server->load(m_settings.server, readMailSecret(m_site).has_value());
+    m_server->load(m_settings.server, hasSecret());
     m_subscriptions->load(m_settings);
     const auto follow = [this] {
         MailServer entered;
@@ -45,7 +45,21 @@ frmMail::frmMail(MailSite site, QWidget *parent)
     setSaveAction([this] { save(); });
     follow();
     markUnchanged();
-    resize(QSize(110 * fontMetrics().averageCharWidth(), 0).expandedTo(sizeHint()));
+    const QSize warningLines(0, 2 * fontMetrics().lineSpacing());
+    resize(QSize(110 * fontMetrics().averageCharWidth(), 0).expandedTo(sizeHint()) + warningLines);
+}
+
+/// A password that cannot be read, such as another account's, is said to be so and can be replaced.
+bool frmMail::hasSecret()
+{
+    try {
+        return readMailSecret(m_site).has_value();
+    } catch (const Error &error) {
+        m_test->showResult(QStringLiteral("The saved password cannot be used; type it anew. ") +
+                               errorTail(error),
+                           true);
+        return false;
+    }
 }
 
 void frmMail::store(MailSettings &settings) const

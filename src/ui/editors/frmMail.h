@@ -30,6 +30,7 @@ protected:
     QString inputError(QWidget *&field) const override;
 
 private:
+    bool hasSecret();
     void store(MailSettings &settings) const;
     void save();
     void sendTest();
