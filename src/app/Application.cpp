@@ -88,7 +88,11 @@ int runUnattended(const QStringList &ids, RunChoice choice)
     const int status = runReports({ids, choice, mode}).exitStatus();
     const MailResult mails =
         mode == RunMode::Scheduled ? mailAfterRun(mailSite(), observer()) : MailResult();
-    return status == ExitStatus::Done && mails.failed() ? int(ExitStatus::ReportFailed) : status;
+    if (status != ExitStatus::Done)
+        return status;
+    if (mails.failed())
+        return ExitStatus::ReportFailed;
+    return mails.cancelled ? ExitStatus::Cancelled : ExitStatus::Done;
 }
 
 int changeRegistration(const Options &options)

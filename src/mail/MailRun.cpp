@@ -335,7 +335,7 @@ void record(const RunHistory &history, const QStringList &lines, RunLog &log)
         return;
     run->mails.append(lines);
     try {
-        history.save(*run);
+        history.amend(*run);
     } catch (const Error &error) {
         const QString text = QLatin1String("Error saving run history ") + errorTail(error);
         log.status(text);

@@ -21,7 +21,7 @@ struct OutboxEntry
     qint64 since = 0;   ///< instants; of the message's making
     qint64 lastTry = 0; ///< 0: none yet
     int tries = 0;
-    QString error;         ///< why the last try failed
+    QString error = {};    ///< why the last try failed
     bool isTrying = false; ///< a try has begun, and its end is not on file
 };
 

@@ -187,7 +187,7 @@ private:
         set(CURLOPT_URL, urlOf(m_server).constData());
         set(CURLOPT_PROTOCOLS_STR, "smtp,smtps");
         set(CURLOPT_PROXY, "");
-        set(CURLOPT_NOSIGNAL, 1L);
+        set(CURLOPT_NOSIGNAL, 0L); // it keeps a cut connection from ending the process
         set(CURLOPT_UPLOAD, 1L);
         set(CURLOPT_USE_SSL,
             static_cast<long>(m_server.security == MailSecurity::None ? CURLUSESSL_NONE
@@ -245,8 +245,21 @@ private:
         }
         if (result == CURLE_ABORTED_BY_CALLBACK)
             set(CURLOPT_QUICK_EXIT, 1L); // a look-up of the name may still hang
+        if (result != CURLE_OK)
+            cutConnection();
         ::curl_multi_remove_handle(m_multi, m_easy);
         return *result;
+    }
+
+    /// Makes a connection useless after a failure: libcurl would take leave of the server, and wait
+    /// for an answer.
+    void cutConnection()
+    {
+        constexpr int bothWays = 2; // the systems have several names for it
+        curl_socket_t socket = CURL_SOCKET_BAD;
+        ::curl_easy_getinfo(m_easy, CURLINFO_ACTIVESOCKET, &socket);
+        if (socket != CURL_SOCKET_BAD)
+            ::shutdown(socket, bothWays);
     }
 
     /// Ends a transfer that is cancelled.

@@ -123,6 +123,23 @@ ReportRecord reportOf(const QJsonObject &object)
     return report;
 }
 
+QByteArray recordText(const RunRecord &run)
+{
+    QJsonArray reports;
+    for (const ReportRecord &report : run.reports)
+        reports.append(jsonOf(report));
+    QJsonObject object = {
+        {QStringLiteral("start"), timeText(run.start)},
+        {QStringLiteral("end"), timeText(run.end)},
+        {QStringLiteral("mode"), run.mode},
+        {QStringLiteral("error"), run.error},
+        {QStringLiteral("reports"), reports},
+    };
+    if (!run.mails.isEmpty())
+        object.insert(QStringLiteral("mails"), QJsonArray::fromStringList(run.mails));
+    return QJsonDocument(object).toJson();
+}
+
 /// Space for what the record of a run's end has in addition to that of its start.
 QByteArray spareRoom(const RunRecord &run)
 {
@@ -174,19 +191,7 @@ RunHistory runHistory()
 
 void RunHistory::save(const RunRecord &run) const
 {
-    QJsonArray reports;
-    for (const ReportRecord &report : run.reports)
-        reports.append(jsonOf(report));
-    QJsonObject object = {
-        {QStringLiteral("start"), timeText(run.start)},
-        {QStringLiteral("end"), timeText(run.end)},
-        {QStringLiteral("mode"), run.mode},
-        {QStringLiteral("error"), run.error},
-        {QStringLiteral("reports"), reports},
-    };
-    if (!run.mails.isEmpty())
-        object.insert(QStringLiteral("mails"), QJsonArray::fromStringList(run.mails));
-    const QByteArray text = QJsonDocument(object).toJson();
+    const QByteArray text = recordText(run);
     const QString path = m_folder + fileName(run);
     QString message; // if the folder cannot be created, the save fails
     EnsureFolder(m_folder, message);
@@ -194,6 +199,11 @@ void RunHistory::save(const RunRecord &run) const
         saveFile(path, text + spareRoom(run));
     else
         saveLastRecord(path, text);
+}
+
+void RunHistory::amend(const RunRecord &run) const
+{
+    saveFile(m_folder + fileName(run), recordText(run));
 }
 
 QString troubleOf(const ReportRecord &report)

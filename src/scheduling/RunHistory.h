@@ -72,6 +72,10 @@ public:
     /// that has not ended keeps room on the disk for the one of its end. Throws Error.
     void save(const RunRecord &run) const;
 
+    /// Writes the record of a run that has ended, with what came after it. Throws Error, and the
+    /// record stays as it was.
+    void amend(const RunRecord &run) const;
+
     /// All records, newest first. Files that are damaged or of another kind are ignored.
     std::vector<RunRecord> runs() const;
 
