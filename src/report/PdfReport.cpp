@@ -2,27 +2,21 @@
 
 #include "base/Durations.h"
 #include "base/Numbers.h"
-#include "base/OneLine.h"
 #include "charts/ChartFramePainter.h"
 #include "charts/ChartPainter.h"
-#include "charts/ValueAxis.h"
-#include "figures/Rankings.h"
+#include "report/PdfSections.h"
 #include "report/ReportTimeline.h"
 
 #include <QLocale>
 
 #include <algorithm>
 #include <cmath>
-#include <numeric>
 
 namespace {
 
 constexpr double gap = 8;          ///< between charts, tiles and columns
 constexpr double chartWidth = 640; ///< logical pixels of a chart as wide as the page
 constexpr double timelineWidth = 760;
-constexpr size_t maxRows = 200; ///< of a table
-
-using Cell = PdfTable::Cell;
 
 QPageSize paperSize()
 {
@@ -33,16 +27,6 @@ QPageSize paperSize()
 QString number(qint64 count)
 {
     return groupedNumber(static_cast<double>(count), 0);
-}
-
-QString shownName(const QString &name)
-{
-    return oneLine(name).simplified();
-}
-
-QString dateText(qint64 day)
-{
-    return QDate::fromJulianDay(day).toString(Qt::ISODate);
 }
 
 /// What is told of a device above its charts; empty without tests.
@@ -89,15 +73,6 @@ void drawChart(QPainter &painter, const PaperChart &chart, const QRectF &box, co
     painter.scale(scale, scale);
     paintChart(painter, *chart.chart, QSizeF(chartWidth, std::floor(box.height() / scale)));
     painter.restore();
-}
-
-/// Keeps what fits into a table, and says how much there is besides.
-void limitRows(PdfTable &table, size_t all, const char *where)
-{
-    if (all > table.rows.size())
-        table.note =
-            QStringLiteral("and %1 more, in %2")
-                .arg(number(static_cast<qint64>(all - table.rows.size())), QLatin1String(where));
 }
 
 } // namespace
@@ -150,13 +125,13 @@ void PdfReport::finish(const ReportFigures &figures)
     const int afterTitle = m_document.pageCount();
 
     // The contents come before the sections, but know their pages only after them.
-    const std::vector<Section> sections = sectionsOf(figures);
+    const std::vector<PdfSection> sections = pdfSections(figures, m_pageOfDevice);
     const size_t entryCount = sections.size() + m_devices.size();
     const size_t contentsPages = (entryCount + 2 * entriesOfColumn() - 1) / (2 * entriesOfColumn());
     const int contentsNumber = m_frontNumber;
     m_frontNumber += static_cast<int>(contentsPages);
     std::vector<Entry> entries;
-    for (const Section &section : sections) {
+    for (const PdfSection &section : sections) {
         if (entries.empty())
             m_pages.begin(QString(), nextFrontNumber());
         m_pages.heading(section.heading);
@@ -302,144 +277,4 @@ void PdfReport::drawContents(const std::vector<Entry> &entries)
                  Qt::AlignRight);
         m_document.addLink(m_pages.page(), QRectF(left, top, width, lineHeight), entry.page);
     }
-}
-
-Cell PdfReport::cellOf(const DeviceFigures &device) const
-{
-    return {shownName(device.name), m_pageOfDevice.value(device.folder, -1)};
-}
-
-std::vector<PdfReport::Section> PdfReport::sectionsOf(const ReportFigures &figures) const
-{
-    std::vector<Section> sections;
-    const auto add = [&sections](const char *heading, std::vector<PdfTable> tables) {
-        std::erase_if(tables, [](const PdfTable &table) { return table.rows.empty(); });
-        if (!tables.empty())
-            sections.push_back({QLatin1String(heading), std::move(tables)});
-    };
-    add("Incidents", {incidents(figures)});
-    add("Missed targets", {missedTargets(figures)});
-    add("Rankings", rankings(figures));
-    add("Forecasts", {forecasts(figures)});
-    return sections;
-}
-
-PdfTable PdfReport::incidents(const ReportFigures &figures) const
-{
-    PdfTable table;
-    table.columns = {{QStringLiteral("Began")},
-                     {QStringLiteral("Lasted"), true},
-                     {QStringLiteral("Devices"), true},
-                     {QStringLiteral("First to fail")},
-                     {QStringLiteral("Downtime, all devices"), true}};
-    for (const Incident &incident : figures.incidents) {
-        if (table.rows.size() == maxRows)
-            break;
-        table.rows.push_back({{storyTime(incident.begin)},
-                              {durationText(incident.seconds())},
-                              {number(static_cast<qint64>(incident.devices.size()))},
-                              cellOf(figures.devices[incident.devices.front().index]),
-                              {durationText(incident.deviceSeconds)}});
-    }
-    limitRows(table, figures.incidents.size(), "report.json");
-    return table;
-}
-
-PdfTable PdfReport::missedTargets(const ReportFigures &figures) const
-{
-    PdfTable table;
-    table.columns = {{QStringLiteral("Device")},
-                     {QStringLiteral("Target"), true},
-                     {QStringLiteral("Rate in service"), true},
-                     {QStringLiteral("Points"), true},
-                     {QStringLiteral("Downtime"), true},
-                     {QStringLiteral("Outages"), true},
-                     {QStringLiteral("Failed"), true},
-                     {QStringLiteral("Allowed"), true}};
-    std::vector<const DeviceFigures *> missed;
-    for (const DeviceFigures &device : figures.devices) {
-        if (device.target && !device.target->isMet())
-            missed.push_back(&device);
-    }
-    std::stable_sort(missed.begin(), missed.end(),
-                     [](const DeviceFigures *a, const DeviceFigures *b) {
-                         return a->target->margin() < b->target->margin();
-                     });
-    for (const DeviceFigures *device : missed) {
-        if (table.rows.size() == maxRows)
-            break;
-        Availability counted; // what the target is about
-        counted.tests = device->target->tests;
-        counted.failures = device->target->failures;
-        table.rows.push_back({cellOf(*device),
-                              {targetText(device->target->target)},
-                              {rateText(counted), -1, true},
-                              {pointsText(device->present, device->preceding)},
-                              {durationText(device->present.downtime.seconds)},
-                              {number(device->present.downtime.outages)},
-                              {number(device->target->failures)},
-                              {number(device->target->allowedFailures())}});
-    }
-    limitRows(table, missed.size(), "report.json");
-    return table;
-}
-
-std::vector<PdfTable> PdfReport::rankings(const ReportFigures &figures) const
-{
-    const auto valueOf = [](const Ranking &ranking, double value) {
-        switch (ranking.by) {
-        case RankedBy::Percentile95:
-            return readableValue(value, ranking.unit);
-        case RankedBy::Change:
-            return QStringLiteral("+%1 %").arg(groupedNumber(value, 1));
-        case RankedBy::Limit:
-            break;
-        }
-        return QStringLiteral("%1 %").arg(groupedNumber(value, 1));
-    };
-    static const QString kinds[] = {QStringLiteral("95th percentile"),
-                                    QStringLiteral("rise of the 95th percentile"),
-                                    QStringLiteral("95th percentile of the limit")};
-    std::vector<PdfTable> tables;
-    for (const Ranking &ranking : rankingsOf(figures)) {
-        const QString &kind = kinds[static_cast<int>(ranking.by)];
-        PdfTable table;
-        table.title = QStringLiteral("%1: %2").arg(shownName(ranking.name), kind);
-        table.columns = {{QStringLiteral("Device")}, {kind, true}};
-        for (const Ranking::Entry &entry : ranking.entries)
-            table.rows.push_back(
-                {cellOf(figures.devices[entry.device]), {valueOf(ranking, entry.value)}});
-        tables.push_back(std::move(table));
-    }
-    return tables;
-}
-
-PdfTable PdfReport::forecasts(const ReportFigures &figures) const
-{
-    PdfTable table;
-    table.columns = {{QStringLiteral("Device")},           {QStringLiteral("Counter")},
-                     {QStringLiteral("Limit"), true},      {QStringLiteral("Reached about"), true},
-                     {QStringLiteral("Not before"), true}, {QStringLiteral("Not after"), true}};
-    std::vector<std::pair<qint64, std::vector<Cell>>> rows;
-    for (const DeviceFigures &device : figures.devices) {
-        for (const ItemFigures &item : device.items) {
-            if (!item.forecast)
-                continue;
-            const Forecast &forecast = *item.forecast;
-            rows.push_back(
-                {forecast.day,
-                 {cellOf(device),
-                  {shownName(item.name)},
-                  {readableValue(limitOf(item).value_or(0), item.unit)},
-                  {dateText(forecast.day)},
-                  {dateText(forecast.earliest)},
-                  {forecast.latest ? dateText(*forecast.latest) : QStringLiteral("unknown")}}});
-        }
-    }
-    std::stable_sort(rows.begin(), rows.end(),
-                     [](const auto &a, const auto &b) { return a.first < b.first; });
-    for (size_t i = 0; i < std::min(rows.size(), maxRows); ++i)
-        table.rows.push_back(std::move(rows[i].second));
-    limitRows(table, rows.size(), "report.json");
-    return table;
 }

@@ -38,11 +38,6 @@ private:
         int page = 0;
         int level = 0;
     };
-    struct Section
-    {
-        QString heading;
-        std::vector<PdfTable> tables;
-    };
 
     QString nextFrontNumber() { return romanNumber(++m_frontNumber); }
     void drawCharts(const QString &heading, std::span<const PaperChart> charts, int perPage);
@@ -51,12 +46,6 @@ private:
     void drawTimeline(const ReportFigures &figures);
     void drawContents(const std::vector<Entry> &entries);
     size_t entriesOfColumn() const;
-    std::vector<Section> sectionsOf(const ReportFigures &figures) const;
-    PdfTable::Cell cellOf(const DeviceFigures &device) const;
-    PdfTable incidents(const ReportFigures &figures) const;
-    PdfTable missedTargets(const ReportFigures &figures) const;
-    std::vector<PdfTable> rankings(const ReportFigures &figures) const;
-    PdfTable forecasts(const ReportFigures &figures) const;
 
     const ReportContext &m_context;
     PdfDocument m_document;

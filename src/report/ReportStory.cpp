@@ -32,16 +32,10 @@ QString devicesText(qint64 count)
     return counted(count, "device", "devices");
 }
 
-/// A name from the database, which is to control nothing.
-QString shownText(const QString &name)
-{
-    return oneLine(name).simplified();
-}
-
 QString nameOf(const DeviceFigures &device)
 {
-    const QString name = shownText(device.name);
-    return name.isEmpty() ? shownText(device.muid) : name;
+    const QString name = shownName(device.name);
+    return name.isEmpty() ? shownName(device.muid) : name;
 }
 
 /// "A", "A and B", "A, B and C", "A, B, C and 12 more".
@@ -340,7 +334,7 @@ QString forecastSentence(const ReportFigures &figures)
         return {};
     const QString date = QDate::fromJulianDay(first->forecast->day).toString(Qt::ISODate);
     const QString name =
-        QStringLiteral("%1 of %2").arg(shownText(first->name), nameOf(*firstDevice));
+        QStringLiteral("%1 of %2").arg(shownName(first->name), nameOf(*firstDevice));
     if (count == 1)
         return QStringLiteral("%1 is expected to reach its limit about %2.").arg(name, date);
     return QStringLiteral(
@@ -467,6 +461,11 @@ QString pointsText(const Availability &present, const std::optional<Availability
 QString targetText(double target)
 {
     return trimmedNumber(target, 4) + QLatin1String(" %");
+}
+
+QString shownName(const QString &name)
+{
+    return oneLine(name).simplified();
 }
 
 QString storyTime(qint64 second)

@@ -43,6 +43,9 @@ QString pointsText(const Availability &present, const std::optional<Availability
 /// "99.5 %".
 QString targetText(double target);
 
+/// A name from the database for readers: on one line, and without what controls it.
+QString shownName(const QString &name);
+
 /// The wall time of a second: "2026-11-18 18:42".
 QString storyTime(qint64 second);
 

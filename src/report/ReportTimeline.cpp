@@ -1,7 +1,6 @@
 #include "report/ReportTimeline.h"
 
 #include "base/Numbers.h"
-#include "base/OneLine.h"
 #include "report/ReportStory.h"
 
 namespace {
@@ -12,7 +11,7 @@ TimelineChart::Row rowOf(const DeviceFigures &device)
 {
     using Trend = TimelineChart::Trend;
     TimelineChart::Row row;
-    row.name = oneLine(device.name);
+    row.name = shownName(device.name);
     row.parts = device.timeline;
     row.rate = rateText(device.present);
     row.change = pointsText(device.present, device.preceding);
