@@ -28,7 +28,7 @@ inline constexpr QRgb noDataHatch = 0xFFBFC7D1;
 
 inline constexpr QRgb someFailed = 0xFFD98500; ///< of a timeline, over successFill
 inline constexpr QRgb excludedFill = 0xFFEFEDF5;
-inline constexpr QRgb excludedHatch = 0xFFABA3C4;
+inline constexpr QRgb excludedHatch = 0xFFCBC5DC;
 inline constexpr QRgb better = 0xFF0B6B3A;
 
 inline constexpr QRgb value = 0xFF008000;
