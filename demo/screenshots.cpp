@@ -11,6 +11,7 @@
 #include "ui/editors/frmGraphDefEditor.h"
 #include "ui/editors/frmMail.h"
 #include "ui/editors/frmMailSubscription.h"
+#include "ui/editors/frmPreview.h"
 #include "ui/editors/frmReportDefEditor.h"
 #include "ui/editors/frmScheduleDefEditor.h"
 #include "ui/help/frmHelp.h"
@@ -28,6 +29,7 @@
 #include <QComboBox>
 #include <QDir>
 #include <QEventLoop>
+#include <QRadioButton>
 #include <QStyleFactory>
 #include <QTabWidget>
 #include <QTimer>
@@ -116,6 +118,12 @@ void takeEditors(Album &album)
     frmGraphDefEditor chart;
     chart.load(*definitions().gChartDefs.at(definitions().gChartDefs.size() - 1));
     album.take(chart, QStringLiteral("chart-editor"));
+
+    auto *data = chart.findChild<QRadioButton *>(QStringLiteral("optPreviewData"));
+    data->setChecked(true);
+    album.take(chart, QStringLiteral("chart-editor-my-data"));
+    frmPreview preview(*definitions().gChartDefs.at(0), {}, {});
+    album.take(preview, QStringLiteral("preview"));
 
     clsGraphDef range;
     range.EndTime = now();

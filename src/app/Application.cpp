@@ -190,7 +190,8 @@ int startUp(const Options &options)
     const bool runs = program().gAutoMode || options.makesReports();
     if (runs && anotherInstanceRuns()) {
         print(stderr,
-              QStringLiteral("Another instance of Vantrel Graphing Tool is currently running."));
+              QStringLiteral("Another instance of Vantrel Graphing Tool is currently running.") +
+                  workOf(otherHome()));
         return ExitStatus::OtherInstance;
     }
     if (const QString fault = timeZoneFault(); !fault.isEmpty())

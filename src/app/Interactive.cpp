@@ -53,8 +53,9 @@ bool askToRetry(QWidget *window)
 {
     QMessageBox box(QMessageBox::Critical, toolName,
                     QStringLiteral("Another instance of Vantrel Graphing Tool is currently "
-                                   "running.\nYou may wait for the previous instance to complete "
-                                   "processing"),
+                                   "running.%1\nYou may wait for the previous instance to complete "
+                                   "processing")
+                        .arg(workOf(otherHome())),
                     QMessageBox::Retry | QMessageBox::Cancel, window);
     box.setDefaultButton(QMessageBox::Retry);
     return box.exec() == QMessageBox::Retry;

@@ -12,6 +12,8 @@
 #include "platform/Processes.h"
 #include "scheduling/RunHistory.h"
 
+#include <QDir>
+
 #include <memory>
 #include <thread>
 
@@ -83,6 +85,28 @@ bool anotherInstanceRuns(std::chrono::milliseconds patience)
 bool anotherInstanceWorks()
 {
     return isAnother([] { return earlierOnesStay(std::chrono::milliseconds(0)); });
+}
+
+QString otherHome()
+{
+    const QString option = QStringLiteral("--home");
+    for (const QStringList &words :
+         platform::argumentsOfOthers(platform::ownImageName(), makesReports)) {
+        const qsizetype at = words.indexOf(option);
+        QString home = at >= 0 ? words.value(at + 1) : QString();
+        for (const QString &word : words) {
+            if (word.startsWith(option + u'='))
+                home = word.mid(option.size() + 1);
+        }
+        if (!home.isEmpty() && QDir::cleanPath(home) != QDir::cleanPath(programFolder()))
+            return home;
+    }
+    return {};
+}
+
+QString workOf(const QString &home)
+{
+    return home.isEmpty() ? home : QStringLiteral(" It makes the reports of '%1'.").arg(home);
 }
 
 void releaseInstance()

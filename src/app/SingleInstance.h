@@ -1,5 +1,7 @@
 #pragma once
 
+#include <QString>
+
 #include <chrono>
 
 /// The rule that one instance at a time works.
@@ -20,6 +22,12 @@ bool anotherInstanceRuns(std::chrono::milliseconds patience = std::chrono::secon
 /// The same for a window that asks its user to wait: checks only the current state, without
 /// patience, and ignores that a run has ended since this process started.
 bool anotherInstanceWorks();
+
+/// The folder of another instance that makes reports, as its option --home names it, where that is
+/// not this one's; empty when there is none, or it does not say.
+QString otherHome();
+/// " It makes the reports of '<folder>'."; empty for an empty folder.
+QString workOf(const QString &home);
 
 /// Releases the lock, when the program ends or waits for another instance.
 void releaseInstance();

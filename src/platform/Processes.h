@@ -3,6 +3,8 @@
 #include <QString>
 #include <QStringList>
 
+#include <vector>
+
 /// Running processes of the system.
 namespace platform {
 
@@ -13,6 +15,9 @@ using ArgumentTest = bool (*)(const QStringList &arguments);
 /// with arguments that `counts` accepts. Only processes of the same user and of root count, so that
 /// no other user can block this one. On Windows, processes with unreadable arguments count too.
 int countOtherProcesses(const QString &imageName, ArgumentTest counts);
+
+/// Their arguments, without the program's name.
+std::vector<QStringList> argumentsOfOthers(const QString &imageName, ArgumentTest counts);
 
 /// How many of them started before this process. Of two that started in the same tick of the
 /// system's clock, both agree on which one is earlier.

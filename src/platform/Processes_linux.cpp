@@ -103,6 +103,14 @@ int countEarlierProcesses(const QString &imageName, ArgumentTest counts)
     return count;
 }
 
+std::vector<QStringList> argumentsOfOthers(const QString &imageName, ArgumentTest counts)
+{
+    std::vector<QStringList> arguments;
+    for (const int process : processesOf(imageName, counts))
+        arguments.push_back(wordsOf(QStringLiteral("/proc/%1").arg(process)).mid(1));
+    return arguments;
+}
+
 qint64 ownStart()
 {
     timespec sinceBoot{};

@@ -142,6 +142,16 @@ int countEarlierProcesses(const QString &imageName, ArgumentTest counts)
     return count;
 }
 
+std::vector<QStringList> argumentsOfOthers(const QString &imageName, ArgumentTest counts)
+{
+    std::vector<QStringList> arguments;
+    for (const DWORD number : processesOf(imageName, counts)) {
+        const Handle process(::OpenProcess(PROCESS_QUERY_LIMITED_INFORMATION, FALSE, number));
+        arguments.push_back(process ? argumentsOf(process.get()) : QStringList());
+    }
+    return arguments;
+}
+
 qint64 ownStart()
 {
     constexpr qint64 from1601To1970 = 11'644'473'600'000; // milliseconds

@@ -7,8 +7,6 @@
 #include <QRegularExpression>
 #include <QSet>
 
-namespace {
-
 Chart chartOf(const ReportContext &context, const DeviceFacts &device, const ItemFacts &item)
 {
     const clsGraphDef &chart = context.plan.chart;
@@ -18,8 +16,6 @@ Chart chartOf(const ReportContext &context, const DeviceFacts &device, const Ite
         return StateChart{frame, item.series, item.tests};
     return CounterChart{frame, chart.SampleLabel, item.unit, item.series, item.values};
 }
-
-} // namespace
 
 DeviceJob::DeviceJob(const ReportContext &context, std::unique_ptr<DeviceQuestions> questions,
                      QString folder, Neighbours neighbours, RunSession &session)

@@ -29,6 +29,9 @@ struct DeviceResult
     std::vector<PaperChart> paper; ///< only where the report becomes a PDF
 };
 
+/// The chart of an item that can be charted.
+Chart chartOf(const ReportContext &context, const DeviceFacts &device, const ItemFacts &item);
+
 /// One device of a report on its way from answered questions to files: its facts, charts and pages
 /// are made on the pool's threads, each chart as a part of its own.
 class DeviceJob : public std::enable_shared_from_this<DeviceJob>

@@ -23,8 +23,10 @@ ReportResult resultOf(const ReportOutcome &outcome)
 class RunExecution
 {
 public:
-    RunExecution(RunPlan plan, const Observer &watcher)
+    RunExecution(RunPlan plan, const Observer &watcher,
+                 std::function<void(const ReportRecord &)> onReport)
         : m_plan(std::move(plan))
+        , m_onReport(std::move(onReport))
         , m_run(m_plan.record)
         , m_log(watcher, m_plan.attendance(),
                 m_plan.attendance() == Attendance::Unattended
@@ -164,17 +166,25 @@ private:
             }
             entry.start = currentInstant();
             record();
+            tell(entry);
             session.progress.report = entry.title;
             session.progress.device.clear();
             session.progress.item.clear();
             session.showProgress();
             produceReport(m_plan.reports[i], samples, session, entry);
+            tell(entry);
             if (program().CancelRequested)
                 continue; // the bar stays where the run ended
             // Items of devices that the database does not know count as done, too.
             session.progress.done = before += m_plan.reports[i].itemCount();
             session.showProgress();
         }
+    }
+
+    void tell(const ReportRecord &entry) const
+    {
+        if (m_onReport)
+            m_onReport(entry);
     }
 
     /// Produces one report, and fills its record.
@@ -285,6 +295,7 @@ private:
     }
 
     RunPlan m_plan;
+    std::function<void(const ReportRecord &)> m_onReport;
     RunRecord &m_run; ///< of the plan
     RunLog m_log;
     RunResult m_result;
@@ -299,10 +310,11 @@ int RunResult::exitStatus() const
     return failed() ? ExitStatus::ReportFailed : ExitStatus::Done;
 }
 
-RunResult executeRun(RunPlan plan, const Observer &watcher)
+RunResult executeRun(RunPlan plan, const Observer &watcher,
+                     std::function<void(const ReportRecord &)> onReport)
 {
     try {
-        return RunExecution(std::move(plan), watcher).execute();
+        return RunExecution(std::move(plan), watcher, std::move(onReport)).execute();
     } catch (const std::exception &exception) { // no memory, not even for the record
         RunResult result;
         result.error = QLatin1String("Error running reports ") + errorTail(errorOf(exception));

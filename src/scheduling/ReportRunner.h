@@ -36,7 +36,11 @@ struct RunResult
 /// there once a day. Throws nothing.
 ///
 /// Ends early when `CancelRequested` is set, by whichever thread.
-RunResult executeRun(RunPlan plan, const Observer &watcher);
+///
+/// `onReport` is called with a report's record when the report begins, without an end, and when it
+/// has ended: on the thread that executes.
+RunResult executeRun(RunPlan plan, const Observer &watcher,
+                     std::function<void(const ReportRecord &)> onReport = {});
 
 /// Gives the definitions in memory what the run found out. Main thread only.
 void finishRun(const RunResult &result);

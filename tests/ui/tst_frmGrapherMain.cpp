@@ -10,14 +10,18 @@
 #include "support/Rows.h"
 #include "support/Sandbox.h"
 #include "ui/Controls.h"
+#include "ui/main/ReportList.h"
 #include "ui/main/ReportView.h"
+#include "ui/main/RunLine.h"
 #include "ui/main/StatusBox.h"
 #include "ui/main/frmGrapherMain.h"
 
 #include <QDesktopServices>
 #include <QHeaderView>
 #include <QMenu>
+#include <QProgressBar>
 #include <QScrollBar>
+#include <QTextBlock>
 
 namespace {
 
@@ -568,6 +572,59 @@ private Q_SLOTS:
         automate->trigger();
         QVERIFY(!automate->isChecked() && site.panel().isEmpty());
         QCOMPARE(site.scheduler.deleted, QStringList("VantrelGraphTool"));
+    }
+
+    void foldsTheStepsOfARun()
+    {
+        StatusBox box;
+        const QStringList lines = {"Generating Report: [Servers]", "Calculating DBLength",
+                                   "Generating Device Report: [Servers][a]",
+                                   "Generating Chart: [Ping]", "Error generating chart 'x' [57] y"};
+        const auto shown = [&box] {
+            QStringList texts;
+            for (QTextBlock at = box.document()->begin(); at.isValid(); at = at.next()) {
+                if (at.isVisible())
+                    texts.append(at.text());
+            }
+            return texts;
+        };
+        box.addLines(lines);
+        QCOMPARE(shown(), QStringList({"Idle.", lines[0], lines[2], lines[4]}));
+        box.showSteps(true);
+        QCOMPARE(shown(), QStringList("Idle.") + lines);
+        QCOMPARE(box.toPlainText(), "Idle.\n" + lines.join('\n'));
+    }
+
+    void followsARun()
+    {
+        const Site site;
+        auto *model = site.window->findChild<ReportList *>();
+        ReportRecord record;
+        record.id = "{beta}";
+        record.start = currentInstant();
+        model->takeRecord(record);
+        QCOMPARE(site.cell(1, 5), "Running…");
+        record.end = record.start + 1000;
+        record.result = ReportResult::Failed;
+        model->takeRecord(record);
+        QCOMPARE(site.cell(1, 5), "Failed");
+        QCOMPARE(runLine({"Servers", "srv-1", "Ping", 200, 800}, 60'000),
+                 "Servers – srv-1 – 200 of 800 data items, about 3 minutes left");
+        QCOMPARE(runLine({"Servers", "", "", 0, 800}, 60'000), "Servers – 0 of 800 data items");
+        QVERIFY(!site.window->findChild<QProgressBar *>("pbarCurrent")->isVisible());
+    }
+
+    void keepsResultsInSight()
+    {
+        const Site site;
+        for (const int width : {1400, 800, 500}) {
+            site.window->resize(width, 500);
+            const QHeaderView *header = site.list()->header();
+            QTRY_COMPARE(header->width(), site.list()->viewport()->width());
+            QVERIFY(!header->isSectionHidden(5) && !header->isSectionHidden(6));
+            QVERIFY(header->length() <= header->width());
+            QCOMPARE(header->isSectionHidden(1), width == 500);
+        }
     }
 
     void followsTheStatusToItsEnd()

@@ -16,6 +16,22 @@ bool isDark(const QPalette &palette)
            palette.color(QPalette::WindowText).lightness();
 }
 
+constexpr int frameStrength = 80;
+
+/// Frames of lists, texts, fields and groups. A field with the focus has a bright one already.
+bool isFrame(QStyle::PrimitiveElement element, const QStyleOption *option)
+{
+    switch (element) {
+    case QStyle::PE_Frame:
+    case QStyle::PE_FrameGroupBox:
+        return true;
+    case QStyle::PE_FrameLineEdit:
+        return (option->state & QStyle::State_HasFocus) == 0;
+    default:
+        return false;
+    }
+}
+
 class IndicatorStyle : public QProxyStyle
 {
 public:
@@ -27,6 +43,16 @@ public:
                        const QWidget *widget) const override
     {
         QProxyStyle::drawPrimitive(element, option, painter, widget);
+        if (isFrame(element, option) && isDark(option->palette)) {
+            QColor color = option->palette.color(QPalette::WindowText);
+            color.setAlpha(frameStrength);
+            painter->save();
+            painter->setPen(color);
+            painter->setBrush(Qt::NoBrush);
+            painter->drawRect(QRectF(option->rect).adjusted(0.5, 0.5, -0.5, -0.5));
+            painter->restore();
+            return;
+        }
         const bool isRound = element == PE_IndicatorRadioButton;
         if ((!isRound && element != PE_IndicatorCheckBox) || !isDark(option->palette))
             return;

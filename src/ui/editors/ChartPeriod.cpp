@@ -264,10 +264,9 @@ QStringList periodWarnings(const clsGraphDef &chart)
     return warnings;
 }
 
-Chart sampleChart(const clsGraphDef &chart, SampleItem item, QString &note)
+Chart sampleChart(const clsGraphDef &chart, SampleItem item, qint64 latest, QString &note)
 {
-    clsGraphDef run = chartOfRun(chart, now());
-    const qint64 latest = currentInstant();
+    clsGraphDef run = chartOfRun(chart, wallTime(latest));
     qint64 start = instantOf(run.StartTime);
     const qint64 end = instantOf(run.EndTime);
     const qint64 seen = std::min(end, latest);

@@ -41,7 +41,8 @@ QStringList periodWarnings(const clsGraphDef &chart);
 
 enum class SampleItem { State, Counter };
 
-/// A chart of sample data over the chart's own period up to now, as a report would draw it: the
-/// same samples for the same period each time. Of more than maxSensibleIntervals only the last
-/// ones; `note` then says so. Throws Error if a report could not draw it either.
-Chart sampleChart(const clsGraphDef &chart, SampleItem item, QString &note);
+/// A chart of sample data over the chart's own period, as a report that runs at the instant
+/// `latest` would draw it: the same samples for the same period each time. Of more than
+/// maxSensibleIntervals only the last ones; `note` then says so. Throws Error if a report could not
+/// draw it either.
+Chart sampleChart(const clsGraphDef &chart, SampleItem item, qint64 latest, QString &note);

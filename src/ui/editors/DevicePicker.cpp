@@ -21,6 +21,7 @@
 #include <QShortcut>
 #include <QStyle>
 #include <QThreadPool>
+#include <QTimer>
 #include <QVBoxLayout>
 
 namespace {
@@ -79,6 +80,7 @@ DevicePicker::DevicePicker(QWidget *parent)
     tvDevices->header()->resizeSection(DeviceTree::Description, 32 * unit);
     tvDevices->header()->resizeSection(DeviceTree::Unit, 8 * unit);
     tvDevices->setMinimumHeight(8 * fontMetrics().height());
+    tvDevices->setColumnHidden(DeviceTree::Id, true);
 
     connect(m_tree, &DeviceTree::selectionChanged, this, &DevicePicker::showCounts);
     connect(&m_reading, &QFutureWatcherBase::finished, this, &DevicePicker::takeResult);
@@ -114,6 +116,12 @@ QWidget *DevicePicker::makeSearchRow()
     layout->addWidget(label);
     layout->addWidget(txtSearch, 1);
     layout->addWidget(chkSelectedOnly);
+    chkIdentifiers = named(new QCheckBox(QStringLiteral("Identifiers")), "chkIdentifiers");
+    chkIdentifiers->setToolTip(
+        QStringLiteral("Shows by which identifiers files and templates name devices and items"));
+    connect(chkIdentifiers, &QCheckBox::toggled, this,
+            [this](bool shown) { tvDevices->setColumnHidden(DeviceTree::Id, !shown); });
+    layout->addWidget(chkIdentifiers);
     connect(txtSearch, &QLineEdit::textChanged, this, &DevicePicker::search);
     connect(chkSelectedOnly, &QCheckBox::toggled, this, &DevicePicker::search);
     return row;
@@ -176,6 +184,15 @@ QWidget *DevicePicker::makeShownRow()
 
 // The selection
 
+/// The window's saved layout may have shown or hidden them.
+void DevicePicker::showEvent(QShowEvent *event)
+{
+    QWidget::showEvent(event);
+    QTimer::singleShot(0, this, [this] {
+        chkIdentifiers->setChecked(!tvDevices->isColumnHidden(DeviceTree::Id));
+    });
+}
+
 void DevicePicker::setSelection(const Collection<clsReportDeviceDef> &devices)
 {
     m_tree->setSelection(devices);
@@ -200,6 +217,16 @@ bool DevicePicker::isEmpty() const
 void DevicePicker::focusTree()
 {
     tvDevices->setFocus(Qt::OtherFocusReason);
+}
+
+std::pair<QString, QString> DevicePicker::currentItem() const
+{
+    const QModelIndex index = tvDevices->currentIndex();
+    const QString id = index.siblingAtColumn(DeviceTree::Id).data().toString();
+    if (m_tree->isDevice(index))
+        return {id, {}};
+    const QModelIndex device = index.parent();
+    return {device.siblingAtColumn(DeviceTree::Id).data().toString(), id};
 }
 
 // The database

@@ -36,6 +36,12 @@ public:
 
     void focusTree();
 
+    /// The MUID and the DataIDent of the current row, empty where it has none.
+    std::pair<QString, QString> currentItem() const;
+
+protected:
+    void showEvent(QShowEvent *event) override;
+
 private:
     QWidget *makeSearchRow();
     QWidget *makeKindRow();
@@ -54,6 +60,7 @@ private:
     DeviceView *tvDevices;
     QLineEdit *txtSearch;
     QCheckBox *chkSelectedOnly;
+    QCheckBox *chkIdentifiers;
     QComboBox *cboKind;
     QPushButton *cmdKindCheck;
     QPushButton *cmdKindClear;

@@ -290,6 +290,13 @@ qsizetype DeviceTree::shownDevices() const
 
 // Marks
 
+bool DeviceTree::allShownChecked(int number) const
+{
+    const auto first = m_shownItems.begin() + state(number).firstShown;
+    return std::all_of(first, first + state(number).shownCount,
+                       [this](int item) { return m_checked[static_cast<size_t>(item)]; });
+}
+
 Qt::CheckState DeviceTree::markOf(Node node) const
 {
     if (node.kind == Kind::Item)
@@ -307,6 +314,9 @@ Qt::CheckState DeviceTree::markOf(Node node) const
                          : markFor(checked, static_cast<qsizetype>(m_shownMissing.size()));
     }
     const DeviceState &shown = state(node.number);
+    if (m_filter.selectedOnly() == SelectedOnly::Yes && shown.selectedItems > 0 &&
+        shown.selectedItems < device(node.number).itemCount)
+        return Qt::PartiallyChecked; // those that are not selected are hidden
     if (shown.shownCount == 0)
         return shown.keptWithoutItems ? Qt::Checked : Qt::Unchecked;
     if (shown.keptWithoutItems)
@@ -496,7 +506,11 @@ bool DeviceTree::setData(const QModelIndex &index, const QVariant &value, int ro
     if (!index.isValid() || role != Qt::CheckStateRole || index.column() != Name)
         return false;
     const Node node = nodeOf(index);
-    mark(node, value.toInt() == Qt::Checked);
+    // A device with items that are hidden is never marked whole: a second click clears it.
+    const bool isDone = node.kind == Kind::Device && markOf(node) == Qt::PartiallyChecked &&
+                        m_filter.selectedOnly() == SelectedOnly::Yes &&
+                        allShownChecked(node.number);
+    mark(node, value.toInt() == Qt::Checked && !isDone);
     if (node.kind == Kind::Group) {
         tellMarks();
         return true;

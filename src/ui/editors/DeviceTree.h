@@ -15,7 +15,8 @@
 /// Selected devices and items that are not in the database are in a group at the top, and stay
 /// there, checked or not. So does the whole selection until the database is read.
 ///
-/// A device's mark shows and changes those of its items that are shown; so does the group's.
+/// A device's mark shows and changes those of its items that are shown; so does the group's. Where
+/// only selected ones are shown it also tells that there are others.
 class DeviceTree : public QAbstractItemModel
 {
     Q_OBJECT
@@ -137,6 +138,7 @@ private:
     void filter();
     void filterDevice(int number);
     Qt::CheckState markOf(Node node) const;
+    bool allShownChecked(int number) const;
     void mark(Node node, bool checked);
     void markItem(int number, bool checked);
     void tellMarks();

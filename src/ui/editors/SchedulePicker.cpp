@@ -51,9 +51,12 @@ SchedulePicker::SchedulePicker(QWidget *parent)
     lvSchedules->setObjectName(QStringLiteral("lvSchedules"));
     lvSchedules->setToolTip(QStringLiteral(
         "The schedules under which automated reporting runs the report; none: on request only"));
+    lvSchedules->setAccessibleName(QStringLiteral("When to run"));
+    lvNextRuns->setAccessibleName(QStringLiteral("Next runs"));
     lvNextRuns->setObjectName(QStringLiteral("lvNextRuns"));
     lvNextRuns->setSelectionMode(QAbstractItemView::NoSelection);
-    lvNextRuns->setWordWrap(true);
+    lvNextRuns->setWordWrap(false); // a line each; the tool tip has the rest
+    lvNextRuns->setHorizontalScrollBarPolicy(Qt::ScrollBarAlwaysOff);
     lvNextRuns->setToolTip(QStringLiteral("The next five runs of all selected schedules together"));
     for (QListWidget *list : {lvSchedules, lvNextRuns})
         list->setMinimumHeight(4 * fontMetrics().height());
@@ -211,7 +214,9 @@ void SchedulePicker::showRuns()
     for (const auto &[slot, names] : runs) {
         if (lvNextRuns->count() == runsShown)
             break;
-        lvNextRuns->addItem(runText(slot) + QLatin1String("  ") + names.join(QLatin1String(", ")));
+        const QString text = runText(slot) + QLatin1String("  ") + names.join(QLatin1String(", "));
+        lvNextRuns->addItem(text);
+        lvNextRuns->item(lvNextRuns->count() - 1)->setToolTip(wrappingToolTip(text));
     }
     Q_EMIT changed();
 }

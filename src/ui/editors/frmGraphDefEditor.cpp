@@ -11,6 +11,7 @@
 #include "definitions/Usage.h"
 #include "ui/common/Widgets.h"
 #include "ui/editors/ChartPreview.h"
+#include "ui/editors/DataPreview.h"
 
 #include <QCheckBox>
 #include <QComboBox>
@@ -246,6 +247,7 @@ QWidget *frmGraphDefEditor::pagesBox()
     chkDetails = new QCheckBox(QStringLiteral("Detail ta&ble"));
     chkDetails->setObjectName(QStringLiteral("chkDetails"));
     txtDetailCount = newNumberField(QStringLiteral("txtDetailCount"));
+    txtDetailCount->setSpecialValueText(QStringLiteral("all"));
     lblDetailCount = new QLabel(QStringLiteral("of so many ro&ws"));
     lblDetailCount->setBuddy(txtDetailCount);
     for (QWidget *field : std::initializer_list<QWidget *>{chkDetails, txtDetailCount})
@@ -288,15 +290,30 @@ QWidget *frmGraphDefEditor::previewBox()
     m_preview = new ChartPreview;
     m_preview->setObjectName(QStringLiteral("picPreview"));
     lblPreview = newTextLabel(QStringLiteral("lblPreview"), 1);
+    optPreviewData = new QRadioButton(QStringLiteral("M&y data"));
+    optPreviewData->setObjectName(QStringLiteral("optPreviewData"));
+    optPreviewData->setToolTip(QStringLiteral("Draws a data item of the monitoring database"));
+    m_dataPreview = new DataPreview;
+    m_dataPreview->hide();
 
     auto *box = new QGroupBox(QStringLiteral("Preview on sample data"));
+    connect(optPreviewData, &QRadioButton::toggled, this, [this, box](bool isData) {
+        box->setTitle(isData ? QStringLiteral("Preview on my data")
+                             : QStringLiteral("Preview on sample data"));
+        m_preview->setHidden(isData);
+        lblPreview->setHidden(isData);
+        m_dataPreview->setVisible(isData);
+        showPreview();
+    });
     auto *kinds = new QHBoxLayout;
     kinds->addWidget(optPreviewState);
     kinds->addWidget(optPreviewCounter);
+    kinds->addWidget(optPreviewData);
     kinds->addStretch(1);
     auto *layout = new QVBoxLayout(box);
     layout->addLayout(kinds);
     layout->addWidget(m_preview, 1);
+    layout->addWidget(m_dataPreview, 1);
     layout->addWidget(lblPreview);
     return box;
 }
@@ -341,6 +358,7 @@ bool frmGraphDefEditor::eventFilter(QObject *watched, QEvent *event)
 void frmGraphDefEditor::load(const clsGraphDef &chart)
 {
     m_loaded = chart;
+    m_latest = currentInstant();
     clsGraphDef shown = chart;
     if (isNew(chart)) {
         shown.ChartFrequency = ByHour;
@@ -510,11 +528,15 @@ void frmGraphDefEditor::refresh()
 void frmGraphDefEditor::showPreview()
 {
     m_debounce.stop();
+    if (optPreviewData->isChecked()) {
+        m_dataPreview->showChart(edited(), m_latest);
+        return;
+    }
     QString note;
     try {
         m_preview->showChart(sampleChart(
             edited(), optPreviewState->isChecked() ? SampleItem::State : SampleItem::Counter,
-            note));
+            m_latest, note));
     } catch (const Error &error) {
         m_preview->showMessage(QStringLiteral("No preview: ") + error.description);
     }

@@ -8,6 +8,7 @@
 #include <QTimer>
 
 class ChartPreview;
+class DataPreview;
 class QCheckBox;
 class QComboBox;
 class QLabel;
@@ -56,6 +57,7 @@ private:
     void browse(QComboBox *field);
 
     clsGraphDef m_loaded;
+    qint64 m_latest = 0; ///< instant up to which the preview reaches: it does not drift
     bool m_filling = false;
     bool m_rangeEdited = false;
     QTimer m_debounce; ///< the preview follows when typing pauses
@@ -80,7 +82,9 @@ private:
     QLabel *lblDetailCount;
     QRadioButton *optPreviewState;
     QRadioButton *optPreviewCounter;
+    QRadioButton *optPreviewData;
     ChartPreview *m_preview;
+    DataPreview *m_dataPreview;
     QLabel *lblPreview;
     QLabel *lblPeriod;
 };

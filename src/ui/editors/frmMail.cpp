@@ -25,6 +25,7 @@ frmMail::frmMail(MailSite site, QWidget *parent)
     serverLayout->addWidget(m_test);
     serverLayout->addStretch(1);
     sspMail->setObjectName(QStringLiteral("tabMail"));
+    sspMail->setAccessibleName(QStringLiteral("Mail settings"));
     sspMail->addTab(server, QStringLiteral("&Mail server"));
     sspMail->addTab(m_subscriptions, QStringLiteral("Su&bscriptions"));
     auto *layout = new QVBoxLayout(content());

@@ -11,6 +11,7 @@
 #include "ui/editors/DevicePicker.h"
 #include "ui/editors/EditDefinition.h"
 #include "ui/editors/SchedulePicker.h"
+#include "ui/editors/frmPreview.h"
 
 #include <QComboBox>
 #include <QDir>
@@ -87,14 +88,18 @@ QWidget *frmReportDefEditor::makeHead()
                                  QStringLiteral("Defines a new chart and chooses it"));
     cmdChartModify = newButton(QStringLiteral("cmdChartModify"), QStringLiteral("Chan&ge..."),
                                QStringLiteral("Changes the chart for all reports that use it"));
+    cmdPreview = newButton(QStringLiteral("cmdPreview"), QStringLiteral("Preview..."),
+                           QStringLiteral("Draws the data item that is selected in the tree"));
     auto *label = new QLabel(QStringLiteral("&Chart:"));
     label->setBuddy(cboChart);
-    form->addRow(label, rowOf({cboChart, add, cmdChartModify}));
+    form->addRow(label, rowOf({cboChart, add, cmdChartModify, cmdPreview}));
+    connect(cmdPreview, &QPushButton::clicked, this, &frmReportDefEditor::preview);
     connect(add, &QPushButton::clicked, this, &frmReportDefEditor::addChart);
     connect(cmdChartModify, &QPushButton::clicked, this, &frmReportDefEditor::changeChart);
     connect(cboChart, &QComboBox::currentIndexChanged, this, [this] {
         cmdChartModify->setEnabled(
             definitions().gChartDefs.contains(cboChart->currentData().toString()));
+        cmdPreview->setEnabled(cmdChartModify->isEnabled());
     });
     return head;
 }
@@ -252,6 +257,7 @@ void frmReportDefEditor::fillCharts(const QString &chartId)
     }
     cboChart->setCurrentIndex(row);
     cmdChartModify->setEnabled(definitions().gChartDefs.contains(chartId));
+    cmdPreview->setEnabled(cmdChartModify->isEnabled());
 }
 
 void frmReportDefEditor::addChart()
@@ -280,6 +286,14 @@ bool frmReportDefEditor::hasChanges() const
 void frmReportDefEditor::discard()
 {
     definitions().takeBack(m_changesBefore);
+}
+
+void frmReportDefEditor::preview()
+{
+    if (const auto chart = definitions().gChartDefs.find(cboChart->currentData().toString())) {
+        const auto [muid, dataIdent] = m_devices->currentItem();
+        frmPreview(*chart, muid, dataIdent, this).exec();
+    }
 }
 
 void frmReportDefEditor::browseTemplate()

@@ -48,6 +48,7 @@ private:
     void addChart();
     void changeChart();
     void editChart(const clsGraphDef &chart);
+    void preview();
     void browseTemplate();
 
     QString m_reportId;
@@ -55,6 +56,7 @@ private:
     QLineEdit *txtTitle;
     QComboBox *cboChart;
     QPushButton *cmdChartModify;
+    QPushButton *cmdPreview;
     DevicePicker *m_devices;
     SchedulePicker *m_schedules;
     QLineEdit *txtOutputFile;

@@ -176,8 +176,8 @@ void DefinitionManager::fill(const QString &selected)
     }
     const int character = fontMetrics().averageCharWidth();
     if (!m_placed) {
-        lvDefinitions->setColumnWidth(Title, 30 * character);
-        lvDefinitions->setColumnWidth(What, 36 * character);
+        lvDefinitions->setColumnWidth(Title, 28 * character);
+        lvDefinitions->setColumnWidth(What, 34 * character);
     }
     QModelIndex current = m_sorted.index(0, Title);
     for (int row = 0; row < m_sorted.rowCount(); ++row) {

@@ -10,6 +10,7 @@
 #include "ui/common/Widgets.h"
 
 #include <QApplication>
+#include <QFont>
 #include <QStyle>
 
 QString timeText(const QDateTime &wall)
@@ -31,6 +32,16 @@ bool needsAttention(ReportResult result)
 }
 
 namespace {
+
+/// Behind numbers, which would touch the next column's text.
+constexpr QChar apart(0x2003);
+
+QFont boldFont()
+{
+    QFont font = QApplication::font("QTreeView");
+    font.setBold(true);
+    return font;
+}
 
 QString scheduleNames(const clsReportDef &report)
 {
@@ -114,6 +125,21 @@ void ReportList::refresh()
         Q_EMIT dataChanged(index(0, 0), index(rowCount() - 1, ColumnCount - 1));
 }
 
+void ReportList::takeRecord(const ReportRecord &record)
+{
+    const int place = rowOf(record.id);
+    if (place < 0)
+        return;
+    Row &row = m_rows[static_cast<size_t>(place)];
+    row.isRunning = record.end == 0;
+    if (!row.isRunning) {
+        row.lastRun = wallTime(record.end);
+        row.result = record.result;
+        row.whyResult = whyOf(record);
+    }
+    Q_EMIT dataChanged(index(place, 0), index(place, ColumnCount - 1));
+}
+
 int ReportList::rowOf(const QString &reportId) const
 {
     for (size_t row = 0; row < m_rows.size(); ++row) {
@@ -141,12 +167,14 @@ QString ReportList::text(const Row &row, int column)
     case Chart:
         return row.chart;
     case Devices:
-        return QLocale().toString(row.devices);
+        return QLocale().toString(row.devices) + apart;
     case Schedules:
         return row.schedules;
     case LastRun:
         return row.lastRun.isValid() ? timeText(row.lastRun) : QStringLiteral("Never");
     case Result:
+        if (row.isRunning)
+            return QStringLiteral("Running…");
         return row.result ? resultCaption(*row.result) : QString();
     default:
         if (!row.nextRun.isValid())
@@ -193,6 +221,8 @@ QVariant ReportList::data(const QModelIndex &index, int role) const
         const QString tip = wrappingToolTip(toolTip(row, index.column()));
         return tip.isEmpty() ? QVariant() : tip;
     }
+    case Qt::FontRole:
+        return row.isRunning ? QVariant(boldFont()) : QVariant();
     case Qt::TextAlignmentRole:
         return index.column() == Devices ? QVariant(Qt::AlignRight | Qt::AlignVCenter) : QVariant();
     case Qt::DecorationRole:
@@ -218,7 +248,7 @@ QVariant ReportList::headerData(int section, Qt::Orientation orientation, int ro
     case Chart:
         return QStringLiteral("Chart");
     case Devices:
-        return QStringLiteral("Devices");
+        return QString(QLatin1String("Devices") + apart);
     case Schedules:
         return QStringLiteral("Schedules");
     case LastRun:

@@ -34,6 +34,9 @@ public:
     /// reports that stay keep their position, and with it their selection.
     void refresh();
 
+    /// Shows what a run says of a report: it is being made, or how it ended.
+    void takeRecord(const ReportRecord &record);
+
     QString reportId(int row) const { return m_rows[static_cast<size_t>(row)].id; }
     /// -1 when there is none.
     int rowOf(const QString &reportId) const;
@@ -57,6 +60,7 @@ private:
         QString whyNext;
         std::optional<ReportResult> result;
         QString whyResult;
+        bool isRunning = false;
     };
 
     static Row rowFor(const clsReportDef &report, const std::vector<RunRecord> &runs,

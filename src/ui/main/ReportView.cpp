@@ -5,9 +5,11 @@
 #include <QHeaderView>
 #include <QLabel>
 #include <QPushButton>
+#include <QScopedValueRollback>
 #include <QVBoxLayout>
 
 #include <array>
+#include <numeric>
 
 ReportView::ReportView(ReportList &list, QWidget *parent)
     : QTreeView(parent)
@@ -38,6 +40,16 @@ ReportView::ReportView(ReportList &list, QWidget *parent)
     constexpr std::array characters = {38, 24, 11, 34, 20, 14, 20};
     for (int column = 0; column < ReportList::ColumnCount; ++column)
         setColumnWidth(column, characters[static_cast<size_t>(column)] * character);
+
+    const auto takeWidths = [this] {
+        if (m_isFitting)
+            return;
+        m_wanted.clear();
+        for (int column = 0; column < ReportList::ColumnCount; ++column)
+            m_wanted.append(columnWidth(column));
+    };
+    takeWidths();
+    connect(header(), &QHeaderView::sectionResized, this, takeWidths);
 
     auto *text = new QLabel(QStringLiteral("No reports are configured yet.\n\n"
                                            "A report charts the devices and data items that you "
@@ -98,9 +110,42 @@ void ReportView::showHint()
     m_hint->setGeometry(viewport()->rect());
 }
 
+/// In a narrow window names are shortened first, then columns give way, so that how a report ended
+/// and when it is next due are always in sight.
+void ReportView::fitColumns()
+{
+    const QScopedValueRollback fitting(m_isFitting, true);
+    QList<int> widths = m_wanted;
+    const int character = fontMetrics().averageCharWidth();
+    // The last section stretches: what it needs counts, not what it has.
+    widths[ReportList::NextRun] = std::min(widths[ReportList::NextRun], 18 * character);
+    int excess = std::accumulate(widths.begin(), widths.end(), 0) - viewport()->width();
+    const auto take = [&](int column, int least) {
+        const int taken = std::clamp(excess, 0, std::max(widths[column] - least, 0));
+        widths[column] -= taken;
+        excess -= taken;
+    };
+    take(ReportList::Schedules, 10 * character);
+    take(ReportList::Chart, 10 * character);
+    take(ReportList::Title, 16 * character);
+    take(ReportList::LastRun, 17 * character);
+    take(ReportList::Result, 11 * character);
+    for (const int column :
+         {ReportList::Chart, ReportList::Schedules, ReportList::Devices, ReportList::LastRun}) {
+        if (excess > 0)
+            take(column, 0);
+    }
+    for (int column = 0; column <= ReportList::NextRun; ++column) {
+        setColumnHidden(column, widths[column] == 0);
+        if (widths[column] > 0)
+            setColumnWidth(column, widths[column]);
+    }
+}
+
 void ReportView::resizeEvent(QResizeEvent *event)
 {
     QTreeView::resizeEvent(event);
+    fitColumns();
     m_hint->setGeometry(viewport()->rect());
 }
 

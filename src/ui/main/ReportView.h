@@ -39,8 +39,11 @@ protected:
 
 private:
     void showHint();
+    void fitColumns();
 
     ReportList &m_list;
+    QList<int> m_wanted; ///< widths of the columns, where there is room for all
+    bool m_isFitting = false;
     NaturalSortModel m_sorted;
     QWidget *m_hint;
     QPushButton *m_addButton;

@@ -28,7 +28,10 @@ RunThread::RunThread(RunPlan plan, QObject *parent)
         m_thread = std::thread([this, endSoon, watcher, plan = std::move(plan)]() mutable {
             const QString metrics = plan.settings.metricsPath();
             const RunHistory history = plan.history;
-            m_result = executeRun(std::move(plan), watcher);
+            m_result = executeRun(std::move(plan), watcher, [this](const ReportRecord &report) {
+                const std::lock_guard lock(m_mutex);
+                m_reports.push_back(report);
+            });
             if (QString error; !saveMetrics(metrics, history, {m_result.exitStatus(), 0}, &error))
                 addLine(error);
             endSoon();
@@ -60,14 +63,18 @@ void RunThread::deliver()
 {
     QStringList lines;
     std::optional<Progress> progress;
+    std::vector<ReportRecord> reports;
     {
         const std::lock_guard lock(m_mutex);
         lines.swap(m_lines);
         progress.swap(m_progress);
+        reports.swap(m_reports);
         m_waiting = 0;
     }
     if (!lines.isEmpty())
         Q_EMIT linesShown(lines);
+    for (const ReportRecord &report : reports)
+        Q_EMIT reportChanged(report);
     if (progress)
         Q_EMIT progressMade(*progress);
 }

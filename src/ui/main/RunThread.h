@@ -25,7 +25,8 @@ public:
 Q_SIGNALS:
     void linesShown(const QStringList &lines); ///< the newest ones, where they are too many
     void progressMade(const Progress &progress);
-    void ended(const RunResult &result); ///< after all else
+    void reportChanged(const ReportRecord &report); ///< it has begun, or ended
+    void ended(const RunResult &result);            ///< after all else
 
 private:
     void addLine(const QString &line); ///< on the run's thread
@@ -33,10 +34,11 @@ private:
     void end();
 
     QTimer m_delivery;
-    std::mutex m_mutex;      ///< of the next three
+    std::mutex m_mutex;      ///< of the next four
     QStringList m_lines;     ///< not yet delivered
     qsizetype m_waiting = 0; ///< characters in them
     std::optional<Progress> m_progress;
+    std::vector<ReportRecord> m_reports;
     RunResult m_result; ///< once the thread has ended
     std::thread m_thread;
 };

@@ -3,7 +3,8 @@
 #include <QPlainTextEdit>
 #include <QStringList>
 
-/// The status lines, newest last; to be read and copied only. Starts with "Idle.".
+/// The status lines, newest last; to be read and copied only. Starts with "Idle.". The steps of a
+/// run are folded away unless they are asked for: reports, devices and all else stay.
 class StatusBox : public QPlainTextEdit
 {
     Q_OBJECT
@@ -17,6 +18,8 @@ public:
     void addLines(const QStringList &lines);
     void addLine(const QString &line) { addLines({line}); }
 
+    void showSteps(bool shown);
+
     static constexpr int maxCharacters = 32'000;
     static constexpr int keptCharacters = 20'000;
 
@@ -25,6 +28,9 @@ protected:
 
 private:
     void showEnd();
+    void fold(int fromBlock);
+    void cutTo(const QString &text);
 
+    bool m_showsSteps = false;
     bool m_follows = true; ///< the end is shown, and is to be
 };

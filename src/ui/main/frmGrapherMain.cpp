@@ -8,6 +8,7 @@
 #include "config/clsGrapherConfig.h"
 #include "definitions/Definitions.h"
 #include "mail/MailRun.h"
+#include "platform/TaskbarProgress.h"
 #include "report/OutputTree.h"
 #include "scheduling/Registration.h"
 #include "scheduling/Standings.h"
@@ -18,6 +19,7 @@
 #include "ui/help/HelpViewer.h"
 #include "ui/main/ReportList.h"
 #include "ui/main/ReportView.h"
+#include "ui/main/RunLine.h"
 #include "ui/main/RunThread.h"
 #include "ui/main/StatusBox.h"
 #include "ui/main/UndoSteps.h"
@@ -220,6 +222,7 @@ void frmGrapherMain::run(const RunOrder &order, RunHost *host)
     m_run = new RunThread(planRun(order, host), this);
     connect(m_run, &RunThread::linesShown, txtStatusInfo, &StatusBox::addLines);
     connect(m_run, &RunThread::progressMade, this, &frmGrapherMain::showProgress);
+    connect(m_run, &RunThread::reportChanged, m_list, &ReportList::takeRecord);
     connect(m_run, &RunThread::ended, this, &frmGrapherMain::endRun);
 }
 
@@ -265,6 +268,10 @@ void frmGrapherMain::setRunning(bool running)
     pbarCurrent->setRange(0, 1);
     pbarCurrent->setValue(0);
     pbarCurrent->setFormat(QString());
+    pbarCurrent->setVisible(running);
+    lblRun->clear();
+    m_runStart = currentInstant();
+    platform::showTaskbarProgress(winId(), 0, 0);
     updateCommands();
 }
 
@@ -273,6 +280,8 @@ void frmGrapherMain::showProgress(const Progress &progress)
     pbarCurrent->setRange(0, std::max(progress.all, 1));
     pbarCurrent->setValue(progress.done);
     pbarCurrent->setFormat(progress.all > 0 ? QStringLiteral("%v of %m") : QString());
+    lblRun->setText(runLine(progress, currentInstant() - m_runStart));
+    platform::showTaskbarProgress(winId(), progress.done, progress.all);
 }
 
 void frmGrapherMain::chooseDatabase()

@@ -8,6 +8,7 @@
 #include <QPointer>
 
 class QAction;
+class QCheckBox;
 class QLabel;
 class QProgressBar;
 class QPushButton;
@@ -120,6 +121,8 @@ private:
     QPushButton *cmdReportAdd;
     QPushButton *cmdReportRemove;
     QProgressBar *pbarCurrent;
+    QLabel *lblRun; ///< what the run is at
+    QCheckBox *chkAllSteps;
     QLabel *m_firstPanel; ///< of StatusBar1
     QTimer *Timer1;
 
@@ -152,6 +155,7 @@ private:
     RunThread *m_run = nullptr; ///< while the run takes place
     Background m_mails;         ///< what a scheduled run called for
     bool m_closesAfterRun = false;
+    qint64 m_runStart = 0;           ///< instant
     QPointer<QWidget> m_focusBefore; ///< a scheduled run
     QString m_automateTrouble;       ///< said already
     qint64 m_lastCheck = 0;          ///< instant at which the countdown started; 0: not yet

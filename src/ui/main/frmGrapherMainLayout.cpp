@@ -12,6 +12,7 @@
 
 #include <QAction>
 #include <QApplication>
+#include <QCheckBox>
 #include <QIcon>
 #include <QLabel>
 #include <QMenu>
@@ -86,8 +87,8 @@ frmGrapherMain::frmGrapherMain(platform::TaskScheduler &scheduler, QStringList t
 
     QWidget *before = cmdReportAdd;
     for (QWidget *next : std::initializer_list<QWidget *>{
-             cmdReportModify, cmdReportRemove, lvReports, lvReports->addButton(), txtStatusInfo,
-             cmdReportView, cmdReportOpen}) {
+             cmdReportModify, cmdReportRemove, lvReports, lvReports->addButton(), chkAllSteps,
+             txtStatusInfo, cmdReportView, cmdReportOpen}) {
         setTabOrder(before, next);
         before = next;
     }
@@ -284,6 +285,17 @@ QWidget *frmGrapherMain::makeRunPane()
     pbarCurrent->setRange(0, 1);
     pbarCurrent->setValue(0);
     pbarCurrent->setFormat(QString());
+    pbarCurrent->hide();
+    lblRun = new QLabel;
+    lblRun->setObjectName(QStringLiteral("lblRun"));
+    lblRun->setAccessibleName(QStringLiteral("What the run is at"));
+    lblRun->setTextFormat(Qt::PlainText);
+    lblRun->setSizePolicy(QSizePolicy::Ignored, QSizePolicy::Preferred); // names of any length
+    chkAllSteps = new QCheckBox(QStringLiteral("All &steps"));
+    chkAllSteps->setObjectName(QStringLiteral("chkAllSteps"));
+    chkAllSteps->setToolTip(QStringLiteral("Shows every line of the status, not only reports, "
+                                           "devices and what went wrong"));
+    connect(chkAllSteps, &QCheckBox::toggled, txtStatusInfo, &StatusBox::showSteps);
 
     auto *commands = new QVBoxLayout;
     commands->addWidget(cmdReportView);
@@ -298,7 +310,11 @@ QWidget *frmGrapherMain::makeRunPane()
 
     auto *progress = new QVBoxLayout;
     progress->addWidget(pbarCurrent);
+    auto *line = new QHBoxLayout;
+    line->addWidget(lblRun, 1);
+    line->addWidget(chkAllSteps);
     auto *run = new QVBoxLayout;
+    run->addLayout(line);
     run->addWidget(sspInfo, 1);
     run->addWidget(newPane("Picture1", progress));
     return newPane("pnRun", run);

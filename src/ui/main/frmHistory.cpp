@@ -148,9 +148,12 @@ frmHistory::frmHistory(QWidget *parent)
     lvRuns->setColumnWidth(0, 20 * character);
     lvRuns->setColumnWidth(1, 14 * character);
     lvRuns->setColumnWidth(2, 14 * character);
-    lvRunReports->setColumnWidth(0, 40 * character);
-    lvRunReports->setColumnWidth(1, 16 * character);
+    lvRunReports->setColumnWidth(0, 36 * character);
+    lvRunReports->setColumnWidth(1, 14 * character);
     lvRunReports->setColumnWidth(2, 14 * character);
+    lvRunReports->setColumnWidth(3, 9 * character);
+    for (const int column : {3, 4})
+        lvRunReports->headerItem()->setTextAlignment(column, Qt::AlignRight | Qt::AlignVCenter);
     resize(100 * character, 34 * fontMetrics().lineSpacing());
     restoreWindowState(this);
     cmdOpenPage->setEnabled(false);
