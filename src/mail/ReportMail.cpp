@@ -18,7 +18,6 @@ namespace {
 
 constexpr qint64 mostFileBytes = 128 * 1024 * 1024;
 
-const QString pdfName = QStringLiteral("REPORT.PDF");
 const QString csvName = QStringLiteral("repsum.csv");
 
 struct ReportImage

@@ -22,7 +22,6 @@ namespace {
 
 const QString archiveName = QStringLiteral("Archive");
 const QString indexName = QStringLiteral("runs.json");
-const QString pdfName = QStringLiteral("REPORT.PDF");
 const QString summaryName = QStringLiteral("repsum.csv");
 constexpr qint64 maxReportBytes = qint64(1) << 30;
 
@@ -227,7 +226,7 @@ std::vector<ArchivedRun> ReportArchive::runs() const
     return runs;
 }
 
-void ReportArchive::keep(int max, bool withPdf) const
+void ReportArchive::keep(int max) const
 {
     const QString report = m_reportFolder + reportJsonName;
     const QJsonObject object = objectIn(report, maxReportBytes);
@@ -236,7 +235,7 @@ void ReportArchive::keep(int max, bool withPdf) const
     const QString target = m_folder + run.folder + pathSeparator;
     makeFolder(m_folder);
     makeFolder(target);
-    if (withPdf)
+    if (fileExists(m_reportFolder + pdfName))
         copyFile(m_reportFolder + pdfName, target + pdfName);
     else
         QFile::remove(exactPath(target + pdfName));

@@ -9,7 +9,7 @@
 
 /// The archive of a report: the folder "Archive" in the report's folder, which keeps what finished
 /// runs found. Each has a folder named for its period ("2026-10" is October), with REPORT.PDF where
-/// the report makes one, repsum.csv and, written last, report.json: without that file a folder is
+/// it could be made, repsum.csv and, written last, report.json: without that file a folder is
 /// not a kept run. "runs.json" repeats the few figures that lists need, so that nobody has to read
 /// all reports for them; a run that is missing from it is read from its report.json.
 
@@ -42,9 +42,8 @@ public:
 
     /// Keeps what a finished run left in the report's folder, in place of an earlier run over the
     /// same period, and then removes the oldest periods until `max` are left: neither the new one
-    /// nor the newest one with a success rate. `withPdf`: REPORT.PDF is among what it left. Throws
-    /// Error that names the file.
-    void keep(int max, bool withPdf) const;
+    /// nor the newest one with a success rate. Throws Error that names the file.
+    void keep(int max) const;
 
 private:
     std::optional<ArchivedRun> read(const QString &folder) const;

@@ -8,6 +8,8 @@ class clsGrapherConfig;
 
 /// File name of a device's page in the device's folder.
 inline const QString devicePageName = QStringLiteral("DEVREP.HTM");
+/// File name of a report's PDF in the report's folder.
+inline const QString pdfName = QStringLiteral("REPORT.PDF");
 
 /// Where the files of a run go. Folders end in a separator. A value, for any thread.
 class OutputTree

@@ -9,9 +9,6 @@
 
 #include <span>
 
-/// The name of a report's PDF file in the report's folder.
-inline const QString pdfName = QStringLiteral("REPORT.PDF");
-
 /// A report as one PDF file, made of the same figures and charts as its pages: a title sheet with
 /// sentences, key figures and timeline; contents; incidents, missed targets, rankings and
 /// forecasts; then the devices, two charts a page or four. A4, or Letter where the locale measures

@@ -105,7 +105,8 @@ PlannedReport plannedReport(const clsReportDef &report, const clsGraphDef *chart
     plan.id = report.ReportID;
     plan.title = report.ReportTitle;
     plan.keep = report.Keep;
-    plan.pdf = report.Pdf ? PlannedReport::Pdf::Beside : PlannedReport::Pdf::None;
+    plan.pdf =
+        report.Pdf || report.Keep > 0 ? PlannedReport::Pdf::Beside : PlannedReport::Pdf::None;
     plan.latest = runInstant;
     plan.runDate = wallTime(runInstant);
     for (const auto &device : report.ReportDevices)

@@ -114,16 +114,23 @@ private:
         }
     }
 
+    /// Nobody shall take the file of an earlier run for one that belongs to the new pages.
+    static void removeEarlierPdf(const ReportContext &context)
+    {
+        QFile::remove(exactPath(context.folder + pdfName));
+    }
+
     void finishPdf(const ReportContext &context, const ReportFigures &figures)
     {
         if (m_plan.pdf == PlannedReport::Pdf::None) {
-            QFile::remove(exactPath(context.folder + pdfName)); // that of an earlier run
+            removeEarlierPdf(context);
             return;
         }
         show(QLatin1String("Writing PDF: ") + m_pdfPath);
         withPdf([&] { m_pdf->finish(figures); });
         if (!m_pdfError)
             return;
+        removeEarlierPdf(context);
         m_outcome.chartErrors.append(pdfName + u' ' + errorTail(*m_pdfError));
         show(QStringLiteral("Error writing PDF '%1' ").arg(m_pdfPath) + errorTail(*m_pdfError));
     }

@@ -224,7 +224,7 @@ private:
         if (report.keep == 0)
             return;
         try {
-            ReportArchive(session.tree.reportFolder(report.id)).keep(report.keep, false);
+            ReportArchive(session.tree.reportFolder(report.id)).keep(report.keep);
         } catch (const Error &error) {
             showAndNote(QStringLiteral("Error archiving report '%1' ").arg(report.title), error);
         }

@@ -23,8 +23,11 @@ class ArchiveTest : public QObject
         box.write("R/report.json", "{\"period\": {\"from\": \"" + from + "+00:00\", \"to\": \"" +
                                        to + "+00:00\"}, \"rate\": " + rate + '}');
         box.write("R/repsum.csv", "csv of " + from);
-        box.write("R/REPORT.PDF", "pdf of " + from);
-        ReportArchive(box.path("R") + '/').keep(max, withPdf);
+        if (withPdf)
+            box.write("R/REPORT.PDF", "pdf of " + from);
+        else
+            QFile::remove(box.path("R/REPORT.PDF"));
+        ReportArchive(box.path("R") + '/').keep(max);
     }
     static QString shown(const Sandbox &box)
     {
@@ -91,7 +94,7 @@ private Q_SLOTS:
         const Sandbox box;
         box.write("R/report.json", "{\"period\": {\"from\": \"yesterday\"}}");
         QVERIFY(failureOf([&] {
-                    ReportArchive(box.path("R") + '/').keep(1, false);
+                    ReportArchive(box.path("R") + '/').keep(1);
                 }).endsWith("report.json' has no valid period"));
         QVERIFY(QDir().mkpath(box.path("elsewhere")));
         QVERIFY(QFile::link(box.path("elsewhere"), box.path("R/Archive")));
