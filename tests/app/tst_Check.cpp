@@ -149,6 +149,23 @@ private Q_SLOTS:
                  qPrintable(found[0]));
     }
 
+    void readsTheMailSettings()
+    {
+        program().gGraphDataPath = m_box->path() + u'/';
+        m_box->write("Config/MailSettings.XML",
+                     "<MAILSETTINGS>\n<SERVER Host='h' User='u'\nPort='x' From='a@b'/>\n"
+                     "<FAILURES To='c'/>\n<SUBSCRIPTION To='d@e'\nReportID='{0}'/></MAILSETTINGS>");
+        m_box->write("Config/Mail.HTML", "\n%%mail.titel%%");
+        QStringList found;
+        const QStringList lines = check();
+        for (const QString &line : lines)
+            found.append(line.section(u'/', -1).section(u'\'', 0, 0));
+        QCOMPARE(found, QStringList({"MailSettings.XML:3:1: Port ",
+                                     "MailSettings.XML:2:18: no password of ",
+                                     "MailSettings.XML:6:1: there is no report ",
+                                     "MailSettings.XML:4:11: ", "Mail.HTML:2:1: "}));
+    }
+
     /// A count of samples that is too high is a finding, and a line of a run that goes well.
     void saysWhatTheDatabaseLacks()
     {
