@@ -11,6 +11,7 @@
 #include <QDoubleSpinBox>
 #include <QPlainTextEdit>
 #include <QTabWidget>
+#include <QThreadPool>
 #include <QTreeWidget>
 
 namespace {
@@ -38,6 +39,11 @@ struct Site
         if (!file.isEmpty())
             box.write("MailSettings.XML", file);
         open();
+    }
+    ~Site()
+    {
+        dialog.reset();
+        QThreadPool::globalInstance()->waitForDone(); // for a test that was cancelled
     }
     void open()
     {

@@ -1,7 +1,6 @@
 #include "ui/editors/frmMail.h"
 
 #include "base/Error.h"
-#include "ui/common/ScrollPane.h"
 #include "ui/editors/MailServerFields.h"
 #include "ui/editors/MailTest.h"
 #include "ui/editors/SubscriptionList.h"
@@ -13,7 +12,7 @@ frmMail::frmMail(MailSite site, QWidget *parent)
     : EditorDialog(QStringLiteral("frmMail"), QStringLiteral("mail.html"), parent)
     , m_site(std::move(site))
     , m_settings(MailSettings::load(m_site.settings))
-    , sspMail(new QTabWidget)
+    , m_pages(new QTabWidget)
     , m_server(new MailServerFields)
     , m_test(new MailTest)
     , m_subscriptions(new SubscriptionList)
@@ -24,13 +23,13 @@ frmMail::frmMail(MailSite site, QWidget *parent)
     serverLayout->addWidget(m_server);
     serverLayout->addWidget(m_test);
     serverLayout->addStretch(1);
-    sspMail->setObjectName(QStringLiteral("tabMail"));
-    sspMail->setAccessibleName(QStringLiteral("Mail settings"));
-    sspMail->addTab(server, QStringLiteral("&Mail server"));
-    sspMail->addTab(m_subscriptions, QStringLiteral("Su&bscriptions"));
+    m_pages->setObjectName(QStringLiteral("tabMail"));
+    m_pages->setAccessibleName(QStringLiteral("Mail settings"));
+    m_pages->addTab(server, QStringLiteral("&Mail server"));
+    m_pages->addTab(m_subscriptions, QStringLiteral("Su&bscriptions"));
     auto *layout = new QVBoxLayout(content());
     layout->setContentsMargins(0, 0, 0, 0);
-    layout->addWidget(sspMail);
+    layout->addWidget(m_pages);
 
     m_server->load(m_settings.server, hasSecret());
     m_subscriptions->load(m_settings);
@@ -120,9 +119,9 @@ void frmMail::accept()
 {
     QWidget *field = nullptr;
     if (!inputError(field).isEmpty()) {
-        for (int page = 0; page < sspMail->count(); ++page) {
-            if (sspMail->widget(page)->isAncestorOf(field))
-                sspMail->setCurrentIndex(page);
+        for (int page = 0; page < m_pages->count(); ++page) {
+            if (m_pages->widget(page)->isAncestorOf(field))
+                m_pages->setCurrentIndex(page);
         }
     }
     EditorDialog::accept();

@@ -37,7 +37,7 @@ private:
 
     MailSite m_site;
     MailSettings m_settings; ///< as read or saved last
-    QTabWidget *sspMail;
+    QTabWidget *m_pages;
     MailServerFields *m_server;
     MailTest *m_test;
     SubscriptionList *m_subscriptions;

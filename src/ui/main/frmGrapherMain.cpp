@@ -58,6 +58,19 @@ QString resultLine(const RunResult &result)
     return line + u'.';
 }
 
+/// Empty: there was nothing to send.
+QString mailLine(const MailResult &result)
+{
+    if (result.sent + result.waiting + result.lost == 0)
+        return {};
+    QString line = QStringLiteral("Mails: %1 sent").arg(result.sent);
+    if (result.waiting > 0)
+        line += QStringLiteral(", %1 waiting for the next run").arg(result.waiting);
+    if (result.lost > 0)
+        line += QStringLiteral(", %1 refused or given up").arg(result.lost);
+    return line + u'.';
+}
+
 } // namespace
 
 void frmGrapherMain::restoreLayout()
@@ -384,7 +397,9 @@ void frmGrapherMain::sendMails()
             watcher.status = [this, &link](const QString &line) {
                 link.deliver([this, line] { txtStatusInfo->addLine(line); });
             };
-            mailAfterRun(site, watcher);
+            const MailResult result = mailAfterRun(site, watcher);
+            if (const QString line = mailLine(result); !line.isEmpty())
+                watcher.status(line);
         },
         [this](const QString &error) {
             txtStatusInfo->addLine(QLatin1String("Error sending mail ") + error);
