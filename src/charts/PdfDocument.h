@@ -1,5 +1,6 @@
 #pragma once
 
+#include <QDateTime>
 #include <QPageSize>
 #include <QPainter>
 #include <QRectF>
