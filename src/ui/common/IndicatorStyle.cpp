@@ -4,6 +4,9 @@
 #include <QPainter>
 #include <QProxyStyle>
 #include <QStyleOption>
+#include <QWidget>
+
+#include <algorithm>
 
 namespace {
 
@@ -32,6 +35,15 @@ bool isFrame(QStyle::PrimitiveElement element, const QStyleOption *option)
     }
 }
 
+/// The room above a group's frame, as the style keeps it.
+int titleHeight(const QStyleOption *option, const QWidget *widget)
+{
+    constexpr int margin = 3;
+    const int indicator =
+        widget ? widget->style()->pixelMetric(QStyle::PM_IndicatorHeight, option, widget) : 0;
+    return std::max(indicator, option->fontMetrics.height()) + margin;
+}
+
 class IndicatorStyle : public QProxyStyle
 {
 public:
@@ -49,7 +61,8 @@ public:
             painter->save();
             painter->setPen(color);
             painter->setBrush(Qt::NoBrush);
-            painter->drawRect(QRectF(option->rect).adjusted(0.5, 0.5, -0.5, -0.5));
+            const int title = element == PE_FrameGroupBox ? titleHeight(option, widget) : 0;
+            painter->drawRect(QRectF(option->rect).adjusted(0.5, title + 0.5, -0.5, -0.5));
             painter->restore();
             return;
         }

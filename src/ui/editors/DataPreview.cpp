@@ -22,7 +22,7 @@ QComboBox *newChoice(const char *name, const QString &accessibleName)
     choice->setAccessibleName(accessibleName);
     choice->setToolTip(accessibleName);
     choice->setSizeAdjustPolicy(QComboBox::AdjustToMinimumContentsLengthWithIcon);
-    choice->setMinimumContentsLength(14);
+    choice->setMinimumContentsLength(8);
     choice->setMaxVisibleItems(20);
     return choice;
 }
