@@ -97,7 +97,8 @@ private Q_SLOTS:
         }
         QCOMPARE(types.mid(1).join(' '), "multipart/mixed multipart/alternative text/plain "
                                          "multipart/related text/html image/png application/pdf");
-        QCOMPARE(parts[3]["text"].toString().remove('\r').trimmed(), plainMailText(content).trimmed());
+        QCOMPARE(parts[3]["text"].toString().remove('\r').trimmed(),
+                 plainMailText(content).trimmed());
         const QString html = parts[5]["text"].toString();
         QVERIFY(html.contains("<p>&lt;script>alert(1)&lt;/script> &amp; &quot;Core&quot;</p>"));
         QVERIFY(html.contains("href=\"https://x/?a=1&amp;b=&#39;2&#39;\""));
