@@ -17,7 +17,6 @@
 #include "config/StartUp.h"
 #include "config/clsGrapherConfig.h"
 #include "definitions/Definitions.h"
-#include "mail/Outbox.h"
 #include "platform/Drawing.h"
 #include "platform/EventLog.h"
 #include "platform/Terminal.h"
@@ -251,9 +250,8 @@ int saveMetricsOf(const Options &options, int status)
     const QString path = options.metrics.isEmpty() ? gConfig().metricsPath() : options.metrics;
     if (path.isEmpty() || program().gGraphDataPath.isEmpty())
         return status;
-    const auto waiting = static_cast<qsizetype>(Outbox(mailSite().outbox()).entries().size());
     QString error;
-    if (saveMetrics(path, runHistory(), {status, waiting}, &error))
+    if (saveMetrics(path, runHistory(), {status, waitingMails(mailSite())}, &error))
         return status;
     print(stderr, error);
     return status == ExitStatus::Done ? int(ExitStatus::ReportFailed) : status;

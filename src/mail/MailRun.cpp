@@ -386,6 +386,11 @@ MailResult mailAfterRun(const MailSite &site, const Observer &watcher)
     return result;
 }
 
+qsizetype waitingMails(const MailSite &site)
+{
+    return static_cast<qsizetype>(Outbox(site.outbox()).entries().size());
+}
+
 MailResult mailReport(const MailSite &site, const QString &reportId, const QString &title,
                       const Observer &watcher)
 {

@@ -31,6 +31,9 @@ struct MailResult
 /// where there is no MailSettings.XML.
 MailResult mailAfterRun(const MailSite &site, const Observer &watcher);
 
+/// How many mails wait to be sent.
+qsizetype waitingMails(const MailSite &site);
+
 /// Sends a report's last finished result to all its subscribers now, whatever it is like. What
 /// cannot be sent waits.
 MailResult mailReport(const MailSite &site, const QString &reportId, const QString &title,

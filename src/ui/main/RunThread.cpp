@@ -1,6 +1,7 @@
 #include "ui/main/RunThread.h"
 
 #include "config/Program.h"
+#include "mail/MailRun.h"
 #include "scheduling/Metrics.h"
 #include "ui/main/StatusBox.h"
 
@@ -25,17 +26,18 @@ RunThread::RunThread(RunPlan plan, QObject *parent)
         QMetaObject::invokeMethod(this, &RunThread::end, Qt::QueuedConnection);
     };
     try {
-        m_thread = std::thread([this, endSoon, watcher, plan = std::move(plan)]() mutable {
-            const QString metrics = plan.settings.metricsPath();
-            const RunHistory history = plan.history;
-            m_result = executeRun(std::move(plan), watcher, [this](const ReportRecord &report) {
-                const std::lock_guard lock(m_mutex);
-                m_reports.push_back(report);
+        m_thread = std::thread(
+            [this, endSoon, watcher, site = mailSite(), plan = std::move(plan)]() mutable {
+                const QString metrics = plan.settings.metricsPath();
+                m_result = executeRun(std::move(plan), watcher, [this](const ReportRecord &report) {
+                    const std::lock_guard lock(m_mutex);
+                    m_reports.push_back(report);
+                });
+                const RunState state{m_result.exitStatus(), waitingMails(site)};
+                if (QString error; !saveMetrics(metrics, site.history, state, &error))
+                    addLine(error);
+                endSoon();
             });
-            if (QString error; !saveMetrics(metrics, history, {m_result.exitStatus(), 0}, &error))
-                addLine(error);
-            endSoon();
-        });
     } catch (const std::system_error &error) { // the system gives no thread
         m_result.error = QLatin1String("Error running reports ") + errorTail(errorOf(error));
         endSoon();

@@ -10,6 +10,7 @@
 #include "mail/MailRun.h"
 #include "platform/TaskbarProgress.h"
 #include "report/OutputTree.h"
+#include "scheduling/Metrics.h"
 #include "scheduling/Registration.h"
 #include "scheduling/Standings.h"
 #include "ui/common/Messages.h"
@@ -253,7 +254,7 @@ void frmGrapherMain::endRun(const RunResult &result)
     updateCommands();
     if (m_runMode == RunMode::Scheduled) {
         endScheduledRun();
-        sendMails();
+        sendMails(result.exitStatus());
     }
     if (m_closesAfterRun)
         QTimer::singleShot(0, this, &QWidget::close);
@@ -387,12 +388,13 @@ void frmGrapherMain::editMail()
 
 /// What the run that just ended calls for, and what waits from earlier ones. Closing the window
 /// breaks it off; what was not sent waits for the next run.
-void frmGrapherMain::sendMails()
+void frmGrapherMain::sendMails(int status)
 {
     if (m_closesAfterRun || m_mails.isBusy())
         return;
     m_mails.start(
-        [this, site = mailSite()](const Background::Link &link) {
+        [this, status, metrics = gConfig().metricsPath(),
+         site = mailSite()](const Background::Link &link) {
             Observer watcher;
             watcher.status = [this, &link](const QString &line) {
                 link.deliver([this, line] { txtStatusInfo->addLine(line); });
@@ -400,6 +402,9 @@ void frmGrapherMain::sendMails()
             const MailResult result = mailAfterRun(site, watcher);
             if (const QString line = mailLine(result); !line.isEmpty())
                 watcher.status(line);
+            if (QString error;
+                !saveMetrics(metrics, site.history, {status, waitingMails(site)}, &error))
+                watcher.status(error);
         },
         [this](const QString &error) {
             txtStatusInfo->addLine(QLatin1String("Error sending mail ") + error);

@@ -99,7 +99,7 @@ private:
     void setRunning(bool running);
     void runWhatIsDue();
     void endScheduledRun();
-    void sendMails();
+    void sendMails(int status); ///< of the run, an ExitStatus
     void requestCancel();
     void showProgress(const Progress &progress);
     void openInBrowser(const QString &url);
