@@ -115,6 +115,16 @@ void takeEditors(Album &album)
     report.load(*definitions().gReportDefs.at(0));
     album.take(report, QStringLiteral("report-editor"));
 
+    clsReportDef byRule;
+    byRule.ReportTitle = QStringLiteral("All switches, last week");
+    byRule.Rules = {{false, QStringLiteral("*-SW*|*switch*")},
+                    {false, {}, QStringLiteral("Network core"), {}, QStringLiteral("Latency")},
+                    {true, QStringLiteral("lab-*")}};
+    frmReportDefEditor rules;
+    rules.load(byRule);
+    rules.findChild<QTabWidget *>()->setCurrentIndex(1);
+    album.take(rules, QStringLiteral("report-rules"));
+
     frmGraphDefEditor chart;
     chart.load(*definitions().gChartDefs.at(definitions().gChartDefs.size() - 1));
     album.take(chart, QStringLiteral("chart-editor"));

@@ -13,6 +13,7 @@
 #include "config/Program.h"
 #include "config/clsGrapherConfig.h"
 #include "database/Connection.h"
+#include "database/RuleMatches.h"
 #include "definitions/Advice.h"
 #include "definitions/TemplateFile.h"
 #include "definitions/clsReportDef.h"
@@ -277,9 +278,39 @@ private:
                 file.requireNewId(device, "MUID", devices);
                 checkDevice(file, device);
             }
-            if (devices.isEmpty())
+            if (!checkRules(file, report) && devices.isEmpty())
                 file.add(report, nullptr, QStringLiteral("the report has no device"));
         });
+    }
+
+    /// Whether the report has rules. Each should find something.
+    bool checkRules(CheckedFile &file, const pugi::xml_node &report)
+    {
+        std::vector<SelectionRule> rules;
+        for (const pugi::xml_node &element : report.children()) {
+            const bool isException = qstrcmp(element.name(), "EXCEPT") == 0;
+            if (!isException && qstrcmp(element.name(), "RULE") != 0)
+                continue;
+            try {
+                SelectionRule rule = readRule(element);
+                rules.push_back(rule);
+                rule.isException = false;
+                if (m_inventory && ruleMatches({rule}, *m_inventory).empty())
+                    file.add(
+                        element, nullptr,
+                        QStringLiteral("the %1 finds nothing in the database: %2")
+                            .arg(isException ? QLatin1String("exception") : QLatin1String("rule"),
+                                 ruleInWords(rule)));
+            } catch (const Error &error) {
+                file.add(element, "Kind", error.description);
+                rules.emplace_back();
+            }
+        }
+        const bool findsNothing =
+            m_inventory && !rules.empty() && ruleMatches(rules, *m_inventory).empty();
+        if (findsNothing && report.child("DEVICE").empty())
+            file.add(report, nullptr, QStringLiteral("the report's rules find no device"));
+        return !rules.empty();
     }
 
     /// What the figures of a report are held against.

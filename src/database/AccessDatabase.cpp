@@ -115,11 +115,13 @@ std::vector<DeviceRow> readDevices(mdb::AccessFile &file)
     const int name = walk.column(QStringLiteral("MachName"));
     const int description = walk.column(QStringLiteral("MachDesc"));
     const int excluded = walk.optionalColumn(QStringLiteral("MachExclude"));
+    const int group = walk.optionalColumn(QStringLiteral("MachGroup"));
     std::vector<DeviceRow> devices;
     while (walk.next())
         devices.push_back({integerOf(walk, ident), textOf(walk, muid), textOf(walk, name),
                            textOf(walk, description),
-                           excluded >= 0 && integerOf(walk, excluded) != 0});
+                           excluded >= 0 && integerOf(walk, excluded) != 0,
+                           group >= 0 ? textOf(walk, group) : QString()});
     return devices;
 }
 

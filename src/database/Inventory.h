@@ -14,6 +14,7 @@ struct DeviceRow
     QString name;
     QString description;
     bool isExcluded = false;
+    QString group = {}; ///< empty where the database has no groups
 };
 
 struct ItemRow

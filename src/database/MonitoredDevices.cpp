@@ -2,6 +2,7 @@
 
 #include "base/NaturalOrder.h"
 #include "database/MonitoringDatabase.h"
+#include "database/RuleMatches.h"
 
 #include <QSet>
 
@@ -52,13 +53,6 @@ private:
     QStringList m_texts;
     QHash<QString, int> m_indexes;
 };
-
-/// A scale's unit: its abbreviation, or else its name.
-QString unitText(const ScaleRow &scale)
-{
-    const QString unit = scale.abbreviation.trimmed();
-    return unit.isEmpty() ? scale.name.trimmed() : unit;
-}
 
 /// Collects the rows of the selection: one for each data item, in any order.
 class Reader

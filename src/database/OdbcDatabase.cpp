@@ -43,16 +43,33 @@ std::shared_ptr<const Inventory> OdbcDatabase::inventory()
     while (units->next())
         scales.push_back({scaleNumber(units->integer(0)), units->text(1), units->text(2)});
     std::vector<DeviceRow> devices;
-    const auto machines = m_connection->open(
-        QStringLiteral("Select * from Devices order by MachName"),
-        {QStringLiteral("IDent"), QStringLiteral("MUID"), QStringLiteral("MachName"),
-         QStringLiteral("MachDesc"), QStringLiteral("MachExclude")});
+    bool hasGroups = true;
+    const auto machines = openDevices(hasGroups);
     while (machines->next())
         devices.push_back({machines->integer(0), machines->text(1), machines->text(2),
-                           machines->text(3), machines->integer(4) != 0});
+                           machines->text(3), machines->integer(4) != 0,
+                           hasGroups ? machines->text(5) : QString()});
     m_inventory =
         std::make_shared<const Inventory>(std::move(devices), std::move(items), std::move(scales));
     return m_inventory;
+}
+
+/// `hasGroups`: not every database has a column for them.
+std::unique_ptr<OdbcRecordset> OdbcDatabase::openDevices(bool &hasGroups)
+{
+    const QString sql = QStringLiteral("Select * from Devices order by MachName");
+    QStringList columns = {QStringLiteral("IDent"),       QStringLiteral("MUID"),
+                           QStringLiteral("MachName"),    QStringLiteral("MachDesc"),
+                           QStringLiteral("MachExclude"), QStringLiteral("MachGroup")};
+    try {
+        return m_connection->open(sql, columns);
+    } catch (const Error &error) {
+        if (error.number != ItemNotFound)
+            throw;
+    }
+    hasGroups = false;
+    columns.removeLast();
+    return m_connection->open(sql, columns);
 }
 
 qint64 OdbcDatabase::sampleCount()

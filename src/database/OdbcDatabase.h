@@ -22,6 +22,7 @@ public:
     bool isOpen() override { return m_connection->isOpen(); }
 
 private:
+    std::unique_ptr<OdbcRecordset> openDevices(bool &hasGroups);
     void answer(ItemQuestion &question);
     void answer(SummaryQuestion &question);
 

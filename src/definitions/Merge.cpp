@@ -3,12 +3,14 @@
 #include "base/Clock.h"
 #include "base/Xml.h"
 #include "definitions/Dates.h"
+#include "definitions/SelectionRule.h"
 
 #include <QHash>
 
 namespace {
 
-/// The repeated elements of a definition, and the attribute that identifies each.
+/// The repeated elements of a definition, and the attribute that identifies each; null: all that a
+/// rule says does.
 struct Part
 {
     const char *parent;
@@ -17,10 +19,9 @@ struct Part
 };
 
 constexpr Part parts[] = {
-    {"CUSTOMREPORT", "SCHEDULE", "ScheduleID"},
-    {"CUSTOMREPORT", "DEVICE", "MUID"},
-    {"CUSTOMREPORT", "MAINTENANCE", "From"},
-    {"DEVICE", "DATUM", "DataIDent"},
+    {"CUSTOMREPORT", "SCHEDULE", "ScheduleID"}, {"CUSTOMREPORT", "DEVICE", "MUID"},
+    {"CUSTOMREPORT", "RULE", nullptr},          {"CUSTOMREPORT", "EXCEPT", nullptr},
+    {"CUSTOMREPORT", "MAINTENANCE", "From"},    {"DEVICE", "DATUM", "DataIDent"},
 };
 
 /// Attributes that a definition only has where they are set: one that a fresh element lacks goes.
@@ -38,9 +39,9 @@ std::vector<KeyedElement> partsOf(const pugi::xml_node &element)
     std::vector<KeyedElement> found;
     for (pugi::xml_node node = nextNode(element, element); node; node = nextNode(node, element)) {
         for (const Part &part : parts) {
-            const QString key = is(element, part.parent) && is(node, part.name)
-                                    ? GetAttr(node, part.key, QString())
-                                    : QString();
+            if (!is(element, part.parent) || !is(node, part.name))
+                continue;
+            const QString key = part.key ? GetAttr(node, part.key, QString()) : ruleKey(node);
             if (!key.isEmpty())
                 found.push_back({node, QLatin1String(part.name) + u' ' + key});
         }

@@ -134,6 +134,8 @@ pugi::xml_node clsReportDef::XMLConfigEL(pugi::xml_node parent) const
             setNumberAttr(datum, "Limit", item->Limit);
         }
     }
+    for (const SelectionRule &rule : Rules)
+        appendRule(element, rule);
     for (const ReportMaintenance &maintenance : Maintenance) {
         pugi::xml_node child = element.append_child("MAINTENANCE");
         setAttr(child, "From", DateToXML(maintenance.From));
@@ -183,6 +185,14 @@ void clsReportDef::readElement(const pugi::xml_node &element)
             }) > 1)
             throw Error(DuplicateKey,
                         QStringLiteral("MAINTENANCE From '%1' comes twice").arg(begin));
+    }
+    Rules.clear();
+    for (const pugi::xml_node &child : element.children()) {
+        if (qstrcmp(child.name(), "RULE") != 0 && qstrcmp(child.name(), "EXCEPT") != 0)
+            continue;
+        const SelectionRule rule = readRule(child);
+        if (std::find(Rules.begin(), Rules.end(), rule) == Rules.end())
+            Rules.push_back(rule);
     }
     ReportDevices.clear();
     forEachElement(element, "DEVICE", [this](const pugi::xml_node &child) {

@@ -2,6 +2,7 @@
 
 #include "definitions/Collection.h"
 #include "definitions/Dates.h"
+#include "definitions/SelectionRule.h"
 #include "definitions/ServiceHours.h"
 
 #include <optional>
@@ -67,6 +68,10 @@ public:
     Collection<clsReportDeviceDef> ReportDevices;  ///< by MUID
     Collection<clsReportSchedule> ReportSchedules; ///< by ScheduleID
 
+    /// What it charts beside those devices: found anew by each run. A file has them only where
+    /// there are any.
+    std::vector<SelectionRule> Rules;
+
     // What the figures are held against. A file has them only where they are set.
     std::optional<double> Target; ///< success rate in percent that is promised, 0 to 100
     ServiceHours Hours;           ///< attribute ServiceHours: when the promise holds
@@ -84,8 +89,8 @@ public:
     /// Reads a "CUSTOMREPORT" element into a new object (schedules are added to those it has).
     /// Throws Error(DuplicateKey) naming a duplicate device, data item or schedule,
     /// Error(TypeMismatch) naming a data item whose key is not a number, or a target, a limit,
-    /// service hours, a maintenance or a number of runs to keep that is not valid, and Error on
-    /// malformed XML.
+    /// service hours, a maintenance, a rule or a number of runs to keep that is not valid, and
+    /// Error on malformed XML.
     void SetXMLConfig(const QString &text);
     void readElement(const pugi::xml_node &element);
 };

@@ -1,6 +1,9 @@
 #include "report/ReportPlan.h"
 
 #include "base/TimeZone.h"
+#include "database/RuleMatches.h"
+
+#include <QSet>
 
 #include <algorithm>
 
@@ -88,6 +91,29 @@ int PlannedReport::itemCount() const
     return static_cast<int>(count);
 }
 
+void PlannedReport::applyRules(const Inventory &inventory)
+{
+    if (knowsAllDevices)
+        return;
+    knowsAllDevices = true;
+    QHash<QString, size_t> known; // by case-folded MUID
+    for (size_t i = 0; i < devices.size(); ++i)
+        known.insert(devices[i].muid.toCaseFolded(), i);
+    for (const RuleMatch &match : ruleMatches(rules, inventory)) {
+        const QString key = match.device->muid.toCaseFolded();
+        if (!known.contains(key)) {
+            known.insert(key, devices.size());
+            devices.push_back({match.device->muid, {}, target, {}});
+        }
+        std::vector<qint64> &items = devices[known[key]].dataIdents;
+        const QSet<qint64> before(items.begin(), items.end());
+        for (const ItemRow *item : match.items) {
+            if (!before.contains(item->dataIdent))
+                items.push_back(item->dataIdent);
+        }
+    }
+}
+
 void PlannedReport::sortDevices(const Inventory &inventory)
 {
     const auto nameOf = [&inventory](const Device &device) {
@@ -109,6 +135,9 @@ PlannedReport plannedReport(const clsReportDef &report, const clsGraphDef *chart
         report.Pdf || report.Keep > 0 ? PlannedReport::Pdf::Beside : PlannedReport::Pdf::None;
     plan.latest = runInstant;
     plan.runDate = wallTime(runInstant);
+    plan.rules = report.Rules;
+    plan.knowsAllDevices = plan.rules.empty();
+    plan.target = report.Target;
     for (const auto &device : report.ReportDevices)
         plan.devices.push_back(plannedDevice(report, *device));
     if (!chart) {

@@ -57,7 +57,14 @@ struct PlannedReport
     std::optional<ServiceTime> precedingService; ///< where there is a preceding period
     std::optional<FurtherPeriod> recentDays;     ///< the days before the run, for forecasts
 
+    std::vector<SelectionRule> rules;
+    bool knowsAllDevices = true;       ///< false: what its rules find is still to be added
+    std::optional<double> target = {}; ///< the report's, of what its rules find
+
     int itemCount() const;
+
+    /// Adds what its rules find now. Items that are there already stay where they are.
+    void applyRules(const Inventory &inventory);
 
     /// Orders the devices by their names, ascending and without regard to case; equal ones keep
     /// their order, those that the database does not know come first.

@@ -50,8 +50,14 @@ public:
             return;
         if (!isPdfAlone())
             requireTemplates(m_plan, *m_database->inventory(), builder, m_session.settings);
+        if (!m_plan.knowsAllDevices)
+            throw Error(DatabaseError, QStringLiteral("The database could not be asked which "
+                                                      "devices the report's rules find"));
         if (m_plan.devices.empty())
-            throw Error(DatabaseError, QStringLiteral("The report has no device to ask for"));
+            throw Error(DatabaseError,
+                        m_plan.rules.empty()
+                            ? QStringLiteral("The report has no device to ask for")
+                            : QStringLiteral("The report's rules find no device to ask for"));
         if (!showExtent()) {
             show(QLatin1String("No device data available for report ") + m_plan.title);
             if (isPdfAlone() && !program().CancelRequested)

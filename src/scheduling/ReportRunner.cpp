@@ -103,7 +103,7 @@ private:
             openQuietly(session);
         else
             prepareOutput(session);
-        sortDevices(session);
+        completeDevices(session);
         produceReports(session);
         const MonitoringDatabase *database = session.database.get();
         const QStringList warnings = database ? database->warnings() : QStringList();
@@ -137,15 +137,22 @@ private:
         return contentsEntries(m_plan.contents, OutputTree(m_plan.settings), m_plan.history);
     }
 
-    /// Puts the devices of all reports into their order, by which their samples are read.
-    void sortDevices(const RunSession &session)
+    /// Finds the devices that rules choose, and puts those of all reports into their order, by
+    /// which their samples are read.
+    void completeDevices(RunSession &session)
     {
-        if (!session.database.get())
+        const bool hasRules =
+            std::any_of(m_plan.reports.begin(), m_plan.reports.end(),
+                        [](const PlannedReport &report) { return !report.rules.empty(); });
+        if (!session.database.get() && !hasRules)
             return;
         try {
-            m_result.inventory = session.database.get()->inventory();
-            for (PlannedReport &report : m_plan.reports)
+            MonitoringDatabase *database = session.database.get();
+            m_result.inventory = (database ? *database : session.openDatabase()).inventory();
+            for (PlannedReport &report : m_plan.reports) {
+                report.applyRules(*m_result.inventory);
                 report.sortDevices(*m_result.inventory);
+            }
         } catch (const Error &) {
             // The report that meets the same error names it.
         }

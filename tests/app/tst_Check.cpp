@@ -94,6 +94,9 @@ private Q_SLOTS:
         row("report's chart", reports, " ChartID=\"", " ChartID=\"Ä", "no chart definition 'Ä");
         row("report's device", reports, "MUID=\"", "MUID=\"X", "the database has no device 'X");
         row("data item", reports, "DataIDent=\"", "DataIDent=\"1 or 1=", "is not a whole number");
+        row("rule", reports, "<DEVICE ", "<RULE Item=\"no such\"/><DEVICE ",
+            "the rule finds nothing");
+        row("kind of a rule", reports, "<DEVICE ", "<EXCEPT Kind=\"x\"/><DEVICE ", "Kind 'x'");
         row("future date", reports, "LastRunDate=\"20", "LastRunDate=\"30", "is in the future");
         row("same title", charts, "Title=\"",
             "Title=\"X\"/><CHART ChartID=\"2\" Title=\" x\"/><CHART ChartID=\"3\" T=\"",

@@ -1,5 +1,7 @@
 #include "database/MonitoredDevices.h"
 #include "database/MonitoringDatabase.h"
+#include "database/RuleMatches.h"
+#include "support/Rows.h"
 
 #include <QTest>
 
@@ -101,6 +103,54 @@ private Q_SLOTS:
         QVERIFY(!item.isGlobal && devices.items.back().isGlobal);
         QCOMPARE(devices.units.value(item.scale), "%");
         QCOMPARE(devices.units.value(21), "Name"); // for want of an abbreviation
+    }
+
+    void rulesFind_data()
+    {
+        const Rows<std::vector<SelectionRule>, QString> row("rules", "found");
+        using enum SelectionRule::Items;
+        row("none", {}, "");
+        row("everything", {{}}, "a2: Disk C, Ping | a10: Ping, Traffic | b: Latency");
+        row("name", {{false, "A*"}}, "a2: Disk C, Ping | a10: Ping, Traffic");
+        row("group", {{false, "", "core"}}, "b: Latency");
+        row("description", {{false, "", "", "*two"}}, "a2: Disk C, Ping");
+        row("item of devices", {{false, "a*", "", "", "Ping"}}, "a2: Ping | a10: Ping");
+        row("unit's sign, unit's name", {{false, "", "", "", "", "ms|%"}},
+            "a2: Disk C | b: Latency");
+        row("states", {{false, "", "", "", "", "", States}}, "a2: Ping | a10: Ping");
+        row("counters", {{false, "a10", "", "", "", "", Counters}}, "a10: Traffic");
+        row("exception", {{}, {true, "a2"}, {true, "", "", "", "Traffic"}},
+            "a10: Ping | b: Latency");
+        row("exception first", {{true, "b"}, {}}, "a2: Disk C, Ping | a10: Ping, Traffic");
+        row("exceptions alone", {{true, "b"}}, "");
+    }
+    /// Not the device that the monitor excludes, nor rows of a key that came before.
+    void rulesFind()
+    {
+        QFETCH(std::vector<SelectionRule>, rules);
+        const Inventory inventory({{1, "{10}", "a10", "ten", false},
+                                   {2, "{2}", "A2", "number two", false},
+                                   {3, "{3}", "b", "", false, "Core"},
+                                   {4, "{4}", "away", "", true},
+                                   {5, "{10}", "twin", "", false}},
+                                  {{11, 1, "Traffic", "", 4, false},
+                                   {12, 1, "Ping", "", 21, true},
+                                   {21, 2, "Ping", "", 21, true},
+                                   {22, 2, "Disk C", "", 2, false},
+                                   {22, 3, "Disk of another", "", 2, false},
+                                   {31, 3, "Latency", "", 3, false},
+                                   {41, 4, "Ping", "", 21, true},
+                                   {51, 5, "Ping", "", 21, true},
+                                   {61, 6, "Ping", "", 21, true}},
+                                  {{2, "Percent", "%"}, {3, "ms", " "}, {4, "Bits", "bit/s"}});
+        QStringList found;
+        for (const RuleMatch &match : ruleMatches(rules, inventory)) {
+            QStringList items;
+            for (const ItemRow *item : match.items)
+                items.append(item->name);
+            found.append(match.device->name.toLower() + ": " + items.join(", "));
+        }
+        QTEST(found.join(" | "), "found");
     }
 };
 

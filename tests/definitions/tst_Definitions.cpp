@@ -232,6 +232,7 @@ private Q_SLOTS:
                        "<SCHEDULE ScheduleID='S' Own='2' LastRunDate='2024-03-01T06:00:00-"
                        "00:00'/><!-- c --><DEVICE MUID='M'>"
                        "<DATUM DataIDent='1' Own='3'/><DATUM DataIDent='2'/></DEVICE>"
+                       "<RULE Own='4' Item='I'/><RULE Item='J'/>"
                        "<DEVICE MUID='N'/><Other/></CUSTOMREPORT>\n"
                        "<CUSTOMREPORT ReportID='Q'/></REPORTDEFINITIONS>");
         definitions().LoadReportDefs();
@@ -247,6 +248,9 @@ private Q_SLOTS:
             "M", std::make_shared<clsReportDeviceDef>(
                      *definitions().gReportDefs.find("R")->ReportDevices.find("M")));
         changed->ReportDevices.find("M")->DataItems.remove("k2");
+        changed->Rules.resize(2);
+        changed->Rules[0] = {true, "D"};
+        changed->Rules[1].item = "I";
         definitions().store(changed);
         definitions().removeReportDefs({"q"});
         const QByteArray date = " LastRunDate=\"1899-12-30T00:00:00-00:00\"";
@@ -260,7 +264,8 @@ private Q_SLOTS:
                 " /> <SCHEDULE ScheduleID=\"s\" Own=\"2\" "
                 "LastRunDate=\"2024-03-01T06:00:00-00:00\" /> <DEVICE MUID=\"n\" /> <!-- c --> "
                 "<DEVICE MUID=\"M\"> <DATUM DataIDent=\"1\" "
-                "Own=\"3\" /> </DEVICE> <Other /> </CUSTOMREPORT> </REPORTDEFINITIONS>");
+                "Own=\"3\" /> </DEVICE> <EXCEPT Device=\"D\" /> <RULE Own=\"4\" Item=\"I\" /> "
+                "<Other /> </CUSTOMREPORT> </REPORTDEFINITIONS>");
     }
 
     void datesAreWrittenAndNothingElse_data()

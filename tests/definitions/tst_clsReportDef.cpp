@@ -1,9 +1,8 @@
 #include "base/TimeZone.h"
 #include "definitions/clsReportDef.h"
 #include "support/Errors.h"
+#include "support/Rows.h"
 #include "support/Sandbox.h"
-
-#include <QTest>
 
 namespace {
 QString joined(const Collection<QString> &letters)
@@ -79,7 +78,7 @@ private Q_SLOTS:
             "<CUSTOMREPORT ReportID=\"r\" ReportTitle=\"t\" ChartID=\"c\" OutputFile=\"\" "
             "OutputTemplate=\"\" Target=\"99.95\" ServiceHours=\"Sat-Sun 22:00-6:00, Mon "
             "0:00-24:00\" "
-            "Compare=\"0\" Pdf=\"1\" Keep=\"12\"><DEVICE MUID=\"1\" Target=\"0\"><DATUM "
+            "Compare=\"0\" Pdf=\"-1\" Keep=\"12\"><DEVICE MUID=\"1\" Target=\"0\"><DATUM "
             "DataIDent=\"2\" Limit=\"-1.5\"/>"
             "</DEVICE><MAINTENANCE From=\"2024-10-06T13:00:00-00:00\" "
             "To=\"2024-10-06T13:00:01-00:00\" Reason=\"&lt;b &amp; c\"/></CUSTOMREPORT>";
@@ -101,6 +100,45 @@ private Q_SLOTS:
                                                          {second(31, 22), second(32, 6)},
                                                          {second(32, 0), second(33, 0)}}));
         QCOMPARE(stretches[0].second - stretches[0].first, 7 * 3600);
+    }
+
+    void rules()
+    {
+        const QString text =
+            "<CUSTOMREPORT ReportID=\"r\" ReportTitle=\"t\" ChartID=\"c\" OutputFile=\"\" "
+            "OutputTemplate=\"\"><RULE Device=\"*-SW-*|&lt;x\" Group=\"Core\" Description=\"d\" "
+            "Item=\"Latency\" Unit=\"ms\" Kind=\"Counter\"/><RULE/><EXCEPT Kind=\"State\"/>"
+            "</CUSTOMREPORT>";
+        clsReportDef report;
+        report.SetXMLConfig(text);
+        QCOMPARE(report.XMLConfig(), text);
+        QCOMPARE(report.Rules.size(), size_t(3));
+        QVERIFY(report.Rules[2].isException && !report.Rules[0].isException);
+        report.SetXMLConfig("<R><RULE Item=' a'/><RULE Item='a '/></R>");
+        QCOMPARE(report.Rules.size(), size_t(1));
+        QCOMPARE(failureOf([&] { report.SetXMLConfig("<R><RULE Kind='Ping'/></R>"); }),
+                 QString("[13] Kind 'Ping' is neither State nor Counter"));
+    }
+
+    void patterns_data()
+    {
+        const Rows<QString, QString, bool> row("pattern", "name", "matches");
+        row("empty", "", "x", true);
+        row("case and accents", "z\u00fcrich-sw?", "ZURICH-SW1", true);
+        row("whole name", "SW", "SW1", false);
+        row("stars", "*a*b*", "xxabab-", true);
+        row("star gives way", "*ab", "abaab", true);
+        row("nothing behind", "a*b", "abc", false);
+        row("one character", "??", "a", false);
+        row("alternatives", "disk* | *memory*|", "Free Memory", true);
+        row("none of them", "disk*|*memory*", "a disk", false);
+        row("no expression", "[a-z].*", "b", false);
+    }
+    void patterns()
+    {
+        QFETCH(QString, pattern);
+        QFETCH(QString, name);
+        QTEST(NamePattern(pattern).matches(name), "matches");
     }
 
     void duplicatesEndTheReading()

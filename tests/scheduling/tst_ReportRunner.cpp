@@ -363,6 +363,30 @@ private Q_SLOTS:
         QVERIFY(!site.box.status.filter("/R1/M1/': it is a symbolic link").isEmpty());
     }
 
+    /// New devices join by themselves; ticked ones and their order stay.
+    void findsDevicesByRuleAtEachRun()
+    {
+        Site site;
+        const QByteArray rules =
+            "<RULE Device=\"*a\" Item=\"P*\"/><EXCEPT Device=\"beta\"/></CUSTOMREPORT>";
+        QByteArray text = reportFile;
+        site.box.write("ChartSelection.XML",
+                       text.replace("<DEVICE MUID=\"{M-1}\"/></CUSTOMREPORT>", rules));
+        definitions().LoadReportDefs();
+        QVERIFY(!site.run(RunChoice::All).failed());
+        QVERIFY(site.isThere("R2/M1/DEVREP.HTM") && site.isThere("R2/M3/DEVREP.HTM"));
+        QVERIFY(!site.isThere("R2/M2/DEVREP.HTM") && !site.isThere("R2/M4/DEVREP.HTM"));
+        std::vector<AccessTable> tables = monitoringTables();
+        tables[0].rows.push_back({4, "{M-4}", "delta", ""});
+        tables[1].rows.push_back({41, 4, "Ping", "", 21, 1});
+        writeTables(site.database, tables);
+        QVERIFY(!site.run(RunChoice::All).failed());
+        QVERIFY(site.isThere("R2/M4/DEVREP.HTM") && !site.isThere("R1/M4/DEVREP.HTM"));
+        // Without an answer the report fails: it would lack devices.
+        QFile::remove(site.database);
+        QVERIFY(site.run(RunChoice::All).failed());
+    }
+
     void speaksEnglishInFilesForPrograms()
     {
         QLocale::setDefault(QLocale(QLocale::German));

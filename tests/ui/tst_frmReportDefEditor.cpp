@@ -136,6 +136,33 @@ private Q_SLOTS:
     }
 
     /// Shown at once; asked about on OK where the changes have brought them.
+    void rules()
+    {
+        m_report.ReportDevices.clear();
+        m_report.Rules = {{false, "*"}};
+        Editor editor(m_report);
+        auto *tabs = editor.find<QTabWidget>("tabReport");
+        tabs->setCurrentIndex(1);
+        auto *list = editor.find<QListWidget>("lstRules");
+        auto *found = editor.find<QListWidget>("lstFound");
+        QTRY_COMPARE(found->count(), 5);
+        QVERIFY2(list->item(0)->text().endsWith("5 devices, 20 data items"),
+                 qPrintable(list->item(0)->text()));
+        QVERIFY(!editor.hasChanges() && editor.changesNothing());
+        editor.click("cmdRuleExcept");
+        QTest::keyClicks(editor.focusWidget(), m_plan.devices[1].name.toUpper());
+        QTRY_COMPARE(found->count(), 4);
+        QCOMPARE(tabs->tabText(1), "Rules (2)");
+        QCOMPARE(editor.result().Rules[1].device, m_plan.devices[1].name.toUpper());
+        QVERIFY(editor.result().Rules[1].isException);
+        list->setCurrentRow(0);
+        editor.click("cmdRuleRemove");
+        QTRY_COMPARE(found->count(), 0);
+        QCOMPARE(editor.result().Rules.size(), size_t(1));
+        editor.click("cmdRuleRemove");
+        QVERIFY(!editor.find<QWidget>("txtRuleDevice")->isEnabled());
+    }
+
     void warnings()
     {
         definitions().gReportDefs.add("{TWIN}", std::make_shared<clsReportDef>(m_report));

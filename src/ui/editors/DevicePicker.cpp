@@ -27,7 +27,7 @@
 namespace {
 
 /// How long the window waits for a database before it is shown without one.
-constexpr int patience = 150; // milliseconds
+constexpr int patience = 50; // milliseconds
 
 QString counted(qsizetype number, const char *one, const char *many)
 {
@@ -48,14 +48,14 @@ T *named(T *widget, const char *name)
     return widget;
 }
 
+} // namespace
+
 /// The state of one reading, shared with its thread, which may outlive the window.
-struct Reading
+struct DevicePicker::Reading
 {
-    QPromise<MonitoredDevices> promise;
+    QPromise<Found> promise;
     QSemaphore done;
 };
-
-} // namespace
 
 DevicePicker::DevicePicker(QWidget *parent)
     : QWidget(parent)
@@ -237,11 +237,12 @@ void DevicePicker::read()
         return;
     const auto reading = std::make_shared<Reading>();
     reading->promise.start();
-    const QFuture<MonitoredDevices> result = reading->promise.future();
+    const QFuture<Found> result = reading->promise.future();
     QThreadPool::globalInstance()->start([reading, open = databaseSource().connect] {
         try {
             const std::unique_ptr<MonitoringDatabase> database = open();
-            reading->promise.addResult(readMonitoredDevices(*database));
+            Found found{readMonitoredDevices(*database), database->inventory()};
+            reading->promise.addResult(std::move(found));
         } catch (...) {
             reading->promise.setException(std::current_exception());
         }
@@ -262,8 +263,11 @@ void DevicePicker::takeResult()
         return; // taken already
     m_isReading = false;
     QString failure;
+    std::shared_ptr<const Inventory> inventory;
     try {
-        m_tree->setMonitored(m_reading.future().takeResult());
+        Found found = m_reading.future().takeResult();
+        inventory = std::move(found.inventory);
+        m_tree->setMonitored(std::move(found.devices));
         fillKinds();
         search();
     } catch (const Error &error) {
@@ -272,6 +276,7 @@ void DevicePicker::takeResult()
         failure = QString::fromLocal8Bit(error.what());
     }
     showDatabaseState(failure);
+    Q_EMIT inventoryRead(inventory, failure);
 }
 
 /// `error`: why the database could not be read.

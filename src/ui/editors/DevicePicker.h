@@ -1,5 +1,6 @@
 #pragma once
 
+#include "database/Inventory.h"
 #include "database/MonitoredDevices.h"
 #include "definitions/clsReportDef.h"
 
@@ -39,6 +40,10 @@ public:
     /// The MUID and the DataIDent of the current row, empty where it has none.
     std::pair<QString, QString> currentItem() const;
 
+Q_SIGNALS:
+    /// After each reading; null where it failed, for the reason given.
+    void inventoryRead(std::shared_ptr<const Inventory> inventory, const QString &why);
+
 protected:
     void showEvent(QShowEvent *event) override;
 
@@ -70,6 +75,12 @@ private:
     QPushButton *cmdTryAgain;
     QLabel *lblShown;
     QLabel *lblSelected;
-    QFutureWatcher<MonitoredDevices> m_reading;
+    struct Found
+    {
+        MonitoredDevices devices;
+        std::shared_ptr<const Inventory> inventory;
+    };
+    struct Reading;
+    QFutureWatcher<Found> m_reading;
     bool m_isReading = false;
 };

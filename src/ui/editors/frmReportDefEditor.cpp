@@ -10,6 +10,7 @@
 #include "ui/common/Widgets.h"
 #include "ui/editors/DevicePicker.h"
 #include "ui/editors/EditDefinition.h"
+#include "ui/editors/RuleEditor.h"
 #include "ui/editors/SchedulePicker.h"
 #include "ui/editors/frmPreview.h"
 
@@ -24,6 +25,7 @@
 #include <QPushButton>
 #include <QSplitter>
 #include <QStyle>
+#include <QTabWidget>
 #include <QVBoxLayout>
 
 namespace {
@@ -106,11 +108,24 @@ QWidget *frmReportDefEditor::makeHead()
 
 QWidget *frmReportDefEditor::makeDevices()
 {
-    auto *box = new QGroupBox(QStringLiteral("Devices and data items"));
-    auto *layout = new QVBoxLayout(box);
+    auto *ticked = new QWidget;
+    auto *layout = new QVBoxLayout(ticked);
     m_devices = new DevicePicker;
     layout->addWidget(m_devices);
-    return box;
+    m_rules = new RuleEditor;
+    connect(m_devices, &DevicePicker::inventoryRead, m_rules, &RuleEditor::setInventory);
+    m_tabs = new QTabWidget;
+    m_tabs->setObjectName(QStringLiteral("tabReport"));
+    m_tabs->addTab(ticked, QStringLiteral("Devices and data items"));
+    m_tabs->addTab(m_rules, QString());
+    const auto showCount = [this] {
+        const size_t count = m_rules->rules().size();
+        m_tabs->setTabText(1, count == 0 ? QStringLiteral("Rules")
+                                         : QStringLiteral("Rules (%1)").arg(count));
+    };
+    connect(m_rules, &RuleEditor::changed, this, showCount);
+    showCount();
+    return m_tabs;
 }
 
 QWidget *frmReportDefEditor::makeSchedules()
@@ -175,6 +190,7 @@ void frmReportDefEditor::load(const clsReportDef &report)
     txtOutputFolder->setToolTip(wrappingToolTip(folder));
     m_schedules->setSelection(report.ReportSchedules, report.ReportID);
     m_devices->setSelection(report.ReportDevices);
+    m_rules->setRules(report.Rules);
     markUnchanged();
     m_devices->read();
 }
@@ -186,6 +202,7 @@ void frmReportDefEditor::store(clsReportDef &report) const
     report.OutputFile = txtOutputFile->text();
     report.OutputTemplate = txtOutputTemplate->text();
     report.ReportDevices = m_devices->selection();
+    report.Rules = m_rules->rules();
     report.ReportSchedules = m_schedules->selection();
 }
 
@@ -193,7 +210,8 @@ QString frmReportDefEditor::contentText() const
 {
     return QStringList{
         txtTitle->text(),          cboChart->currentData().toString(), txtOutputFile->text(),
-        txtOutputTemplate->text(), m_schedules->selectionText(),       m_devices->selectionText()}
+        txtOutputTemplate->text(), m_schedules->selectionText(),       m_devices->selectionText(),
+        m_rules->rulesText()}
         .join(QLatin1String("\n\n"));
 }
 
@@ -227,10 +245,13 @@ QString frmReportDefEditor::inputError(QWidget *&field) const
 void frmReportDefEditor::accept()
 {
     QWidget *field = nullptr;
-    if (inputError(field).isEmpty() && m_devices->isEmpty() &&
-        !askYesNo(this, QStringLiteral("Nothing Selected"),
-                  QStringLiteral("No device is selected. A run of this report would fail.\n"
-                                 "Save it all the same?"))) {
+    if (inputError(field).isEmpty() && m_devices->isEmpty() && m_rules->rules().empty() &&
+        !askYesNo(
+            this, QStringLiteral("Nothing Selected"),
+            QStringLiteral(
+                "No device is selected, and there is no rule. A run of this report would fail.\n"
+                "Save it all the same?"))) {
+        m_tabs->setCurrentIndex(0);
         m_devices->focusTree();
         return;
     }

@@ -8,6 +8,8 @@ class DevicePicker;
 class QComboBox;
 class QLineEdit;
 class QPushButton;
+class QTabWidget;
+class RuleEditor;
 class SchedulePicker;
 
 /// The editor of a report definition: its title, chart, devices and data items, and schedules.
@@ -58,6 +60,8 @@ private:
     QPushButton *cmdChartModify;
     QPushButton *cmdPreview;
     DevicePicker *m_devices;
+    RuleEditor *m_rules;
+    QTabWidget *m_tabs;
     SchedulePicker *m_schedules;
     QLineEdit *txtOutputFile;
     QLineEdit *txtOutputTemplate;

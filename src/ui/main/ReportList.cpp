@@ -86,6 +86,7 @@ ReportList::Row ReportList::rowFor(const clsReportDef &report, const std::vector
     row.title = report.ReportTitle;
     row.chart = chart ? chart->ChartTitle : QStringLiteral("(missing chart)");
     row.devices = report.ReportDevices.size();
+    row.hasRules = !report.Rules.empty();
     row.schedules = scheduleNames(report);
     const LatestRun last = latestRun(scheduled, runs, fileExists(tree.reportPage(report.ReportID)));
     row.lastRun = last.time;
@@ -167,6 +168,10 @@ QString ReportList::text(const Row &row, int column)
     case Chart:
         return row.chart;
     case Devices:
+        if (row.hasRules)
+            return row.devices == 0
+                       ? QLatin1String("by rule") + apart
+                       : QStringLiteral("%1, by rule").arg(QLocale().toString(row.devices)) + apart;
         return QLocale().toString(row.devices) + apart;
     case Schedules:
         return row.schedules;

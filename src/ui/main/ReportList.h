@@ -53,6 +53,7 @@ private:
         QString title;
         QString chart;
         qsizetype devices = 0;
+        bool hasRules = false;
         QString schedules;
         QDateTime lastRun; ///< wall times; invalid: none
         QDateTime nextRun;
