@@ -124,6 +124,8 @@ void takeEditors(Album &album)
     rules.load(byRule);
     rules.findChild<QTabWidget *>()->setCurrentIndex(1);
     album.take(rules, QStringLiteral("report-rules"));
+    rules.findChild<QTabWidget *>()->setCurrentIndex(2);
+    album.take(rules, QStringLiteral("report-targets"));
 
     frmGraphDefEditor chart;
     chart.load(*definitions().gChartDefs.at(definitions().gChartDefs.size() - 1));

@@ -30,9 +30,12 @@ namespace {
 
 constexpr int any = NumberRule::any;
 constexpr std::array chartNumbers = {
-    NumberRule{"Frequency", 0, 4},        NumberRule{"SubFreq", 0, any},
-    NumberRule{"MinuteInterval", 0, any}, NumberRule{"IntervalCount", 0, any},
-    NumberRule{"ChartDuration", 0, 8},    NumberRule{"ChartQuality", 0, any},
+    NumberRule{"Frequency", 0, 4},
+    NumberRule{"SubFreq", 0, any},
+    NumberRule{"MinuteInterval", 0, any},
+    NumberRule{"IntervalCount", 0, any},
+    NumberRule{"ChartDuration", 0, AfterLastDuration - 1},
+    NumberRule{"ChartQuality", 0, any},
     NumberRule{"DetailCount", 0, any},
 };
 constexpr std::array scheduleNumbers = {

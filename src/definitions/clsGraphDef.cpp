@@ -18,6 +18,21 @@ QDate sundayOfWeek(const QDate &date)
     return date.addDays(-(date.dayOfWeek() % 7));
 }
 
+QDate mondayOfWeek(const QDate &date)
+{
+    return date.addDays(1 - date.dayOfWeek());
+}
+
+QDate firstOfQuarter(const QDate &date)
+{
+    return QDate(date.year(), (date.month() - 1) / 3 * 3 + 1, 1);
+}
+
+DateRange wholeQuarter(const QDate &date)
+{
+    return wholeDays(firstOfQuarter(date), firstOfQuarter(date).addMonths(3).addDays(-1));
+}
+
 QDate firstOfMonth(const QDate &date)
 {
     return QDate(date.year(), date.month(), 1);
@@ -53,6 +68,16 @@ DateRange fixedPeriod(ChartDurationCode duration, const QDate &today, const Date
         return wholeMonth(firstOfMonth(today).addDays(-1));
     case LastYear:
         return wholeYear(today.year() - 1);
+    case ThisMondayWeek:
+        return wholeDays(mondayOfWeek(today), mondayOfWeek(today).addDays(6));
+    case LastMondayWeek:
+        return wholeDays(mondayOfWeek(today).addDays(-7), mondayOfWeek(today).addDays(-1));
+    case Last7Days:
+        return wholeDays(today.addDays(-7), today.addDays(-1));
+    case ThisQuarter:
+        return wholeQuarter(today);
+    case LastQuarter:
+        return wholeQuarter(firstOfQuarter(today).addDays(-1));
     default:
         return otherwise;
     }
@@ -64,7 +89,13 @@ QDate dayInPeriodBefore(qint32 duration, const QDate &today)
     switch (duration) {
     case ThisWeek:
     case LastWeek:
+    case ThisMondayWeek:
+    case LastMondayWeek:
+    case Last7Days:
         return today.addDays(-7);
+    case ThisQuarter:
+    case LastQuarter:
+        return firstOfQuarter(today).addDays(-1);
     case ThisMonth:
     case LastMonth:
         return firstOfMonth(today).addDays(-1);
@@ -158,8 +189,8 @@ DateRange clsGraphDef::precedingPeriod(const QDateTime &run) const
 {
     const QDateTime end = std::min(EndTime, run);
     const qint64 elapsed = StartTime.secsTo(end);
-    const bool isCalendar =
-        SubFrequency == FixedPeriod && ChartDuration >= Today && ChartDuration <= LastYear;
+    const bool isCalendar = SubFrequency == FixedPeriod && ChartDuration >= Today &&
+                            ChartDuration < AfterLastDuration && ChartDuration != CustomRange;
     if (!isCalendar)
         return {StartTime.addSecs(-elapsed), StartTime.addSecs(-1)};
     DateRange period = fixedPeriod(ChartDuration, dayInPeriodBefore(ChartDuration, run.date()), {});

@@ -24,7 +24,14 @@ enum ChartDurationCode : qint32 {
     LastWeek,
     LastMonth,
     LastYear,
-    CustomRange
+    CustomRange,
+    // Older versions do not know these: their --check and editor say so.
+    ThisMondayWeek, ///< from Monday to Sunday
+    LastMondayWeek,
+    Last7Days, ///< up to yesterday
+    ThisQuarter,
+    LastQuarter,
+    AfterLastDuration
 };
 
 /// Enough for a year of five-minute intervals (105,408). A finer chart would show nothing more, and

@@ -49,6 +49,13 @@ private Q_SLOTS:
         QCOMPARE(days("2024-01-02T12:00:00", LastWeek), "2023-12-24 2023-12-30");
         QCOMPARE(days("2024-03-31T12:00:00", LastMonth), "2024-02-01 2024-02-29");
         QCOMPARE(days(leap, LastYear), "2023-01-01 2023-12-31");
+        QCOMPARE(days("2024-03-03T12:00:00", ThisMondayWeek), "2024-02-26 2024-03-03"); // a Sunday
+        QCOMPARE(days("2024-03-04T00:00:00", ThisMondayWeek), "2024-03-04 2024-03-10");
+        QCOMPARE(days("2024-03-03T12:00:00", LastMondayWeek), "2024-02-19 2024-02-25");
+        QCOMPARE(days(leap, Last7Days), "2024-02-22 2024-02-28");
+        QCOMPARE(days("2024-03-31T23:00:00", ThisQuarter), "2024-01-01 2024-03-31");
+        QCOMPARE(days(leap, LastQuarter), "2023-10-01 2023-12-31");
+        QCOMPARE(days("2024-12-31T12:00:00", LastQuarter), "2024-07-01 2024-09-30");
     }
 
     void precedingPeriods()
@@ -56,7 +63,7 @@ private Q_SLOTS:
         const auto before = [](const QString &present, ChartDurationCode duration) {
             const FrozenClock clock(present);
             clsGraphDef chart;
-            chart.SubFrequency = duration > LastYear ? LastIntervals : FixedPeriod;
+            chart.SubFrequency = duration == CustomRange ? LastIntervals : FixedPeriod;
             chart.ChartDuration = duration;
             chart.EndTime = now();
             chart.ChartFrequency = ByHour;
@@ -76,6 +83,12 @@ private Q_SLOTS:
         QCOMPARE(before(leap, LastWeek), "2024-03-17 00:00:00 2024-03-23 23:59:59");
         QCOMPARE(before(leap, LastMonth), "2024-01-01 00:00:00 2024-01-31 23:59:59");
         QCOMPARE(before(leap, LastYear), "2022-01-01 00:00:00 2022-12-31 23:59:59");
+        QCOMPARE(before(leap, ThisMondayWeek), "2024-03-18 00:00:00 2024-03-24 14:30:15");
+        QCOMPARE(before(leap, LastMondayWeek), "2024-03-11 00:00:00 2024-03-17 23:59:59");
+        QCOMPARE(before(leap, Last7Days), "2024-03-17 00:00:00 2024-03-23 23:59:59");
+        QCOMPARE(before("2024-05-02T01:00:00", ThisQuarter),
+                 "2024-01-01 00:00:00 2024-02-01 01:00:00");
+        QCOMPARE(before(leap, LastQuarter), "2023-07-01 00:00:00 2023-09-30 23:59:59");
         QCOMPARE(before(leap, CustomRange), "2024-03-28 14:30:15 2024-03-30 02:30:14");
     }
 

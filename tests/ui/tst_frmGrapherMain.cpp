@@ -18,6 +18,7 @@
 
 #include <QDesktopServices>
 #include <QHeaderView>
+#include <QListWidget>
 #include <QMenu>
 #include <QProgressBar>
 #include <QScrollBar>
@@ -432,6 +433,31 @@ private Q_SLOTS:
         QCOMPARE(site.box.read(definitionFile), before);
     }
 
+    /// Nothing is saved before the user has seen it.
+    void offersReportsToBeginWith()
+    {
+        Site site(false);
+        QTRY_VERIFY(site.window->findChild<QPushButton *>("cmdOffer0"));
+        auto *offer = site.button("cmdOffer0");
+        QVERIFY2(offer->text().startsWith("Availability, last 7 days (3 devices, "),
+                 qPrintable(offer->text()));
+        const auto open = [&site, offer](bool saves) {
+            site.answers.add([saves](QWidget &editor) {
+                QCOMPARE(control<QComboBox>(editor, "cboChart")->currentText(),
+                         "Last week by hour");
+                QCOMPARE(control<QListWidget>(editor, "lstRules")->count(), 1);
+                control<QPushButton>(editor, saves ? "cmdOK" : "cmdCancel")->click();
+            });
+            offer->click();
+            return site.titles();
+        };
+        QCOMPARE(open(false), QStringList());
+        QVERIFY(!fileExists(site.box.path(definitionFile)));
+        QCOMPARE(open(true), QStringList("Availability, last 7 days"));
+        QCOMPARE(site.cell(0, ReportList::Devices).trimmed(), "by rule");
+        QCOMPARE(site.cell(0, ReportList::Schedules), "Every Monday at 06:00");
+    }
+
     void countsDown()
     {
         Site site;
@@ -442,9 +468,12 @@ private Q_SLOTS:
             site.window->tick();
             return site.panel();
         };
-        QCOMPARE(panelAfter(minute - 1000), "Scheduled report run in 60 minutes.");
-        QCOMPARE(panelAfter(59 * minute + 999), "Scheduled report run in 1 minutes.");
-        QCOMPARE(panelAfter(1 - 65 * minute), "Scheduled report run in 55 minutes."); // set back
+        QCOMPARE(panelAfter(minute - 1000),
+                 "Scheduled report run in 60 minutes. Due then: \u201cAlpha\u201d.");
+        QVERIFY2(panelAfter(59 * minute + 999).startsWith("Scheduled report run in 1 minutes. "),
+                 qPrintable(site.panel()));
+        QVERIFY2(panelAfter(1 - 65 * minute).startsWith("Scheduled report run in 55 minutes. "),
+                 qPrintable(site.panel())); // set back
         QVERIFY(!site.status().contains("Starting"));
     }
 
@@ -473,7 +502,8 @@ private Q_SLOTS:
         QVERIFY(site.browsed.isEmpty());
         QVERIFY(site.window->findChild<QTimer *>("Timer1")->isActive());
         site.window->tick();
-        QCOMPARE(site.panel(), QString("Scheduled report run in 60 minutes."));
+        QVERIFY2(site.panel().startsWith("Scheduled report run in 60 minutes. "),
+                 qPrintable(site.panel()));
     }
 
     void sendsMailsAfterAScheduledRunAlone()
@@ -537,7 +567,8 @@ private Q_SLOTS:
         QCOMPARE(site.scheduler.saved.parameters,
                  QStringList({"/AUTO", "--home", site.box.path()}));
         site.window->tick();
-        QCOMPARE(site.panel(), QString("Scheduled report run in 60 minutes."));
+        QVERIFY2(site.panel().startsWith("Scheduled report run in 60 minutes. "),
+                 qPrintable(site.panel()));
 
         site.scheduler.fails = true;
         site.answers.click(QMessageBox::Ok);

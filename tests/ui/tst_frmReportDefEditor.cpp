@@ -12,6 +12,8 @@
 
 #include <QListWidget>
 #include <QMenu>
+#include <QTabWidget>
+#include <QTableWidget>
 #include <QTreeView>
 
 namespace {
@@ -136,6 +138,49 @@ private Q_SLOTS:
     }
 
     /// Shown at once; asked about on OK where the changes have brought them.
+    /// What the report is held against is edited, kept, refused where it is wrong, and tried.
+    void targets()
+    {
+        m_report.Target = 99.5;
+        m_report.Hours = ServiceHours("Mon-Fri 08:00-18:00");
+        m_report.Keep = 3;
+        m_report.Maintenance = {{wallDateTime(QDate(2024, 1, 2), QTime(20, 0)),
+                                 wallDateTime(QDate(2024, 1, 2), QTime(22, 0, 1)), "Move"}};
+        const auto device = *m_report.ReportDevices.begin();
+        device->Target = 98;
+        (*device->DataItems.begin())->Limit = 7.25;
+        Editor editor(m_report);
+        QVERIFY(!editor.hasChanges() && editor.changesNothing());
+        auto *target = editor.find<QLineEdit>("txtTarget");
+        target->setText("101");
+        QVERIFY(editor.error().contains("'101' is not a percentage"));
+        target->setText("97");
+        auto *table = editor.find<QTableWidget>("tblMaintenance");
+        table->item(0, 1)->setText("2024-01-02 19:00");
+        QVERIFY(editor.error().contains("is not before"));
+        editor.click("cmdMaintenanceAdd");
+        table->setCurrentCell(0, 0);
+        editor.click("cmdMaintenanceRemove");
+        QCOMPARE(editor.error(), QString());
+        QCOMPARE(*editor.result().Target, 97.0);
+        QCOMPARE(editor.result().Maintenance.size(), size_t(1));
+        editor.find<QCheckBox>("chkPdf")->setChecked(true);
+        QVERIFY(editor.result().Pdf && editor.result().Keep == 3);
+
+        // The device's own in the tree; a promise in percent stays within 100.
+        editor.find<QCheckBox>("chkSelectedOnly")->setChecked(true);
+        auto *model = editor.tree()->model();
+        const QModelIndex own = editor.device(0).siblingAtColumn(DeviceTree::Own);
+        QCOMPARE(own.data().toString(), "98");
+        QVERIFY(!model->setData(own, "100.5", Qt::EditRole));
+        QVERIFY(model->setData(own, "", Qt::EditRole));
+        QVERIFY(!(*editor.result().ReportDevices.begin())->Target);
+        QCOMPARE(*(*(*editor.result().ReportDevices.begin())->DataItems.begin())->Limit, 7.25);
+        editor.click("cmdEffect");
+        QTRY_VERIFY2(editor.text("lblEffect").contains("1 of 1 devices:"),
+                     qPrintable(editor.text("lblEffect")));
+    }
+
     void rules()
     {
         m_report.ReportDevices.clear();

@@ -73,7 +73,8 @@ QString spanInWords(const clsGraphDef &chart)
         return chart.ChartDuration == CustomRange ? QStringLiteral("Up to the stored end")
                                                   : QStringLiteral("If run now");
     case ChartSpan::Calendar:
-        return durationNames().value(chart.ChartDuration, QStringLiteral("Unknown period"));
+        return durationName(chart.ChartDuration).isEmpty() ? QStringLiteral("Unknown period")
+                                                           : durationName(chart.ChartDuration);
     case ChartSpan::Custom:
         break;
     }
@@ -158,11 +159,25 @@ QStringList frequencyNames()
             QStringLiteral("Month"), QStringLiteral("Year")};
 }
 
-QStringList durationNames()
+QString durationName(qint32 code)
 {
-    return {QStringLiteral("Today"),      QStringLiteral("This Week"), QStringLiteral("This Month"),
-            QStringLiteral("This Year"),  QStringLiteral("Yesterday"), QStringLiteral("Last Week"),
-            QStringLiteral("Last Month"), QStringLiteral("Last Year")};
+    static const QStringList names = {
+        QStringLiteral("Today"),
+        QStringLiteral("This Week"),
+        QStringLiteral("This Month"),
+        QStringLiteral("This Year"),
+        QStringLiteral("Yesterday"),
+        QStringLiteral("Last Week"),
+        QStringLiteral("Last Month"),
+        QStringLiteral("Last Year"),
+        QString(),
+        QStringLiteral("This Week from Monday"),
+        QStringLiteral("Last Week from Monday"),
+        QStringLiteral("Last 7 Full Days"),
+        QStringLiteral("This Quarter"),
+        QStringLiteral("Last Quarter"),
+    };
+    return names.value(code);
 }
 
 QStringList qualityNames()
@@ -235,7 +250,7 @@ QStringList periodWarnings(const clsGraphDef &chart)
     if (span == ChartSpan::LastIntervals && run.IntervalCount <= 0)
         warnings += QStringLiteral("No intervals: the chart would be empty. Enter how many it "
                                    "shows.");
-    if (span == ChartSpan::Calendar && run.ChartDuration > CustomRange)
+    if (span == ChartSpan::Calendar && durationName(run.ChartDuration).isEmpty())
         warnings += QStringLiteral("The file holds a calendar period that is not known (code %1). "
                                    "Choose another one.")
                         .arg(run.ChartDuration);

@@ -13,7 +13,7 @@ QString momentInWords(const QDateTime &wall);
 
 /// Names of the codes, in their order: intervals, calendar periods, image qualities.
 QStringList frequencyNames();
-QStringList durationNames();
+QString durationName(qint32 code); ///< empty: not known, or no calendar period
 QStringList qualityNames();
 
 /// Above this number intervals are too narrow to see and slow to draw.

@@ -79,6 +79,7 @@ DevicePicker::DevicePicker(QWidget *parent)
     tvDevices->header()->resizeSection(DeviceTree::Selected, 11 * unit);
     tvDevices->header()->resizeSection(DeviceTree::Description, 32 * unit);
     tvDevices->header()->resizeSection(DeviceTree::Unit, 8 * unit);
+    tvDevices->header()->resizeSection(DeviceTree::Own, 14 * unit);
     tvDevices->setMinimumHeight(8 * fontMetrics().height());
     tvDevices->setColumnHidden(DeviceTree::Id, true);
 

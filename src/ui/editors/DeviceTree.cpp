@@ -4,9 +4,11 @@
 #include "series/DataSeries.h"
 #include "ui/common/Widgets.h"
 
+#include <QLocale>
 #include <QSet>
 
 #include <algorithm>
+#include <cmath>
 
 namespace {
 
@@ -15,6 +17,11 @@ constexpr int kindBits = 2; ///< of a key; the rest is the number
 QString foldedKey(const QString &muid)
 {
     return muid.toCaseFolded();
+}
+
+QString limitKey(const QString &muid, const QString &dataIdent)
+{
+    return foldedKey(muid) + u'\n' + dataIdent;
 }
 
 QString counted(qsizetype number)
@@ -41,8 +48,15 @@ void DeviceTree::setSelection(const Collection<clsReportDeviceDef> &devices)
 {
     beginResetModel();
     m_former = devices;
+    m_own.clear();
     std::vector<Chosen> selected;
     for (const auto &device : devices) {
+        if (device->Target)
+            m_own.insert(foldedKey(device->MUID), *device->Target);
+        for (const auto &dataItem : device->DataItems) {
+            if (dataItem->Limit)
+                m_own.insert(limitKey(device->MUID, dataItem->DataIDent), *dataItem->Limit);
+        }
         Chosen &entry = selected.emplace_back();
         entry.muid = device->MUID;
         for (const auto &dataItem : device->DataItems)
@@ -169,7 +183,7 @@ std::vector<DeviceTree::Chosen> DeviceTree::chosen() const
 
 /// `former`: what it was before; null for a new one.
 std::shared_ptr<clsReportDeviceDef> DeviceTree::definition(const Chosen &chosen,
-                                                           const clsReportDeviceDef *former)
+                                                           const clsReportDeviceDef *former) const
 {
     auto device = std::make_shared<clsReportDeviceDef>();
     device->MUID = chosen.muid;
@@ -191,7 +205,50 @@ std::shared_ptr<clsReportDeviceDef> DeviceTree::definition(const Chosen &chosen,
         item->DataIDent = ident;
         add(item);
     }
+    const auto own = [this](const QString &key) {
+        const auto found = m_own.constFind(key);
+        return found == m_own.cend() ? std::nullopt : std::optional(*found);
+    };
+    device->Target = own(foldedKey(chosen.muid));
+    for (const auto &item : device->DataItems)
+        item->Limit = own(limitKey(chosen.muid, item->DataIDent));
     return device;
+}
+
+/// The key of a device's target or of an item's limit.
+QString DeviceTree::ownKey(Node node) const
+{
+    if (node.kind == Kind::Device)
+        return foldedKey(device(node.number).muid);
+    const int owner = m_deviceOfItem[static_cast<size_t>(node.number)];
+    return limitKey(device(owner).muid, item(node.number).dataIdent);
+}
+
+/// Selected devices, and selected items that are no states.
+bool DeviceTree::canHaveOwn(Node node) const
+{
+    if (node.kind == Kind::Device)
+        return isSelected(node.number);
+    return node.kind == Kind::Item && m_checked[static_cast<size_t>(node.number)] &&
+           (node.number >= m_knownItems || item(node.number).scale != stateScale);
+}
+
+/// False where the text is no such number.
+bool DeviceTree::setOwn(Node node, const QString &text)
+{
+    if (!canHaveOwn(node))
+        return false;
+    const QString given = text.trimmed();
+    bool isNumber = false;
+    const double number = given.toDouble(&isNumber);
+    const bool isPercent = number >= 0 && number <= 100;
+    if (given.isEmpty())
+        m_own.remove(ownKey(node));
+    else if (!isNumber || !std::isfinite(number) || (node.kind == Kind::Device && !isPercent))
+        return false;
+    else
+        m_own.insert(ownKey(node), number);
+    return true;
 }
 
 Collection<clsReportDeviceDef> DeviceTree::selection() const
@@ -219,6 +276,8 @@ QString DeviceTree::selectionText() const
         entry.items.sort();
         lines.append(foldedKey(entry.muid) + u':' + entry.items.join(u','));
     }
+    for (auto own = m_own.begin(); own != m_own.end(); ++own)
+        lines.append(own.key() + u'=' + QString::number(*own, 'g', QLocale::FloatingPointShortest));
     lines.sort();
     return lines.join(u'\n');
 }
@@ -498,11 +557,19 @@ Qt::ItemFlags DeviceTree::flags(const QModelIndex &index) const
         flags |= Qt::ItemIsUserCheckable;
     if (nodeOf(index).kind == Kind::Item)
         flags |= Qt::ItemNeverHasChildren;
+    if (index.column() == Own && canHaveOwn(nodeOf(index)))
+        flags |= Qt::ItemIsEditable;
     return flags;
 }
 
 bool DeviceTree::setData(const QModelIndex &index, const QVariant &value, int role)
 {
+    if (index.isValid() && role == Qt::EditRole && index.column() == Own) {
+        if (!setOwn(nodeOf(index), value.toString()))
+            return false;
+        Q_EMIT dataChanged(index, index);
+        return true;
+    }
     if (!index.isValid() || role != Qt::CheckStateRole || index.column() != Name)
         return false;
     const Node node = nodeOf(index);
@@ -544,6 +611,12 @@ QVariant DeviceTree::data(const QModelIndex &index, int role) const
     if (!index.isValid())
         return {};
     const Node node = nodeOf(index);
+    if (index.column() == Own && (role == Qt::DisplayRole || role == Qt::EditRole)) {
+        const auto own = node.kind == Kind::Group ? m_own.cend() : m_own.constFind(ownKey(node));
+        return own == m_own.cend() || !canHaveOwn(node)
+                   ? QVariant()
+                   : QVariant(QString::number(*own, 'g', QLocale::FloatingPointShortest));
+    }
     switch (role) {
     case Qt::DisplayRole:
         return text(node, index.column());
@@ -668,6 +741,8 @@ QVariant DeviceTree::headerData(int section, Qt::Orientation orientation, int ro
         return QStringLiteral("Unit");
     case Id:
         return QStringLiteral("Identifier");
+    case Own:
+        return QStringLiteral("Target % / limit");
     default:
         return {};
     }

@@ -15,6 +15,9 @@
 /// Selected devices and items that are not in the database are in a group at the top, and stay
 /// there, checked or not. So does the whole selection until the database is read.
 ///
+/// The last column has the own target of a selected device and the limit of a selected counter,
+/// which can be edited.
+///
 /// A device's mark shows and changes those of its items that are shown; so does the group's. Where
 /// only selected ones are shown it also tells that there are others.
 class DeviceTree : public QAbstractItemModel
@@ -22,7 +25,7 @@ class DeviceTree : public QAbstractItemModel
     Q_OBJECT
 
 public:
-    enum Column { Name, Selected, Description, Unit, Id, ColumnCount };
+    enum Column { Name, Selected, Description, Unit, Id, Own, ColumnCount };
 
     explicit DeviceTree(QObject *parent = nullptr);
 
@@ -133,8 +136,11 @@ private:
     void take(const std::vector<Chosen> &devices);
     void takeDevice(const Chosen &selected, int known);
     std::vector<Chosen> chosen() const;
-    static std::shared_ptr<clsReportDeviceDef> definition(const Chosen &chosen,
-                                                          const clsReportDeviceDef *former);
+    std::shared_ptr<clsReportDeviceDef> definition(const Chosen &chosen,
+                                                   const clsReportDeviceDef *former) const;
+    QString ownKey(Node node) const;
+    bool canHaveOwn(Node node) const;
+    bool setOwn(Node node, const QString &text);
     void filter();
     void filterDevice(int number);
     Qt::CheckState markOf(Node node) const;
@@ -158,6 +164,7 @@ private:
     std::vector<int> m_deviceOfItem;
     std::vector<bool> m_checked; ///< by item
     Collection<clsReportDeviceDef> m_former;
+    QHash<QString, double> m_own; ///< targets and limits, by ownKey()
 
     DeviceFilter m_filter;
     std::vector<int> m_shownMissing; ///< devices in the group

@@ -3,14 +3,40 @@
 #include "ui/editors/DeviceTree.h"
 
 #include <QContextMenuEvent>
+#include <QDoubleValidator>
 #include <QHeaderView>
 #include <QKeyEvent>
+#include <QLineEdit>
 #include <QMenu>
 #include <QScopedValueRollback>
+#include <QStyledItemDelegate>
 
 namespace {
 
 constexpr qsizetype maxOpened = 400; ///< rows that a search opens by itself: a few screens
+
+/// Takes numbers alone.
+class NumberDelegate : public QStyledItemDelegate
+{
+public:
+    using QStyledItemDelegate::QStyledItemDelegate;
+
+    QWidget *createEditor(QWidget *parent, const QStyleOptionViewItem &,
+                          const QModelIndex &index) const override
+    {
+        auto *editor = new QLineEdit(parent);
+        const bool isDevice =
+            index.siblingAtColumn(0).model()->hasChildren(index.siblingAtColumn(0));
+        auto *validator = new QDoubleValidator(editor);
+        validator->setLocale(QLocale::c());
+        if (isDevice)
+            validator->setRange(0, 100, 4);
+        editor->setValidator(validator);
+        editor->setAccessibleName(isDevice ? QStringLiteral("Target in percent")
+                                           : QStringLiteral("Limit"));
+        return editor;
+    }
+};
 
 /// A name as part of a menu's text: its "&" is not a mnemonic.
 QString menuName(QString name)
@@ -30,6 +56,8 @@ DeviceView::DeviceView(DeviceTree *tree, QWidget *parent)
     setAllColumnsShowFocus(true);
     setAlternatingRowColors(true);
     setAccessibleName(QStringLiteral("Devices and data items"));
+    setEditTriggers(DoubleClicked | EditKeyPressed);
+    setItemDelegateForColumn(DeviceTree::Own, new NumberDelegate(this));
     connect(this, &QTreeView::expanded, this, [this](const QModelIndex &index) {
         if (!m_isOpening)
             m_opened.insert(DeviceTree::key(index));

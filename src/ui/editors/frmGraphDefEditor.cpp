@@ -214,9 +214,13 @@ QWidget *frmGraphDefEditor::periodBox()
     lblIntervalCount->setBuddy(txtIntervalCount);
     optFixedPeriod = new QRadioButton(QStringLiteral("C&alendar period"));
     optFixedPeriod->setObjectName(QStringLiteral("optFixedPeriod"));
-    cmbDuration = newCodeField(QStringLiteral("cmbDuration"), durationNames());
+    cmbDuration = newCodeField(QStringLiteral("cmbDuration"), {});
+    for (int code = Today; code < AfterLastDuration; ++code) {
+        if (const QString name = durationName(code); !name.isEmpty())
+            cmbDuration->addItem(name, code);
+    }
     cmbDuration->setAccessibleName(QStringLiteral("Calendar period"));
-    cmbDuration->setToolTip(QStringLiteral("Weeks begin on Sunday"));
+    cmbDuration->setToolTip(QStringLiteral("Weeks begin on Sunday where no other day is named"));
     optCustomRange = new QRadioButton(QStringLiteral("C&ustom range"));
     optCustomRange->setObjectName(QStringLiteral("optCustomRange"));
     optCustomRange->setToolTip(QStringLiteral("A run from the main window asks for the dates"));

@@ -12,6 +12,7 @@
 #include "ui/editors/EditDefinition.h"
 #include "ui/editors/RuleEditor.h"
 #include "ui/editors/SchedulePicker.h"
+#include "ui/editors/TargetEditor.h"
 #include "ui/editors/frmPreview.h"
 
 #include <QComboBox>
@@ -116,8 +117,16 @@ QWidget *frmReportDefEditor::makeDevices()
     connect(m_devices, &DevicePicker::inventoryRead, m_rules, &RuleEditor::setInventory);
     m_tabs = new QTabWidget;
     m_tabs->setObjectName(QStringLiteral("tabReport"));
+    m_tabs->setAccessibleName(QStringLiteral("What the report shows"));
     m_tabs->addTab(ticked, QStringLiteral("Devices and data items"));
     m_tabs->addTab(m_rules, QString());
+    m_targets = new TargetEditor;
+    m_targets->setReportSource([this] {
+        clsReportDef report;
+        store(report);
+        return report;
+    });
+    m_tabs->addTab(m_targets, QStringLiteral("Targets and results"));
     const auto showCount = [this] {
         const size_t count = m_rules->rules().size();
         m_tabs->setTabText(1, count == 0 ? QStringLiteral("Rules")
@@ -191,6 +200,7 @@ void frmReportDefEditor::load(const clsReportDef &report)
     m_schedules->setSelection(report.ReportSchedules, report.ReportID);
     m_devices->setSelection(report.ReportDevices);
     m_rules->setRules(report.Rules);
+    m_targets->load(report);
     markUnchanged();
     m_devices->read();
 }
@@ -203,15 +213,20 @@ void frmReportDefEditor::store(clsReportDef &report) const
     report.OutputTemplate = txtOutputTemplate->text();
     report.ReportDevices = m_devices->selection();
     report.Rules = m_rules->rules();
+    m_targets->store(report);
     report.ReportSchedules = m_schedules->selection();
 }
 
 QString frmReportDefEditor::contentText() const
 {
-    return QStringList{
-        txtTitle->text(),          cboChart->currentData().toString(), txtOutputFile->text(),
-        txtOutputTemplate->text(), m_schedules->selectionText(),       m_devices->selectionText(),
-        m_rules->rulesText()}
+    return QStringList{txtTitle->text(),
+                       cboChart->currentData().toString(),
+                       txtOutputFile->text(),
+                       txtOutputTemplate->text(),
+                       m_schedules->selectionText(),
+                       m_devices->selectionText(),
+                       m_rules->rulesText(),
+                       m_targets->contentText()}
         .join(QLatin1String("\n\n"));
 }
 
@@ -239,7 +254,10 @@ QString frmReportDefEditor::inputError(QWidget *&field) const
         return QStringLiteral("The report needs a chart definition. Please choose one, or add a "
                               "new one.");
     }
-    return {};
+    const QString error = m_targets->inputError(field);
+    if (!error.isEmpty())
+        m_tabs->setCurrentWidget(m_targets);
+    return error;
 }
 
 void frmReportDefEditor::accept()

@@ -11,6 +11,7 @@ class QPushButton;
 class QTabWidget;
 class RuleEditor;
 class SchedulePicker;
+class TargetEditor;
 
 /// The editor of a report definition: its title, chart, devices and data items, and schedules.
 /// Charts and schedules added or changed from it go to gChartDefs and gScheduleDefs and are saved
@@ -61,6 +62,7 @@ private:
     QPushButton *cmdPreview;
     DevicePicker *m_devices;
     RuleEditor *m_rules;
+    TargetEditor *m_targets;
     QTabWidget *m_tabs;
     SchedulePicker *m_schedules;
     QLineEdit *txtOutputFile;

@@ -141,6 +141,26 @@ void ReportList::takeRecord(const ReportRecord &record)
     Q_EMIT dataChanged(index(place, 0), index(place, ColumnCount - 1));
 }
 
+QString ReportList::dueText(const QDateTime &look) const
+{
+    const Row *first = nullptr;
+    qsizetype due = 0;
+    for (const Row &row : m_rows) {
+        if (!row.nextRun.isValid())
+            continue;
+        due += row.nextRun <= look ? 1 : 0;
+        if (!first || row.nextRun < first->nextRun)
+            first = &row;
+    }
+    if (!first)
+        return QStringLiteral("No report is due.");
+    const QString title = u'\u201c' + first->title + u'\u201d';
+    if (due == 0)
+        return QStringLiteral("Next due: %1, %2.").arg(title, timeText(first->nextRun));
+    return due == 1 ? QStringLiteral("Due then: %1.").arg(title)
+                    : QStringLiteral("Due then: %1 and %2 more.").arg(title).arg(due - 1);
+}
+
 int ReportList::rowOf(const QString &reportId) const
 {
     for (size_t row = 0; row < m_rows.size(); ++row) {

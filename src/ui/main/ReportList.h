@@ -38,6 +38,8 @@ public:
     void takeRecord(const ReportRecord &record);
 
     QString reportId(int row) const { return m_rows[static_cast<size_t>(row)].id; }
+    /// What is due next by the rows, in a sentence: at `look` (wall time) or after it.
+    QString dueText(const QDateTime &look) const;
     /// -1 when there is none.
     int rowOf(const QString &reportId) const;
 

@@ -98,6 +98,25 @@ void ReportView::selectFirst()
     setCurrentIndex(m_sorted.index(0, 0));
 }
 
+void ReportView::setOffers(const QStringList &offers)
+{
+    qDeleteAll(m_offers);
+    m_offers.clear();
+    auto *layout = static_cast<QVBoxLayout *>(m_hint->layout());
+    QWidget *before = m_addButton;
+    for (const QString &offer : offers) {
+        auto *button = new QPushButton(offer);
+        button->setObjectName(QStringLiteral("cmdOffer%1").arg(m_offers.size()));
+        button->setToolTip(QStringLiteral("Shows the report in its editor: nothing is saved yet"));
+        layout->insertWidget(layout->indexOf(before) + 1, button, 0, Qt::AlignHCenter);
+        setTabOrder(before, button);
+        connect(button, &QPushButton::clicked, this,
+                [this, number = static_cast<int>(m_offers.size())] { Q_EMIT offerChosen(number); });
+        m_offers.append(button);
+        before = button;
+    }
+}
+
 void ReportView::showHint()
 {
     const bool isEmpty = m_sorted.rowCount() == 0;

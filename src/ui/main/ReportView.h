@@ -29,8 +29,12 @@ public:
     /// The button shown in an empty list.
     QPushButton *addButton() const { return m_addButton; }
 
+    /// Texts of further buttons below it.
+    void setOffers(const QStringList &offers);
+
 Q_SIGNALS:
     void selectionMoved();
+    void offerChosen(int offer);
 
 protected:
     void resizeEvent(QResizeEvent *event) override;
@@ -47,4 +51,5 @@ private:
     NaturalSortModel m_sorted;
     QWidget *m_hint;
     QPushButton *m_addButton;
+    QList<QPushButton *> m_offers;
 };

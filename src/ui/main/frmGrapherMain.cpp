@@ -4,6 +4,7 @@
 #include "base/Error.h"
 #include "base/Files.h"
 #include "base/Paths.h"
+#include "base/TimeZone.h"
 #include "config/Program.h"
 #include "config/clsGrapherConfig.h"
 #include "definitions/Definitions.h"
@@ -130,7 +131,7 @@ void frmGrapherMain::start()
     first->setFocus();
     Timer1->start();
     if (isEmpty)
-        lookForDatabase();
+        lookForDatabase(true);
 }
 
 void frmGrapherMain::tick()
@@ -144,8 +145,9 @@ void frmGrapherMain::tick()
     }
     const qint64 minutes = std::abs(present - m_lastCheck) / millisecondsPerMinute;
     if (minutes < minutesBetweenRuns) {
-        m_firstPanel->setText(QStringLiteral("Scheduled report run in %1 minutes.")
-                                  .arg(minutesBetweenRuns - minutes));
+        const qint64 left = minutesBetweenRuns - minutes;
+        m_firstPanel->setText(QStringLiteral("Scheduled report run in %1 minutes. ").arg(left) +
+                              m_list->dueText(wallTime(present + left * millisecondsPerMinute)));
     } else if (QApplication::activeModalWidget()) {
         // A run reads all definitions afresh: not under an editor that is about to save some.
         m_firstPanel->setText(
@@ -247,6 +249,7 @@ void frmGrapherMain::endRun(const RunResult &result)
     if (m_runMode == RunMode::Window)
         tellEnd(result);
     finishRun(result);
+    program().CancelRequested = false; // what editors ask the database next is not meant
     setRunning(false);
     if (!result.cancelled)
         txtStatusInfo->addLine(resultLine(result));
@@ -310,21 +313,41 @@ void frmGrapherMain::chooseDatabase()
     if (const qsizetype at = m_taskOptions.indexOf(QLatin1String("--dbpath")); at >= 0)
         m_taskOptions.remove(at, 2);
     ShowStatus(QLatin1String("Database: ") + databaseSource().name);
+    if (m_list->rowCount() == 0)
+        lookForDatabase(false);
 }
 
-/// Has somebody who starts with nothing choose the database first. The file may be in a network.
-void frmGrapherMain::lookForDatabase()
+/// For somebody who starts with nothing: offers reports of what the database holds; where there is
+/// none, has it chosen first if `asks`.
+void frmGrapherMain::lookForDatabase(bool asks)
 {
-    const DatabaseSettings settings = databaseSettings();
-    if (settings.isServer())
-        return;
-    m_asking.start([this, folder = settings.dataPath](const Background::Link &link) {
-        if (!fileExists(folder + QLatin1String("VTRGData.MDB")))
-            link.deliver([this] {
-                if (!m_isRunning && !QApplication::activeModalWidget())
+    const DatabaseSource source = databaseSource();
+    const bool isFile = !databaseSettings().isServer();
+    m_asking.start([this, source, isFile, asks](const Background::Link &link) {
+        try {
+            const std::unique_ptr<MonitoringDatabase> database = source.connect();
+            const auto offers = readyReports(*database->inventory());
+            link.deliver([this, offers] { showOffers(offers); });
+        } catch (const Error &error) {
+            const bool isMissing = isFile && error.number == FileNotFound;
+            const QString text =
+                QStringLiteral("Error opening database '%1' ").arg(source.name) + errorTail(error);
+            link.deliver([this, text, isMissing, asks] {
+                ShowStatus(text);
+                if (isMissing && asks && !m_isRunning && !QApplication::activeModalWidget())
                     chooseDatabase();
             });
+        }
     });
+}
+
+void frmGrapherMain::showOffers(const std::vector<ReadyReport> &offers)
+{
+    m_offers = offers;
+    QStringList texts;
+    for (const ReadyReport &offer : m_offers)
+        texts.append(QStringLiteral("%1 (%2)…").arg(offer.title, offer.found));
+    lvReports->setOffers(texts);
 }
 
 void frmGrapherMain::setOutputLocation()

@@ -3,6 +3,7 @@
 #include "platform/TaskScheduler.h"
 #include "scheduling/ReportRunner.h"
 #include "ui/common/Background.h"
+#include "ui/editors/ReadyReports.h"
 
 #include <QMainWindow>
 #include <QPointer>
@@ -74,7 +75,8 @@ private:
     void undo();
     void openPage();
     void chooseDatabase();
-    void lookForDatabase();
+    void lookForDatabase(bool asks);
+    void showOffers(const std::vector<ReadyReport> &offers);
     void openContents();
     void copyLink();
     void openFolder();
@@ -151,9 +153,10 @@ private:
 
     bool m_isRunning = false; ///< from its planning on
     RunMode m_runMode = RunMode::Window;
-    Background m_asking;        ///< for the database
-    RunThread *m_run = nullptr; ///< while the run takes place
-    Background m_mails;         ///< what a scheduled run called for
+    Background m_asking;               ///< for the database
+    std::vector<ReadyReport> m_offers; ///< to a user who has no report
+    RunThread *m_run = nullptr;        ///< while the run takes place
+    Background m_mails;                ///< what a scheduled run called for
     bool m_closesAfterRun = false;
     qint64 m_runStart = 0;           ///< instant
     QPointer<QWidget> m_focusBefore; ///< a scheduled run

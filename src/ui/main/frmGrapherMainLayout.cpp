@@ -102,6 +102,8 @@ frmGrapherMain::frmGrapherMain(platform::TaskScheduler &scheduler, QStringList t
     Timer1->setObjectName(QStringLiteral("Timer1"));
     Timer1->setInterval(1000);
     connect(Timer1, &QTimer::timeout, this, &frmGrapherMain::tick);
+    connect(lvReports, &ReportView::offerChosen, this,
+            [this](int offer) { editReport(reportFrom(m_offers.at(static_cast<size_t>(offer)))); });
     connect(lvReports, &ReportView::selectionMoved, this, &frmGrapherMain::updateCommands);
     connect(lvReports, &QAbstractItemView::doubleClicked, this, &frmGrapherMain::modifyReport);
     connect(lvReports, &QWidget::customContextMenuRequested, this, &frmGrapherMain::showMenu);
